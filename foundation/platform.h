@@ -1,0 +1,38 @@
+// What the library needs of the platform: comparison of byte strings that
+// ignores the case of ASCII letters only (never the host's locale), file
+// deletion, and C stdio streams opened for large files.
+#ifndef QUARL_FOUNDATION_PLATFORM_H
+#define QUARL_FOUNDATION_PLATFORM_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+namespace quarl {
+
+inline char AsciiLower(char c)
+{
+    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Like _stricmp: <0, 0 or >0, comparing bytes as unsigned after folding
+// ASCII letters to lower case. Null pointers are treated as "".
+int AsciiCompareNoCase(const char* a, const char* b);
+// Like _strnicmp over at most n bytes.
+int AsciiCompareNoCaseN(const char* a, const char* b, size_t n);
+inline bool AsciiEqualNoCase(const char* a, const char* b)
+{
+    return AsciiCompareNoCase(a, b) == 0;
+}
+
+// Like _unlink: 0 on success.
+int DeleteFile(const char* path);
+
+// Opens a stream; mode as for fopen.
+std::FILE* OpenStream(const char* path, const char* mode);
+int SeekStream(std::FILE* file, int64_t offset, int whence);
+int64_t TellStream(std::FILE* file);
+
+}  // namespace quarl
+
+#endif

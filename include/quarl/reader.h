@@ -1,0 +1,100 @@
+// CLasReader: turns a LAS 1.2, 2.0 or 3.0 file into a list of sections.
+#ifndef QUARL_READER_H
+#define QUARL_READER_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <quarl/document.h>
+#include <quarl/export.h>
+#include <quarl/text_file.h>
+#include <quarl/types.h>
+#include <tessel/tessel.h>
+
+namespace quarl {
+
+namespace detail {
+struct ReaderAccess;  // the test suite's window on the private operations
+}
+
+class QUARL_API CLasReader {
+public:
+    using SectionList = std::vector<std::shared_ptr<CLasSection>>;
+    using const_iterator = SectionList::const_iterator;
+    using const_reverse_iterator = SectionList::const_reverse_iterator;
+
+    CLasReader();
+    ~CLasReader();
+
+    // Reads the whole file. The reader stays open with what was read, also
+    // after a failure; the host calls Close.
+    ELASFILEERROR Open(const tessel::TxString& path);
+    void Close();
+    // Whether the file starts like a LAS file. Leaves the reader closed.
+    bool IsValidFile(const tessel::TxString& path);
+    bool IsOpen() const { return m_file.IsOpen(); }
+    void SetStatusCallback(void* context, LasStatusCallback callback);
+
+    // Shares the source's sections. Never two owners of one stream: the
+    // target's file is closed first and the copy's file is closed.
+    CLasReader& operator=(const CLasReader& other);
+
+    // Counting and iteration over the sections as they stand.
+    uint64_t size() const { return m_sections.size(); }
+    uint64_t GetSectionCount() const { return m_sections.size(); }
+    bool empty() const { return m_sections.empty(); }
+    const_iterator begin() const { return m_sections.cbegin(); }
+    const_iterator cbegin() const { return m_sections.cbegin(); }
+    const_iterator end() const { return m_sections.cend(); }
+    const_iterator cend() const { return m_sections.cend(); }
+    const_reverse_iterator rbegin() const { return m_sections.crbegin(); }
+    const_reverse_iterator rend() const { return m_sections.crend(); }
+    int32_t CountSectionsByType(ELASSECTIONTYPE type) const;
+    ELASFILEERROR GetSectionNames(ELASSECTIONTYPE type, std::vector<CLasString>& names) const;
+
+    // Access by copy, with result codes.
+    ELASFILEERROR GetVersionHeaders(CLasSection& section) const;
+    ELASFILEERROR GetWellHeaders(CLasSection& section) const;
+    ELASFILEERROR GetSection(uint32_t index, CLasSection& section) const;
+    ELASFILEERROR GetSection(const char* name, CLasSection& section) const;
+    ELASFILEERROR GetSections(std::vector<CLasSection>& sections, bool includeHeaders) const;
+
+    // Access without copying; these throw tessel::Exception when there is
+    // nothing to refer to.
+    const CLasSection& GetVersionHeaders() const;
+    const CLasSection& GetWellHeaders() const;
+    const CLasSection& GetSection(uint64_t index) const;
+    std::shared_ptr<CLasSection> GetVersionHeadersPtr() const;
+    std::shared_ptr<CLasSection> GetWellHeadersPtr() const;
+    std::shared_ptr<CLasSection> GetSectionPtr(uint64_t index) const;
+
+    // Whether the depths of the log data advance by the Well section's STEP.
+    ELASFILEERROR CheckDataStepping() const;
+
+private:
+    friend struct detail::ReaderAccess;
+    CLasReader(CLasReader& other);  // not offered
+
+    ELASFILEERROR ReadLine();
+    ELASFILEERROR SkipSection();
+    ELASFILEERROR ReadSection();
+    int32_t FindSectionIndexByName(const char* name) const;
+    ELASFILEERROR ParseParameterLine(const char* line, CLasParam& param) const;
+    ELASFILEERROR ReadParameterSection(bool isDefinition);
+    int32_t FindDefinitionSectionForDataSection(const char* name, std::string* found) const;
+    ELASFILEERROR ReadDataSection();
+
+    CTextFile m_file;
+    LasStatusCallback m_statusCallback;
+    void* m_statusContext;
+    SectionList m_sections;
+    bool m_isLas3;
+    bool m_isWrapped;
+    char m_delimiter;
+};
+
+}  // namespace quarl
+
+#endif

@@ -1,0 +1,81 @@
+// CLasWriter: takes sections, checks, completes and orders them, and writes
+// a LAS 2.0 or 3.0 file.
+#ifndef QUARL_WRITER_H
+#define QUARL_WRITER_H
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <quarl/document.h>
+#include <quarl/export.h>
+#include <quarl/types.h>
+#include <tessel/tessel.h>
+
+namespace quarl {
+
+namespace detail {
+struct WriterAccess;  // the test suite's window on the private operations
+}
+
+class QUARL_API CLasWriter {
+public:
+    CLasWriter();
+    ~CLasWriter();
+
+    // Never shares or leaks an open output: the target's own output is
+    // closed and removed first, and the copy has no open output.
+    CLasWriter& operator=(const CLasWriter& other);
+
+    void Reset();
+    // Chooses LAS 3.0 (true) or 2.0 and the data delimiter (space, tab or
+    // comma; LAS 2.0 allows the space only). Only on an empty writer.
+    ELASFILEERROR SetFormat(bool isLas3, char delimiter);
+    void SetStatusCallback(void* context, LasStatusCallback callback);
+    // Stores a copy of the section if it passes the rules of the version.
+    ELASFILEERROR AddSection(const CLasSection& section);
+    ELASFILEERROR Validate();
+    ELASFILEERROR Write(const tessel::TxString& path);
+
+    // The last-error record. The texts are null when empty and stay valid
+    // until the record next changes.
+    ELASFILEERROR GetLastError() const { return m_lastError; }
+    const char* GetLastErrorSection() const;
+    const char* GetLastErrorParam() const;
+    int32_t GetLastErrorColumn() const { return m_errorColumn; }
+    int32_t GetLastErrorRow() const { return m_errorRow; }
+    void ClearLastError();
+
+private:
+    friend struct detail::WriterAccess;
+    CLasWriter(const CLasWriter& other);  // not offered
+
+    ELASFILEERROR SetLastError(ELASFILEERROR code, const char* section, const char* param,
+                               int32_t column, int32_t row);
+    int32_t FindSectionIndexByName(const char* name) const;
+    int32_t CountSectionsByType(ELASSECTIONTYPE type) const;
+    ELASFILEERROR ValidateSectionName(const CLasSection& section);
+    ELASFILEERROR ValidateDataSection(const CLasSection& section);
+    ELASFILEERROR ValidateParameterSection(const CLasSection& section);
+    void GetLAS2FullSectionName(std::string& name) const;
+    ELASFILEERROR FillWellSection();
+    ELASFILEERROR SortSections();
+
+    LasStatusCallback m_statusCallback;
+    void* m_statusContext;
+    std::vector<CLasSection> m_sections;
+    bool m_isLas3;
+    char m_delimiter;
+    ELASFILEERROR m_lastError;
+    std::string m_errorSection;
+    std::string m_errorParam;
+    int32_t m_errorColumn;
+    int32_t m_errorRow;
+    std::FILE* m_file;
+    tessel::TxString m_filename;
+};
+
+}  // namespace quarl
+
+#endif

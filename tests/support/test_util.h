@@ -1,0 +1,51 @@
+// Helpers shared by the test programs: scratch files and folders, reading a
+// file back, the shared corpus, and a line store allocator that fails on
+// purpose.
+#ifndef QUARL_TESTS_TEST_UTIL_H
+#define QUARL_TESTS_TEST_UTIL_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace quarl::test {
+
+// A scratch folder that is removed with everything in it.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::string& path() const { return m_path; }
+    // Writes `bytes` to a file of that name in the folder; returns its path.
+    std::string Write(const std::string& name, const std::string& bytes) const;
+    std::string File(const std::string& name) const { return m_path + "/" + name; }
+
+private:
+    std::string m_path;
+};
+
+std::string ReadFileBytes(const std::string& path);
+bool FileExists(const std::string& path);
+
+// The .las files of the shared corpus, sorted; empty when it is absent.
+std::vector<std::string> CorpusFiles();
+std::string CorpusDir();
+std::string SampleFile(const std::string& name);
+
+// While alive, the line store allocation fails from the `failAt`-th call on
+// (counted from 1) for `count` calls.
+class FailingLineStore {
+public:
+    explicit FailingLineStore(int failAt, int count = 1 << 30);
+    ~FailingLineStore();
+    FailingLineStore(const FailingLineStore&) = delete;
+    FailingLineStore& operator=(const FailingLineStore&) = delete;
+    int calls() const;
+};
+
+}  // namespace quarl::test
+
+#endif
