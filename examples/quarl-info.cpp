@@ -1,25 +1,364 @@
-// quarl-info FILE...: prints what a LAS file holds.
+// quarl-info FILE... [--json]: reads each LAS file and prints what it holds:
+// format, sections, the key Well parameters, a table of the curves of each
+// data section, the stepping check, and how fast the file was read.
 #include <quarl/quarl.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#if defined(_WIN32)
+#include <io.h>
+#define QUARL_ISATTY(fd) _isatty(fd)
+#define QUARL_FILENO(f) _fileno(f)
+#else
+#include <unistd.h>
+#define QUARL_ISATTY(fd) isatty(fd)
+#define QUARL_FILENO(f) fileno(f)
+#endif
+
+#include "common/las_tools.h"
+
+namespace ex = quarl::examples;
+
+namespace {
+
+// Files at least this large get a progress bar on a terminal.
+constexpr long long kProgressBytes = 4LL * 1024 * 1024;
+
+void Usage(std::FILE* to)
+{
+    std::fprintf(to,
+                 "usage: quarl-info FILE... [--json] [--progress|--no-progress]\n"
+                 "  --json         print the facts as JSON (an object, or an array for several files)\n"
+                 "  --progress     always show a progress bar on stderr\n"
+                 "  --no-progress  never show one (default: on a terminal, for files of 4 MB or more)\n");
+}
+
+struct Progress {
+    int lastWidth = -1;
+    bool done = false;
+};
+
+int32_t DrawProgress(void* context, double percent, const char* message)
+{
+    auto* progress = static_cast<Progress*>(context);
+    if (progress->done) return 0;
+    const int width = 40;
+    int filled = static_cast<int>(percent / 100.0 * width + 0.5);
+    if (filled < 0) filled = 0;
+    if (filled > width) filled = width;
+    if (filled == progress->lastWidth && percent < 100.0) return 0;
+    progress->lastWidth = filled;
+    std::string bar(static_cast<size_t>(filled), '#');
+    bar.append(static_cast<size_t>(width - filled), '.');
+    std::fprintf(stderr, "\r[%s] %3.0f%%  %s", bar.c_str(), percent, message ? message : "");
+    if (percent >= 100.0) {
+        std::fprintf(stderr, "\n");
+        progress->done = true;
+    }
+    std::fflush(stderr);
+    return 0;
+}
+
+long long FileSize(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary | std::ios::ate);
+    if (!in) return -1;
+    return static_cast<long long>(in.tellg());
+}
+
+int32_t SectionLines(const quarl::CLasSection& section)
+{
+    if (section.m_type == quarl::LASSECTION_DATA) {
+        int32_t rows = 0;
+        for (const quarl::CLasCurve& curve : section.m_curves) rows = std::max(rows, curve.size());
+        return rows;
+    }
+    return static_cast<int32_t>(section.m_params.size());
+}
+
+const char* SteppingMeaning(quarl::ELASFILEERROR code)
+{
+    switch (code) {
+    case quarl::LASFILE_OK: return "the depths of the log data advance by STEP";
+    case quarl::LASFILE_BAD_FORMAT: return "the depths do not advance by STEP, or the depth curve is text";
+    case quarl::LASFILE_MISSING_SECTION: return "the Well section has no STEP";
+    case quarl::LASFILE_BAD_VALUE: return "a log data section names no stored definition section";
+    case quarl::LASFILE_WRONG_STATE: return "fewer than two sections were read";
+    default: return ex::ResultMeaning(code);
+    }
+}
+
+// Everything printed about one file.
+struct Facts {
+    std::string path;
+    quarl::ELASFILEERROR result = quarl::LASFILE_OK;
+    bool opened = false;
+    long long bytes = -1;
+    double seconds = 0.0;
+    ex::FileFormat format;
+    bool hasNull = false;
+    double nullValue = 0.0;
+    quarl::ELASFILEERROR stepping = quarl::LASFILE_WRONG_STATE;
+    std::string step;
+    std::vector<std::shared_ptr<quarl::CLasSection>> sections;
+};
+
+double MegabytesPerSecond(const Facts& f)
+{
+    if (f.bytes <= 0 || f.seconds <= 0) return 0.0;
+    return static_cast<double>(f.bytes) / (1024.0 * 1024.0) / f.seconds;
+}
+
+const char* const kWellKeys[] = {"STRT", "STOP", "STEP", "NULL", "WELL", "COMP", "UWI", "API"};
+
+// ------------------------------------------------------------------ text
+
+// Left-aligned columns; a column whose header starts with '>' is right-aligned.
+void PrintTable(const std::vector<std::string>& header, const std::vector<std::vector<std::string>>& rows,
+                const char* indent)
+{
+    std::vector<size_t> widths(header.size(), 0);
+    std::vector<bool> right(header.size(), false);
+    std::vector<std::string> head = header;
+    for (size_t c = 0; c < head.size(); ++c) {
+        if (!head[c].empty() && head[c][0] == '>') {
+            right[c] = true;
+            head[c].erase(0, 1);
+        }
+        widths[c] = head[c].size();
+    }
+    for (const auto& row : rows)
+        for (size_t c = 0; c < row.size() && c < widths.size(); ++c) widths[c] = std::max(widths[c], row[c].size());
+    auto line = [&](const std::vector<std::string>& cells) {
+        std::string text = indent;
+        for (size_t c = 0; c < cells.size(); ++c) {
+            const std::string pad(widths[c] - std::min(widths[c], cells[c].size()), ' ');
+            const bool last = c + 1 == cells.size();
+            text += right[c] ? pad + cells[c] : cells[c] + (last ? "" : pad);
+            if (!last) text += "  ";
+        }
+        std::printf("%s\n", text.c_str());
+    };
+    line(head);
+    for (const auto& row : rows) line(row);
+}
+
+void PrintText(const Facts& f)
+{
+    std::printf("%s\n", f.path.c_str());
+    if (!f.opened) {
+        std::printf("  cannot be opened: %s (%s)\n", ex::ResultName(f.result), ex::ResultMeaning(f.result));
+        return;
+    }
+    if (f.result != quarl::LASFILE_OK) {
+        std::printf("  READ FAILED: %s (%s)\n", ex::ResultName(f.result), ex::ResultMeaning(f.result));
+        if (f.sections.empty()) {
+            std::printf("  nothing was read%s\n",
+                        f.result == quarl::LASFILE_BAD_FORMAT ? ": the file does not start like a LAS file"
+                                                              : "");
+            return;
+        }
+        std::string names;
+        for (const auto& s : f.sections) names += (names.empty() ? "" : ", ") + std::string(s->m_name);
+        std::printf("  read before the failure: %zu section(s): %s; the last may be incomplete\n",
+                    f.sections.size(), names.c_str());
+    }
+    std::printf("  LAS %s, %s, delimiter %s\n", f.format.version.c_str(),
+                f.format.isWrapped ? "wrapped" : "not wrapped", ex::DelimiterName(f.format.delimiter).c_str());
+    char timing[160];
+    std::snprintf(timing, sizeof timing, "  read %lld bytes in %.2f ms (%.1f MB/s)\n", f.bytes,
+                  f.seconds * 1000.0, MegabytesPerSecond(f));
+    std::printf("%s", timing);
+
+    std::printf("\nSections (%zu)\n", f.sections.size());
+    std::vector<std::vector<std::string>> rows;
+    for (size_t i = 0; i < f.sections.size(); ++i) {
+        const quarl::CLasSection& s = *f.sections[i];
+        std::string lines = std::to_string(SectionLines(s)) + (s.m_type == quarl::LASSECTION_DATA ? " rows" : " lines");
+        rows.push_back({std::to_string(i), s.m_name, ex::SectionTypeName(s.m_type), lines,
+                        s.m_association.empty() ? "" : "-> " + s.m_association});
+    }
+    PrintTable({">#", "Name", "Type", ">Lines", ""}, rows, "  ");
+
+    if (f.sections.size() > 1) {
+        const quarl::CLasSection& well = *f.sections[1];
+        std::printf("\nWell (%s)\n", well.m_name.c_str());
+        rows.clear();
+        for (const char* key : kWellKeys) {
+            quarl::CLasParam p;
+            if (well.FindParameterByMnemonic(key, &p) < 0) continue;
+            rows.push_back({p.m_mnemonic, p.m_value, p.m_unit, p.m_description});
+        }
+        if (rows.empty()) std::printf("  (none of STRT, STOP, STEP, NULL, WELL, COMP, UWI, API)\n");
+        else PrintTable({"Mnem", "Value", "Unit", "Description"}, rows, "  ");
+    }
+
+    for (const auto& sp : f.sections) {
+        const quarl::CLasSection& s = *sp;
+        if (s.m_type != quarl::LASSECTION_DATA) continue;
+        std::printf("\nData section %s (definition %s): %zu curve(s), %d row(s)\n", s.m_name.c_str(),
+                    s.m_association.c_str(), s.m_curves.size(), SectionLines(s));
+        rows.clear();
+        for (const quarl::CLasCurve& c : s.m_curves) {
+            const ex::CurveStats st = ex::StatsOf(c, f.hasNull, f.nullValue);
+            rows.push_back({c.m_definition.m_mnemonic, c.m_definition.m_unit, c.m_isNumeric ? "numeric" : "text",
+                            std::to_string(st.count), c.m_isNumeric ? std::to_string(st.nulls) : "",
+                            c.m_isNumeric ? ex::FormatNumber(st.min, 8) : "",
+                            c.m_isNumeric ? ex::FormatNumber(st.max, 8) : "",
+                            ex::Trim(c.m_definition.m_description)});
+        }
+        PrintTable({"Mnem", "Unit", "Kind", ">Values", ">Nulls", ">Min", ">Max", "Description"}, rows, "  ");
+    }
+    if (f.hasNull) std::printf("\n  (min and max leave out the NULL value %s)\n", ex::FormatNumber(f.nullValue, 15).c_str());
+
+    std::printf("\nStepping: %s: %s%s\n", ex::ResultName(f.stepping), SteppingMeaning(f.stepping),
+                f.step.empty() || f.stepping == quarl::LASFILE_MISSING_SECTION ? "" : (" (STEP " + f.step + ")").c_str());
+}
+
+// ------------------------------------------------------------------ JSON
+
+std::string Json(const Facts& f)
+{
+    std::string j = "{\n";
+    j += "  \"file\": " + ex::JsonString(f.path) + ",\n";
+    j += "  \"result\": " + ex::JsonString(ex::ResultName(f.result)) + ",\n";
+    j += "  \"ok\": " + std::string(f.result == quarl::LASFILE_OK ? "true" : "false") + ",\n";
+    j += "  \"bytes\": " + std::to_string(f.bytes) + ",\n";
+    j += "  \"read_seconds\": " + ex::JsonNumber(f.seconds) + ",\n";
+    j += "  \"mb_per_second\": " + ex::JsonNumber(MegabytesPerSecond(f)) + ",\n";
+    j += "  \"version\": " + ex::JsonString(f.format.version) + ",\n";
+    j += "  \"las3\": " + std::string(f.format.isLas3 ? "true" : "false") + ",\n";
+    j += "  \"wrapped\": " + std::string(f.format.isWrapped ? "true" : "false") + ",\n";
+    j += "  \"delimiter\": " + ex::JsonString(ex::DelimiterName(f.format.delimiter)) + ",\n";
+    j += "  \"null_value\": " + (f.hasNull ? ex::JsonNumber(f.nullValue) : std::string("null")) + ",\n";
+    j += "  \"sections\": [";
+    for (size_t i = 0; i < f.sections.size(); ++i) {
+        const quarl::CLasSection& s = *f.sections[i];
+        j += std::string(i ? "," : "") + "\n    {\"name\": " + ex::JsonString(s.m_name) +
+             ", \"type\": " + ex::JsonString(ex::SectionTypeName(s.m_type)) +
+             ", \"lines\": " + std::to_string(SectionLines(s)) +
+             ", \"association\": " + ex::JsonString(s.m_association) + "}";
+    }
+    j += f.sections.empty() ? "],\n" : "\n  ],\n";
+    j += "  \"well\": {";
+    bool first = true;
+    if (f.sections.size() > 1) {
+        for (const char* key : kWellKeys) {
+            quarl::CLasParam p;
+            if (f.sections[1]->FindParameterByMnemonic(key, &p) < 0) continue;
+            j += std::string(first ? "" : ",") + "\n    " + ex::JsonString(key) + ": {\"value\": " +
+                 ex::JsonString(p.m_value) + ", \"unit\": " + ex::JsonString(p.m_unit) +
+                 ", \"description\": " + ex::JsonString(p.m_description) + "}";
+            first = false;
+        }
+    }
+    j += first ? "},\n" : "\n  },\n";
+    j += "  \"data\": [";
+    first = true;
+    for (const auto& sp : f.sections) {
+        const quarl::CLasSection& s = *sp;
+        if (s.m_type != quarl::LASSECTION_DATA) continue;
+        j += std::string(first ? "" : ",") + "\n    {\"name\": " + ex::JsonString(s.m_name) +
+             ", \"definition\": " + ex::JsonString(s.m_association) +
+             ", \"rows\": " + std::to_string(SectionLines(s)) + ", \"curves\": [";
+        for (size_t c = 0; c < s.m_curves.size(); ++c) {
+            const quarl::CLasCurve& curve = s.m_curves[c];
+            const ex::CurveStats st = ex::StatsOf(curve, f.hasNull, f.nullValue);
+            j += std::string(c ? "," : "") + "\n      {\"mnemonic\": " + ex::JsonString(curve.m_definition.m_mnemonic) +
+                 ", \"unit\": " + ex::JsonString(curve.m_definition.m_unit) +
+                 ", \"description\": " + ex::JsonString(ex::Trim(curve.m_definition.m_description)) +
+                 ", \"numeric\": " + (curve.m_isNumeric ? "true" : "false") +
+                 ", \"values\": " + std::to_string(st.count);
+            if (curve.m_isNumeric)
+                j += ", \"nulls\": " + std::to_string(st.nulls) + ", \"min\": " + ex::JsonNumber(st.min) +
+                     ", \"max\": " + ex::JsonNumber(st.max);
+            j += "}";
+        }
+        j += s.m_curves.empty() ? "]}" : "\n    ]}";
+        first = false;
+    }
+    j += first ? "],\n" : "\n  ],\n";
+    j += "  \"stepping\": " + ex::JsonString(ex::ResultName(f.stepping)) + "\n}";
+    return j;
+}
+
+}  // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: quarl-info FILE...\n");
+    std::vector<std::string> files;
+    bool json = false;
+    int progressMode = 0;  // 0 automatic, 1 always, -1 never
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg == "--json") json = true;
+        else if (arg == "--progress") progressMode = 1;
+        else if (arg == "--no-progress") progressMode = -1;
+        else if (arg == "-h" || arg == "--help") {
+            Usage(stdout);
+            return 0;
+        } else if (arg.size() > 1 && arg[0] == '-') {
+            std::fprintf(stderr, "quarl-info: unknown option %s\n", arg.c_str());
+            Usage(stderr);
+            return 2;
+        } else {
+            files.push_back(arg);
+        }
+    }
+    if (files.empty()) {
+        Usage(stderr);
         return 2;
     }
+
+    const bool terminal = QUARL_ISATTY(QUARL_FILENO(stderr)) != 0;
     int status = 0;
-    for (int i = 1; i < argc; ++i) {
-        quarl::CTextFile file;
-        if (file.Open(tessel::TxString(argv[i])) != quarl::LASFILE_OK) {
-            std::fprintf(stderr, "%s: cannot be read\n", argv[i]);
-            status = 1;
-            continue;
+    if (json && files.size() > 1) std::printf("[\n");
+    for (size_t n = 0; n < files.size(); ++n) {
+        Facts f;
+        f.path = files[n];
+        f.bytes = FileSize(f.path);
+
+        quarl::CLasReader reader;
+        Progress progress;
+        if (progressMode == 1 || (progressMode == 0 && terminal && f.bytes >= kProgressBytes))
+            reader.SetStatusCallback(&progress, &DrawProgress);
+        const auto start = std::chrono::steady_clock::now();
+        f.result = reader.Open(tessel::TxString(f.path));
+        f.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        if (progress.lastWidth >= 0 && !progress.done) std::fprintf(stderr, "\n");
+        f.opened = reader.IsOpen();
+        f.sections.assign(reader.begin(), reader.end());
+        if (!f.sections.empty()) f.format = ex::FormatOf(f.sections[0].get());
+        if (f.sections.size() > 1) {
+            f.hasNull = ex::NullValueOf(f.sections[1].get(), &f.nullValue);
+            quarl::CLasParam step;
+            if (f.sections[1]->FindParameterByMnemonic("STEP", &step) >= 0) f.step = ex::Trim(step.m_value);
         }
-        unsigned lines = 1;
-        while (file.ReadLine() == quarl::LASFILE_OK) ++lines;
-        std::printf("%s: %u lines\n", argv[i], lines);
+        f.stepping = reader.CheckDataStepping();
+        reader.Close();
+
+        if (f.result != quarl::LASFILE_OK) {
+            status = 1;
+            std::fprintf(stderr, "quarl-info: %s: %s (%s)%s\n", f.path.c_str(), ex::ResultName(f.result),
+                         ex::ResultMeaning(f.result),
+                         !f.opened ? "; the file cannot be opened"
+                         : f.sections.empty() && f.result == quarl::LASFILE_BAD_FORMAT
+                             ? "; not a LAS file"
+                             : "");
+        }
+        if (json) {
+            std::printf("%s%s", Json(f).c_str(), n + 1 < files.size() ? ",\n" : "\n");
+        } else {
+            if (n > 0) std::printf("\n");
+            PrintText(f);
+        }
     }
+    if (json && files.size() > 1) std::printf("]\n");
     return status;
 }

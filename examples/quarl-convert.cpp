@@ -1,0 +1,105 @@
+// quarl-convert IN OUT [--las 2|3] [--delimiter space|tab|comma]: reads a
+// LAS file and writes it again through the writer, in the version and with
+// the delimiter asked for.
+#include <quarl/quarl.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "common/las_tools.h"
+
+namespace ex = quarl::examples;
+
+namespace {
+
+void Usage(std::FILE* to)
+{
+    std::fprintf(to,
+                 "usage: quarl-convert IN OUT [--las 2|3] [--delimiter space|tab|comma]\n"
+                 "                    [--keep-names] [--drop-unsupported]\n"
+                 "  --las 2|3             version of OUT (default: 2)\n"
+                 "  --delimiter NAME      data delimiter of OUT; LAS 2.0 allows space only (default: space)\n"
+                 "  --keep-names          do not rename the log sections between the versions\n"
+                 "                        (Parameter/Curve/ASCII <-> Log_Parameter/Log_Definition/Log_Data)\n"
+                 "  --drop-unsupported    leave out sections the chosen version cannot hold, with a note\n");
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    std::vector<std::string> positional;
+    ex::ConvertOptions options;
+    bool delimiterGiven = false;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg == "-h" || arg == "--help") {
+            Usage(stdout);
+            return 0;
+        }
+        if (arg == "--las" || arg == "--delimiter") {
+            if (i + 1 >= argc) {
+                std::fprintf(stderr, "quarl-convert: %s needs a value\n", arg.c_str());
+                return 2;
+            }
+            const std::string value = argv[++i];
+            if (arg == "--las") {
+                if (value == "2" || value == "2.0") options.toLas3 = false;
+                else if (value == "3" || value == "3.0") options.toLas3 = true;
+                else {
+                    std::fprintf(stderr, "quarl-convert: --las wants 2 or 3, not '%s'\n", value.c_str());
+                    return 2;
+                }
+            } else {
+                if (value == "space") options.delimiter = ' ';
+                else if (value == "tab") options.delimiter = '\t';
+                else if (value == "comma") options.delimiter = ',';
+                else {
+                    std::fprintf(stderr, "quarl-convert: --delimiter wants space, tab or comma, not '%s'\n",
+                                 value.c_str());
+                    return 2;
+                }
+                delimiterGiven = true;
+            }
+        } else if (arg == "--keep-names") {
+            options.mapNames = false;
+        } else if (arg == "--drop-unsupported") {
+            options.dropUnsupported = true;
+        } else if (arg.size() > 1 && arg[0] == '-') {
+            std::fprintf(stderr, "quarl-convert: unknown option %s\n", arg.c_str());
+            Usage(stderr);
+            return 2;
+        } else {
+            positional.push_back(arg);
+        }
+    }
+    if (positional.size() != 2) {
+        Usage(stderr);
+        return 2;
+    }
+    if (!options.toLas3 && delimiterGiven && options.delimiter != ' ') {
+        std::fprintf(stderr,
+                     "quarl-convert: LAS 2.0 data are delimited by spaces only; use --las 3 for %s\n",
+                     ex::DelimiterName(options.delimiter).c_str());
+        return 2;
+    }
+    if (positional[0] == positional[1]) {
+        std::fprintf(stderr, "quarl-convert: IN and OUT are the same file\n");
+        return 2;
+    }
+
+    const ex::ConvertResult result = ex::ConvertFile(positional[0], positional[1], options);
+    for (const std::string& note : result.notes) std::fprintf(stderr, "quarl-convert: note: %s\n", note.c_str());
+    if (result.code != quarl::LASFILE_OK) {
+        std::fprintf(stderr, "quarl-convert: %s\n", result.message.c_str());
+        if (result.stage == "add" && !options.toLas3)
+            std::fprintf(stderr, "quarl-convert: hint: --las 3 keeps such sections, "
+                                 "--drop-unsupported leaves them out\n");
+        return 1;
+    }
+    std::printf("%s -> %s: LAS %s, %s delimiter, %d section(s) plus the version block\n",
+                positional[0].c_str(), positional[1].c_str(), options.toLas3 ? "3.0" : "2.0",
+                ex::DelimiterName(options.delimiter).c_str(), result.sectionsAdded);
+    return 0;
+}

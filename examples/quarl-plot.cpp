@@ -1,0 +1,215 @@
+// quarl-plot IN OUT.svg: draws the log plot of a LAS file as a standalone
+// SVG document, depth down the page and one track per numeric curve.
+#include <quarl/quarl.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "common/las_tools.h"
+#include "common/svg_plot.h"
+
+namespace ex = quarl::examples;
+
+namespace {
+
+void Usage(std::FILE* to)
+{
+    std::fprintf(to,
+                 "usage: quarl-plot IN OUT.svg [options]\n"
+                 "  --curves GR,RHOB,...  the curves to draw, in this order (default: every numeric curve)\n"
+                 "  --log RES,ILD,...     draw these curves on a logarithmic scale\n"
+                 "  --section NAME        the data section to draw (default: the log data)\n"
+                 "  --height PX           height of the depth range in pixels (default: from the rows)\n"
+                 "  --track-width PX      width of one track in pixels (default: 150)\n");
+}
+
+bool ParsePixels(const char* text, double low, double high, double* out)
+{
+    char* end = nullptr;
+    const double value = std::strtod(text, &end);
+    if (end == text || *end != '\0' || !(value >= low && value <= high)) return false;
+    *out = value;
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    std::vector<std::string> positional;
+    std::vector<std::string> curves, logCurves;
+    std::string sectionName;
+    double height = 0.0, trackWidth = 150.0;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        auto value = [&](const char* option) -> const char* {
+            if (i + 1 >= argc) {
+                std::fprintf(stderr, "quarl-plot: %s needs a value\n", option);
+                std::exit(2);
+            }
+            return argv[++i];
+        };
+        if (arg == "-h" || arg == "--help") {
+            Usage(stdout);
+            return 0;
+        } else if (arg == "--curves") {
+            curves = ex::SplitList(value("--curves"));
+        } else if (arg == "--log") {
+            logCurves = ex::SplitList(value("--log"));
+        } else if (arg == "--section") {
+            sectionName = value("--section");
+        } else if (arg == "--height") {
+            if (!ParsePixels(value("--height"), 100, 20000, &height)) {
+                std::fprintf(stderr, "quarl-plot: --height wants a number of pixels from 100 to 20000\n");
+                return 2;
+            }
+        } else if (arg == "--track-width") {
+            if (!ParsePixels(value("--track-width"), 60, 1000, &trackWidth)) {
+                std::fprintf(stderr, "quarl-plot: --track-width wants a number of pixels from 60 to 1000\n");
+                return 2;
+            }
+        } else if (arg.size() > 1 && arg[0] == '-') {
+            std::fprintf(stderr, "quarl-plot: unknown option %s\n", arg.c_str());
+            Usage(stderr);
+            return 2;
+        } else {
+            positional.push_back(arg);
+        }
+    }
+    if (positional.size() != 2) {
+        Usage(stderr);
+        return 2;
+    }
+    const std::string& in = positional[0];
+    const std::string& out = positional[1];
+
+    quarl::CLasReader reader;
+    const quarl::ELASFILEERROR code = reader.Open(tessel::TxString(in));
+    if (code != quarl::LASFILE_OK) {
+        std::fprintf(stderr, "quarl-plot: %s: %s (%s)%s\n", in.c_str(), ex::ResultName(code),
+                     ex::ResultMeaning(code),
+                     reader.empty() ? (code == quarl::LASFILE_BAD_FORMAT ? "; not a LAS file" : "") : "");
+        return 1;
+    }
+
+    // The data section: the one named, else the log data, else the first.
+    std::shared_ptr<quarl::CLasSection> data;
+    for (const auto& section : reader) {
+        if (section->m_type != quarl::LASSECTION_DATA) continue;
+        if (!sectionName.empty()) {
+            if (ex::EqualsNoCase(section->m_name, sectionName)) {
+                data = section;
+                break;
+            }
+            continue;
+        }
+        if (!data || ((section->m_flags & quarl::CLasSection::kFlagLogData) &&
+                      !(data->m_flags & quarl::CLasSection::kFlagLogData)))
+            data = section;
+    }
+    if (!data) {
+        if (sectionName.empty())
+            std::fprintf(stderr, "quarl-plot: %s has no data section\n", in.c_str());
+        else
+            std::fprintf(stderr, "quarl-plot: %s has no data section named %s\n", in.c_str(),
+                         sectionName.c_str());
+        return 1;
+    }
+    const int depthIndex = ex::DepthCurveIndex(*data);
+    if (depthIndex < 0) {
+        std::fprintf(stderr, "quarl-plot: %s: section %s has no numeric depth curve\n", in.c_str(),
+                     data->m_name.c_str());
+        return 1;
+    }
+
+    const quarl::CLasSection* well = reader.size() > 1 ? &reader.GetWellHeaders() : nullptr;
+    ex::PlotInput plot;
+    plot.hasNull = ex::NullValueOf(well, &plot.nullValue);
+    const quarl::CLasCurve& depth = data->m_curves[static_cast<size_t>(depthIndex)];
+    plot.depths = depth.m_numbers;
+    plot.depthMnemonic = depth.m_definition.m_mnemonic;
+    plot.depthUnit = depth.m_definition.m_unit;
+    plot.dataHeight = height;
+    plot.trackWidth = trackWidth;
+
+    auto wellValue = [&](const char* mnemonic) {
+        quarl::CLasParam param;
+        if (well && well->FindParameterByMnemonic(mnemonic, &param) >= 0) return ex::Trim(param.m_value);
+        return std::string();
+    };
+    plot.title = wellValue("WELL");
+    if (plot.title.empty()) plot.title = in;
+    std::string subtitle = in;
+    for (const char* mnemonic : {"COMP", "FLD", "UWI", "API"}) {
+        const std::string text = wellValue(mnemonic);
+        if (!text.empty()) subtitle += "  \xC2\xB7  " + text;
+    }
+    subtitle += "  \xC2\xB7  section " + data->m_name;
+    plot.subtitle = subtitle;
+
+    auto addTrack = [&](const quarl::CLasCurve& curve) {
+        ex::PlotTrack track;
+        track.mnemonic = curve.m_definition.m_mnemonic;
+        track.unit = curve.m_definition.m_unit;
+        track.description = curve.m_definition.m_description;
+        track.values = curve.m_numbers;
+        track.log = ex::ListContainsNoCase(logCurves, track.mnemonic);
+        plot.tracks.push_back(std::move(track));
+    };
+    if (curves.empty()) {
+        for (size_t i = 0; i < data->m_curves.size(); ++i)
+            if (static_cast<int>(i) != depthIndex && data->m_curves[i].m_isNumeric) addTrack(data->m_curves[i]);
+    } else {
+        for (const std::string& name : curves) {
+            const quarl::CLasCurve* found = nullptr;
+            for (const quarl::CLasCurve& curve : data->m_curves)
+                if (ex::EqualsNoCase(curve.m_definition.m_mnemonic, name)) {
+                    found = &curve;
+                    break;
+                }
+            if (!found) {
+                std::fprintf(stderr, "quarl-plot: %s: section %s has no curve %s\n", in.c_str(),
+                             data->m_name.c_str(), name.c_str());
+                return 1;
+            }
+            if (!found->m_isNumeric) {
+                std::fprintf(stderr, "quarl-plot: %s: curve %s holds text and cannot be drawn\n", in.c_str(),
+                             name.c_str());
+                return 1;
+            }
+            addTrack(*found);
+        }
+    }
+    for (const std::string& name : logCurves) {
+        bool used = false;
+        for (const ex::PlotTrack& track : plot.tracks) used = used || ex::EqualsNoCase(track.mnemonic, name);
+        if (!used) std::fprintf(stderr, "quarl-plot: note: --log %s: no such track, ignored\n", name.c_str());
+    }
+    if (plot.tracks.empty()) {
+        std::fprintf(stderr, "quarl-plot: %s: section %s has no numeric curve to draw besides the depth\n",
+                     in.c_str(), data->m_name.c_str());
+        return 1;
+    }
+    reader.Close();
+
+    const std::string svg = ex::RenderLogPlot(plot);
+    std::ofstream file(out, std::ios::binary);
+    if (!file) {
+        std::fprintf(stderr, "quarl-plot: cannot create %s\n", out.c_str());
+        return 1;
+    }
+    file.write(svg.data(), static_cast<std::streamsize>(svg.size()));
+    file.close();
+    if (!file) {
+        std::fprintf(stderr, "quarl-plot: writing %s failed\n", out.c_str());
+        return 1;
+    }
+    std::printf("%s: %zu track(s), %zu rows, depth %s to %s %s\n", out.c_str(), plot.tracks.size(),
+                plot.depths.size(), ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.front()).c_str(),
+                ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.back()).c_str(),
+                plot.depthUnit.c_str());
+    return 0;
+}
