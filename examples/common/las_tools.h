@@ -341,18 +341,6 @@ inline ConvertResult ConvertFile(const std::string& in, const std::string& out,
                                  const ConvertOptions& options)
 {
     ConvertResult result;
-    CLasReader reader;
-    const ELASFILEERROR readCode = reader.Open(tessel::TxString(in));
-    if (readCode != LASFILE_OK) {
-        result.code = readCode;
-        result.stage = "read";
-        result.message = std::string("reading ") + in + " failed with " + ResultName(readCode) +
-                         " (" + ResultMeaning(readCode) + ") after " +
-                         std::to_string(reader.size()) + " section(s)";
-        reader.Close();
-        return result;
-    }
-
     CLasWriter writer;
     if (writer.SetFormat(options.toLas3, options.delimiter) != LASFILE_OK) {
         result.code = writer.GetLastError();
@@ -360,6 +348,23 @@ inline ConvertResult ConvertFile(const std::string& in, const std::string& out,
         result.message = "the output format was refused: " + DescribeWriterError(writer);
         if (!options.toLas3 && options.delimiter != ' ')
             result.message += "; LAS 2.0 allows the space delimiter only";
+        return result;
+    }
+
+    CLasReader reader;
+    const ELASFILEERROR readCode = reader.Open(tessel::TxString(in));
+    if (readCode != LASFILE_OK) {
+        result.code = readCode;
+        result.stage = "read";
+        result.message = std::string("reading ") + in + " failed with " + ResultName(readCode) +
+                         " (" + ResultMeaning(readCode) + ")";
+        if (!reader.IsOpen())
+            result.message += ": the file cannot be opened";
+        else if (reader.empty() && readCode == LASFILE_BAD_FORMAT)
+            result.message += ": not a LAS file (it must begin with a ~Version section)";
+        else
+            result.message += " after " + std::to_string(reader.size()) + " section(s)";
+        reader.Close();
         return result;
     }
 

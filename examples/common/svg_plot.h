@@ -223,8 +223,12 @@ inline std::string RenderLogPlot(const PlotInput& in)
                 "\" stroke-width=\"" + (isMajor ? "0.9" : "0.6") + "\"/>\n";
         labels += "<line x1=\"" + Px(tracksLeft - (isMajor ? 8 : 4)) + "\" y1=\"" + Px(y) + "\" x2=\"" +
                   Px(tracksLeft) + "\" y2=\"" + Px(y) + "\" stroke=\"#444\" stroke-width=\"0.8\"/>\n";
+        // Labels at the very top and bottom stay inside the track.
+        double labelY = y + 4;
+        if (y - plotTop < 6) labelY = y + 11;
+        else if (plotTop + height - y < 6) labelY = y - 3;
         if (isMajor)
-            labels += "<text x=\"" + Px(tracksLeft - 11) + "\" y=\"" + Px(y + 4) +
+            labels += "<text x=\"" + Px(tracksLeft - 11) + "\" y=\"" + Px(labelY) +
                       "\" font-size=\"11\" text-anchor=\"end\" fill=\"#222\">" +
                       AxisLabel(std::round(ratio) * major) + "</text>\n";
     }
