@@ -1,0 +1,24 @@
+# Runs one example program and checks how it ends: the exit code, and a
+# pattern that its output (stdout and stderr together) must contain. A crash
+# is never an exit code, so it always fails the check.
+#   -DPROGRAM=... -DARGS=a;b;c -DEXPECT_CODE=1 -DEXPECT_OUTPUT=regex
+#   [-DEXPECT_FILE=path]: the file must exist afterwards (and is removed first)
+if(DEFINED EXPECT_FILE)
+  file(REMOVE "${EXPECT_FILE}")
+endif()
+execute_process(
+  COMMAND "${PROGRAM}" ${ARGS}
+  RESULT_VARIABLE code
+  OUTPUT_VARIABLE out
+  ERROR_VARIABLE err
+  TIMEOUT 120)
+set(all "${out}${err}")
+if(NOT "${code}" STREQUAL "${EXPECT_CODE}")
+  message(FATAL_ERROR "${PROGRAM} ${ARGS}: ended with '${code}', expected ${EXPECT_CODE}\n${all}")
+endif()
+if(DEFINED EXPECT_OUTPUT AND NOT all MATCHES "${EXPECT_OUTPUT}")
+  message(FATAL_ERROR "${PROGRAM} ${ARGS}: output lacks '${EXPECT_OUTPUT}'\n${all}")
+endif()
+if(DEFINED EXPECT_FILE AND NOT EXISTS "${EXPECT_FILE}")
+  message(FATAL_ERROR "${PROGRAM} ${ARGS}: did not write ${EXPECT_FILE}")
+endif()
