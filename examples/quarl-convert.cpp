@@ -15,14 +15,17 @@ namespace {
 
 void Usage(std::FILE* to)
 {
-    std::fprintf(to,
-                 "usage: quarl-convert IN OUT [--las 2|3] [--delimiter space|tab|comma]\n"
-                 "                    [--keep-names] [--drop-unsupported]\n"
-                 "  --las 2|3             version of OUT (default: 2)\n"
-                 "  --delimiter NAME      data delimiter of OUT; LAS 2.0 allows space only (default: space)\n"
-                 "  --keep-names          do not rename the log sections between the versions\n"
-                 "                        (Parameter/Curve/ASCII <-> Log_Parameter/Log_Definition/Log_Data)\n"
-                 "  --drop-unsupported    leave out sections the chosen version cannot hold, with a note\n");
+    std::fprintf(
+        to,
+        "usage: quarl-convert IN OUT [--las 2|3] [--delimiter space|tab|comma]\n"
+        "                    [--keep-names] [--drop-unsupported]\n"
+        "  --las 2|3             version of OUT (default: 2)\n"
+        "  --delimiter NAME      data delimiter of OUT; LAS 2.0 allows space only (default: "
+        "space)\n"
+        "  --keep-names          do not rename the log sections between the versions\n"
+        "                        (Parameter/Curve/ASCII <-> "
+        "Log_Parameter/Log_Definition/Log_Data)\n"
+        "  --drop-unsupported    leave out sections the chosen version cannot hold, with a note\n");
 }
 
 }  // namespace
@@ -45,18 +48,25 @@ int main(int argc, char** argv)
             }
             const std::string value = argv[++i];
             if (arg == "--las") {
-                if (value == "2" || value == "2.0") options.toLas3 = false;
-                else if (value == "3" || value == "3.0") options.toLas3 = true;
+                if (value == "2" || value == "2.0")
+                    options.toLas3 = false;
+                else if (value == "3" || value == "3.0")
+                    options.toLas3 = true;
                 else {
-                    std::fprintf(stderr, "quarl-convert: --las wants 2 or 3, not '%s'\n", value.c_str());
+                    std::fprintf(stderr, "quarl-convert: --las wants 2 or 3, not '%s'\n",
+                                 value.c_str());
                     return 2;
                 }
             } else {
-                if (value == "space") options.delimiter = ' ';
-                else if (value == "tab") options.delimiter = '\t';
-                else if (value == "comma") options.delimiter = ',';
+                if (value == "space")
+                    options.delimiter = ' ';
+                else if (value == "tab")
+                    options.delimiter = '\t';
+                else if (value == "comma")
+                    options.delimiter = ',';
                 else {
-                    std::fprintf(stderr, "quarl-convert: --delimiter wants space, tab or comma, not '%s'\n",
+                    std::fprintf(stderr,
+                                 "quarl-convert: --delimiter wants space, tab or comma, not '%s'\n",
                                  value.c_str());
                     return 2;
                 }
@@ -79,9 +89,10 @@ int main(int argc, char** argv)
         return 2;
     }
     if (!options.toLas3 && delimiterGiven && options.delimiter != ' ') {
-        std::fprintf(stderr,
-                     "quarl-convert: LAS 2.0 data are delimited by spaces only; use --las 3 for %s\n",
-                     ex::DelimiterName(options.delimiter).c_str());
+        std::fprintf(
+            stderr,
+            "quarl-convert: LAS 2.0 data are delimited by spaces only; use --las 3 for %s\n",
+            ex::DelimiterName(options.delimiter).c_str());
         return 2;
     }
     if (positional[0] == positional[1]) {
@@ -90,12 +101,14 @@ int main(int argc, char** argv)
     }
 
     const ex::ConvertResult result = ex::ConvertFile(positional[0], positional[1], options);
-    for (const std::string& note : result.notes) std::fprintf(stderr, "quarl-convert: note: %s\n", note.c_str());
+    for (const std::string& note : result.notes)
+        std::fprintf(stderr, "quarl-convert: note: %s\n", note.c_str());
     if (result.code != quarl::LASFILE_OK) {
         std::fprintf(stderr, "quarl-convert: %s\n", result.message.c_str());
         if (result.stage == "add" && !options.toLas3)
-            std::fprintf(stderr, "quarl-convert: hint: --las 3 keeps such sections, "
-                                 "--drop-unsupported leaves them out\n");
+            std::fprintf(stderr,
+                         "quarl-convert: hint: --las 3 keeps such sections, "
+                         "--drop-unsupported leaves them out\n");
         return 1;
     }
     std::printf("%s -> %s: LAS %s, %s delimiter, %d section(s) plus the version block\n",

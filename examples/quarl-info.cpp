@@ -32,11 +32,12 @@ constexpr long long kProgressBytes = 4LL * 1024 * 1024;
 
 void Usage(std::FILE* to)
 {
-    std::fprintf(to,
-                 "usage: quarl-info FILE... [--json] [--progress|--no-progress]\n"
-                 "  --json         print the facts as JSON (an object, or an array for several files)\n"
-                 "  --progress     always show a progress bar on stderr\n"
-                 "  --no-progress  never show one (default: on a terminal, for files of 4 MB or more)\n");
+    std::fprintf(
+        to,
+        "usage: quarl-info FILE... [--json] [--progress|--no-progress]\n"
+        "  --json         print the facts as JSON (an object, or an array for several files)\n"
+        "  --progress     always show a progress bar on stderr\n"
+        "  --no-progress  never show one (default: on a terminal, for files of 4 MB or more)\n");
 }
 
 struct Progress {
@@ -85,12 +86,18 @@ int32_t SectionLines(const quarl::CLasSection& section)
 const char* SteppingMeaning(quarl::ELASFILEERROR code)
 {
     switch (code) {
-    case quarl::LASFILE_OK: return "the depths of the log data advance by STEP";
-    case quarl::LASFILE_BAD_FORMAT: return "the depths do not advance by STEP, or the depth curve is text";
-    case quarl::LASFILE_MISSING_SECTION: return "the Well section has no STEP";
-    case quarl::LASFILE_BAD_VALUE: return "a log data section names no stored definition section";
-    case quarl::LASFILE_WRONG_STATE: return "fewer than two sections were read";
-    default: return ex::ResultMeaning(code);
+        case quarl::LASFILE_OK:
+            return "the depths of the log data advance by STEP";
+        case quarl::LASFILE_BAD_FORMAT:
+            return "the depths do not advance by STEP, or the depth curve is text";
+        case quarl::LASFILE_MISSING_SECTION:
+            return "the Well section has no STEP";
+        case quarl::LASFILE_BAD_VALUE:
+            return "a log data section names no stored definition section";
+        case quarl::LASFILE_WRONG_STATE:
+            return "fewer than two sections were read";
+        default:
+            return ex::ResultMeaning(code);
     }
 }
 
@@ -120,8 +127,8 @@ const char* const kWellKeys[] = {"STRT", "STOP", "STEP", "NULL", "WELL", "COMP",
 // ------------------------------------------------------------------ text
 
 // Left-aligned columns; a column whose header starts with '>' is right-aligned.
-void PrintTable(const std::vector<std::string>& header, const std::vector<std::vector<std::string>>& rows,
-                const char* indent)
+void PrintTable(const std::vector<std::string>& header,
+                const std::vector<std::vector<std::string>>& rows, const char* indent)
 {
     std::vector<size_t> widths(header.size(), 0);
     std::vector<bool> right(header.size(), false);
@@ -134,7 +141,8 @@ void PrintTable(const std::vector<std::string>& header, const std::vector<std::v
         widths[c] = head[c].size();
     }
     for (const auto& row : rows)
-        for (size_t c = 0; c < row.size() && c < widths.size(); ++c) widths[c] = std::max(widths[c], row[c].size());
+        for (size_t c = 0; c < row.size() && c < widths.size(); ++c)
+            widths[c] = std::max(widths[c], row[c].size());
     auto line = [&](const std::vector<std::string>& cells) {
         std::string text = indent;
         for (size_t c = 0; c < cells.size(); ++c) {
@@ -153,24 +161,28 @@ void PrintText(const Facts& f)
 {
     std::printf("%s\n", f.path.c_str());
     if (!f.opened) {
-        std::printf("  cannot be opened: %s (%s)\n", ex::ResultName(f.result), ex::ResultMeaning(f.result));
+        std::printf("  cannot be opened: %s (%s)\n", ex::ResultName(f.result),
+                    ex::ResultMeaning(f.result));
         return;
     }
     if (f.result != quarl::LASFILE_OK) {
-        std::printf("  READ FAILED: %s (%s)\n", ex::ResultName(f.result), ex::ResultMeaning(f.result));
+        std::printf("  READ FAILED: %s (%s)\n", ex::ResultName(f.result),
+                    ex::ResultMeaning(f.result));
         if (f.sections.empty()) {
-            std::printf("  nothing was read%s\n",
-                        f.result == quarl::LASFILE_BAD_FORMAT ? ": the file does not start like a LAS file"
-                                                              : "");
+            std::printf("  nothing was read%s\n", f.result == quarl::LASFILE_BAD_FORMAT
+                                                      ? ": the file does not start like a LAS file"
+                                                      : "");
             return;
         }
         std::string names;
-        for (const auto& s : f.sections) names += (names.empty() ? "" : ", ") + std::string(s->m_name);
+        for (const auto& s : f.sections)
+            names += (names.empty() ? "" : ", ") + std::string(s->m_name);
         std::printf("  read before the failure: %zu section(s): %s; the last may be incomplete\n",
                     f.sections.size(), names.c_str());
     }
     std::printf("  LAS %s, %s, delimiter %s\n", f.format.version.c_str(),
-                f.format.isWrapped ? "wrapped" : "not wrapped", ex::DelimiterName(f.format.delimiter).c_str());
+                f.format.isWrapped ? "wrapped" : "not wrapped",
+                ex::DelimiterName(f.format.delimiter).c_str());
     char timing[160];
     std::snprintf(timing, sizeof timing, "  read %lld bytes in %.2f ms (%.1f MB/s)\n", f.bytes,
                   f.seconds * 1000.0, MegabytesPerSecond(f));
@@ -180,7 +192,8 @@ void PrintText(const Facts& f)
     std::vector<std::vector<std::string>> rows;
     for (size_t i = 0; i < f.sections.size(); ++i) {
         const quarl::CLasSection& s = *f.sections[i];
-        std::string lines = std::to_string(SectionLines(s)) + (s.m_type == quarl::LASSECTION_DATA ? " rows" : " lines");
+        std::string lines = std::to_string(SectionLines(s)) +
+                            (s.m_type == quarl::LASSECTION_DATA ? " rows" : " lines");
         rows.push_back({std::to_string(i), s.m_name, ex::SectionTypeName(s.m_type), lines,
                         s.m_association.empty() ? "" : "-> " + s.m_association});
     }
@@ -195,30 +208,38 @@ void PrintText(const Facts& f)
             if (well.FindParameterByMnemonic(key, &p) < 0) continue;
             rows.push_back({p.m_mnemonic, p.m_value, p.m_unit, p.m_description});
         }
-        if (rows.empty()) std::printf("  (none of STRT, STOP, STEP, NULL, WELL, COMP, UWI, API)\n");
-        else PrintTable({"Mnem", "Value", "Unit", "Description"}, rows, "  ");
+        if (rows.empty())
+            std::printf("  (none of STRT, STOP, STEP, NULL, WELL, COMP, UWI, API)\n");
+        else
+            PrintTable({"Mnem", "Value", "Unit", "Description"}, rows, "  ");
     }
 
     for (const auto& sp : f.sections) {
         const quarl::CLasSection& s = *sp;
         if (s.m_type != quarl::LASSECTION_DATA) continue;
-        std::printf("\nData section %s (definition %s): %zu curve(s), %d row(s)\n", s.m_name.c_str(),
-                    s.m_association.c_str(), s.m_curves.size(), SectionLines(s));
+        std::printf("\nData section %s (definition %s): %zu curve(s), %d row(s)\n",
+                    s.m_name.c_str(), s.m_association.c_str(), s.m_curves.size(), SectionLines(s));
         rows.clear();
         for (const quarl::CLasCurve& c : s.m_curves) {
             const ex::CurveStats st = ex::StatsOf(c, f.hasNull, f.nullValue);
-            rows.push_back({c.m_definition.m_mnemonic, c.m_definition.m_unit, c.m_isNumeric ? "numeric" : "text",
-                            std::to_string(st.count), c.m_isNumeric ? std::to_string(st.nulls) : "",
+            rows.push_back({c.m_definition.m_mnemonic, c.m_definition.m_unit,
+                            c.m_isNumeric ? "numeric" : "text", std::to_string(st.count),
+                            c.m_isNumeric ? std::to_string(st.nulls) : "",
                             c.m_isNumeric ? ex::FormatNumber(st.min, 8) : "",
                             c.m_isNumeric ? ex::FormatNumber(st.max, 8) : "",
                             ex::Trim(c.m_definition.m_description)});
         }
-        PrintTable({"Mnem", "Unit", "Kind", ">Values", ">Nulls", ">Min", ">Max", "Description"}, rows, "  ");
+        PrintTable({"Mnem", "Unit", "Kind", ">Values", ">Nulls", ">Min", ">Max", "Description"},
+                   rows, "  ");
     }
-    if (f.hasNull) std::printf("\n  (min and max leave out the NULL value %s)\n", ex::FormatNumber(f.nullValue, 15).c_str());
+    if (f.hasNull)
+        std::printf("\n  (min and max leave out the NULL value %s)\n",
+                    ex::FormatNumber(f.nullValue, 15).c_str());
 
     std::printf("\nStepping: %s: %s%s\n", ex::ResultName(f.stepping), SteppingMeaning(f.stepping),
-                f.step.empty() || f.stepping == quarl::LASFILE_MISSING_SECTION ? "" : (" (STEP " + f.step + ")").c_str());
+                f.step.empty() || f.stepping == quarl::LASFILE_MISSING_SECTION
+                    ? ""
+                    : (" (STEP " + f.step + ")").c_str());
 }
 
 // ------------------------------------------------------------------ JSON
@@ -236,7 +257,8 @@ std::string Json(const Facts& f)
     j += "  \"las3\": " + std::string(f.format.isLas3 ? "true" : "false") + ",\n";
     j += "  \"wrapped\": " + std::string(f.format.isWrapped ? "true" : "false") + ",\n";
     j += "  \"delimiter\": " + ex::JsonString(ex::DelimiterName(f.format.delimiter)) + ",\n";
-    j += "  \"null_value\": " + (f.hasNull ? ex::JsonNumber(f.nullValue) : std::string("null")) + ",\n";
+    j += "  \"null_value\": " + (f.hasNull ? ex::JsonNumber(f.nullValue) : std::string("null")) +
+         ",\n";
     j += "  \"sections\": [";
     for (size_t i = 0; i < f.sections.size(); ++i) {
         const quarl::CLasSection& s = *f.sections[i];
@@ -252,8 +274,9 @@ std::string Json(const Facts& f)
         for (const char* key : kWellKeys) {
             quarl::CLasParam p;
             if (f.sections[1]->FindParameterByMnemonic(key, &p) < 0) continue;
-            j += std::string(first ? "" : ",") + "\n    " + ex::JsonString(key) + ": {\"value\": " +
-                 ex::JsonString(p.m_value) + ", \"unit\": " + ex::JsonString(p.m_unit) +
+            j += std::string(first ? "" : ",") + "\n    " + ex::JsonString(key) +
+                 ": {\"value\": " + ex::JsonString(p.m_value) +
+                 ", \"unit\": " + ex::JsonString(p.m_unit) +
                  ", \"description\": " + ex::JsonString(p.m_description) + "}";
             first = false;
         }
@@ -270,13 +293,16 @@ std::string Json(const Facts& f)
         for (size_t c = 0; c < s.m_curves.size(); ++c) {
             const quarl::CLasCurve& curve = s.m_curves[c];
             const ex::CurveStats st = ex::StatsOf(curve, f.hasNull, f.nullValue);
-            j += std::string(c ? "," : "") + "\n      {\"mnemonic\": " + ex::JsonString(curve.m_definition.m_mnemonic) +
-                 ", \"unit\": " + ex::JsonString(curve.m_definition.m_unit) +
-                 ", \"description\": " + ex::JsonString(ex::Trim(curve.m_definition.m_description)) +
-                 ", \"numeric\": " + (curve.m_isNumeric ? "true" : "false") +
-                 ", \"values\": " + std::to_string(st.count);
+            j +=
+                std::string(c ? "," : "") +
+                "\n      {\"mnemonic\": " + ex::JsonString(curve.m_definition.m_mnemonic) +
+                ", \"unit\": " + ex::JsonString(curve.m_definition.m_unit) +
+                ", \"description\": " + ex::JsonString(ex::Trim(curve.m_definition.m_description)) +
+                ", \"numeric\": " + (curve.m_isNumeric ? "true" : "false") +
+                ", \"values\": " + std::to_string(st.count);
             if (curve.m_isNumeric)
-                j += ", \"nulls\": " + std::to_string(st.nulls) + ", \"min\": " + ex::JsonNumber(st.min) +
+                j += ", \"nulls\": " + std::to_string(st.nulls) +
+                     ", \"min\": " + ex::JsonNumber(st.min) +
                      ", \"max\": " + ex::JsonNumber(st.max);
             j += "}";
         }
@@ -297,9 +323,12 @@ int main(int argc, char** argv)
     int progressMode = 0;  // 0 automatic, 1 always, -1 never
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
-        if (arg == "--json") json = true;
-        else if (arg == "--progress") progressMode = 1;
-        else if (arg == "--no-progress") progressMode = -1;
+        if (arg == "--json")
+            json = true;
+        else if (arg == "--progress")
+            progressMode = 1;
+        else if (arg == "--no-progress")
+            progressMode = -1;
         else if (arg == "-h" || arg == "--help") {
             Usage(stdout);
             return 0;
@@ -338,15 +367,16 @@ int main(int argc, char** argv)
         if (f.sections.size() > 1) {
             f.hasNull = ex::NullValueOf(f.sections[1].get(), &f.nullValue);
             quarl::CLasParam step;
-            if (f.sections[1]->FindParameterByMnemonic("STEP", &step) >= 0) f.step = ex::Trim(step.m_value);
+            if (f.sections[1]->FindParameterByMnemonic("STEP", &step) >= 0)
+                f.step = ex::Trim(step.m_value);
         }
         f.stepping = reader.CheckDataStepping();
         reader.Close();
 
         if (f.result != quarl::LASFILE_OK) {
             status = 1;
-            std::fprintf(stderr, "quarl-info: %s: %s (%s)%s\n", f.path.c_str(), ex::ResultName(f.result),
-                         ex::ResultMeaning(f.result),
+            std::fprintf(stderr, "quarl-info: %s: %s (%s)%s\n", f.path.c_str(),
+                         ex::ResultName(f.result), ex::ResultMeaning(f.result),
                          !f.opened ? "; the file cannot be opened"
                          : f.sections.empty() && f.result == quarl::LASFILE_BAD_FORMAT
                              ? "; not a LAS file"

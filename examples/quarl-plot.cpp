@@ -17,13 +17,14 @@ namespace {
 
 void Usage(std::FILE* to)
 {
-    std::fprintf(to,
-                 "usage: quarl-plot IN OUT.svg [options]\n"
-                 "  --curves GR,RHOB,...  the curves to draw, in this order (default: every numeric curve)\n"
-                 "  --log RES,ILD,...     draw these curves on a logarithmic scale\n"
-                 "  --section NAME        the data section to draw (default: the log data)\n"
-                 "  --height PX           height of the depth range in pixels (default: from the rows)\n"
-                 "  --track-width PX      width of one track in pixels (default: 150)\n");
+    std::fprintf(
+        to,
+        "usage: quarl-plot IN OUT.svg [options]\n"
+        "  --curves GR,RHOB,...  the curves to draw, in this order (default: every numeric curve)\n"
+        "  --log RES,ILD,...     draw these curves on a logarithmic scale\n"
+        "  --section NAME        the data section to draw (default: the log data)\n"
+        "  --height PX           height of the depth range in pixels (default: from the rows)\n"
+        "  --track-width PX      width of one track in pixels (default: 150)\n");
 }
 
 bool ParsePixels(const char* text, double low, double high, double* out)
@@ -63,12 +64,14 @@ int main(int argc, char** argv)
             sectionName = value("--section");
         } else if (arg == "--height") {
             if (!ParsePixels(value("--height"), 100, 20000, &height)) {
-                std::fprintf(stderr, "quarl-plot: --height wants a number of pixels from 100 to 20000\n");
+                std::fprintf(stderr,
+                             "quarl-plot: --height wants a number of pixels from 100 to 20000\n");
                 return 2;
             }
         } else if (arg == "--track-width") {
             if (!ParsePixels(value("--track-width"), 60, 1000, &trackWidth)) {
-                std::fprintf(stderr, "quarl-plot: --track-width wants a number of pixels from 60 to 1000\n");
+                std::fprintf(
+                    stderr, "quarl-plot: --track-width wants a number of pixels from 60 to 1000\n");
                 return 2;
             }
         } else if (arg.size() > 1 && arg[0] == '-') {
@@ -89,9 +92,10 @@ int main(int argc, char** argv)
     quarl::CLasReader reader;
     const quarl::ELASFILEERROR code = reader.Open(tessel::TxString(in));
     if (code != quarl::LASFILE_OK) {
-        std::fprintf(stderr, "quarl-plot: %s: %s (%s)%s\n", in.c_str(), ex::ResultName(code),
-                     ex::ResultMeaning(code),
-                     reader.empty() ? (code == quarl::LASFILE_BAD_FORMAT ? "; not a LAS file" : "") : "");
+        std::fprintf(
+            stderr, "quarl-plot: %s: %s (%s)%s\n", in.c_str(), ex::ResultName(code),
+            ex::ResultMeaning(code),
+            reader.empty() ? (code == quarl::LASFILE_BAD_FORMAT ? "; not a LAS file" : "") : "");
         return 1;
     }
 
@@ -137,7 +141,8 @@ int main(int argc, char** argv)
 
     auto wellValue = [&](const char* mnemonic) {
         quarl::CLasParam param;
-        if (well && well->FindParameterByMnemonic(mnemonic, &param) >= 0) return ex::Trim(param.m_value);
+        if (well && well->FindParameterByMnemonic(mnemonic, &param) >= 0)
+            return ex::Trim(param.m_value);
         return std::string();
     };
     plot.title = wellValue("WELL");
@@ -161,7 +166,8 @@ int main(int argc, char** argv)
     };
     if (curves.empty()) {
         for (size_t i = 0; i < data->m_curves.size(); ++i)
-            if (static_cast<int>(i) != depthIndex && data->m_curves[i].m_isNumeric) addTrack(data->m_curves[i]);
+            if (static_cast<int>(i) != depthIndex && data->m_curves[i].m_isNumeric)
+                addTrack(data->m_curves[i]);
     } else {
         for (const std::string& name : curves) {
             const quarl::CLasCurve* found = nullptr;
@@ -176,8 +182,8 @@ int main(int argc, char** argv)
                 return 1;
             }
             if (!found->m_isNumeric) {
-                std::fprintf(stderr, "quarl-plot: %s: curve %s holds text and cannot be drawn\n", in.c_str(),
-                             name.c_str());
+                std::fprintf(stderr, "quarl-plot: %s: curve %s holds text and cannot be drawn\n",
+                             in.c_str(), name.c_str());
                 return 1;
             }
             addTrack(*found);
@@ -185,11 +191,15 @@ int main(int argc, char** argv)
     }
     for (const std::string& name : logCurves) {
         bool used = false;
-        for (const ex::PlotTrack& track : plot.tracks) used = used || ex::EqualsNoCase(track.mnemonic, name);
-        if (!used) std::fprintf(stderr, "quarl-plot: note: --log %s: no such track, ignored\n", name.c_str());
+        for (const ex::PlotTrack& track : plot.tracks)
+            used = used || ex::EqualsNoCase(track.mnemonic, name);
+        if (!used)
+            std::fprintf(stderr, "quarl-plot: note: --log %s: no such track, ignored\n",
+                         name.c_str());
     }
     if (plot.tracks.empty()) {
-        std::fprintf(stderr, "quarl-plot: %s: section %s has no numeric curve to draw besides the depth\n",
+        std::fprintf(stderr,
+                     "quarl-plot: %s: section %s has no numeric curve to draw besides the depth\n",
                      in.c_str(), data->m_name.c_str());
         return 1;
     }
@@ -208,7 +218,8 @@ int main(int argc, char** argv)
         return 1;
     }
     std::printf("%s: %zu track(s), %zu rows, depth %s to %s %s\n", out.c_str(), plot.tracks.size(),
-                plot.depths.size(), ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.front()).c_str(),
+                plot.depths.size(),
+                ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.front()).c_str(),
                 ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.back()).c_str(),
                 plot.depthUnit.c_str());
     return 0;

@@ -17,7 +17,9 @@ namespace {
 size_t Count(const std::string& text, const std::string& what)
 {
     size_t n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + what.size())) ++n;
+    for (size_t at = text.find(what); at != std::string::npos;
+         at = text.find(what, at + what.size()))
+        ++n;
     return n;
 }
 
@@ -54,7 +56,8 @@ TEST(PlotScales, NiceStepIsOneTwoOrFiveTimesAPowerOfTen)
 
 TEST(PlotScales, LinearScaleCoversTheValuesOnNiceBounds)
 {
-    const double cases[][2] = {{99.9, 127.7}, {-21.6, -13.7}, {0.2, 0.35}, {2410, 2575.1}, {0, 1e6}, {-5, 5}};
+    const double cases[][2] = {{99.9, 127.7},  {-21.6, -13.7}, {0.2, 0.35},
+                               {2410, 2575.1}, {0, 1e6},       {-5, 5}};
     for (const auto& c : cases) {
         const ex::TrackScale s = ex::LinearScale(c[0], c[1]);
         SCOPED_TRACE(std::to_string(c[0]) + " .. " + std::to_string(c[1]));
@@ -242,14 +245,16 @@ TEST(FileFacts, FormatIsReadBackFromTheVersionSection)
     EXPECT_EQ(f.delimiter, ' ');
 
     // Written against the period, wrapped in the unit, delimiter by name.
-    version.m_params = {Param("VERS", "3.0", ""), Param("WRAP", "YES", ""), Param("dlm", "", "comma")};
+    version.m_params = {Param("VERS", "3.0", ""), Param("WRAP", "YES", ""),
+                        Param("dlm", "", "comma")};
     f = ex::FormatOf(&version);
     EXPECT_EQ(f.version, "3.0");
     EXPECT_TRUE(f.isLas3);
     EXPECT_TRUE(f.isWrapped);
     EXPECT_EQ(f.delimiter, ',');
 
-    version.m_params = {Param("VERS", "", "1.2"), Param("WRAP", "", "yes"), Param("DLM", "", "TAB")};
+    version.m_params = {Param("VERS", "", "1.2"), Param("WRAP", "", "yes"),
+                        Param("DLM", "", "TAB")};
     f = ex::FormatOf(&version);
     EXPECT_FALSE(f.isLas3);
     EXPECT_TRUE(f.isWrapped);
@@ -269,7 +274,10 @@ TEST(Text, JsonAndXmlEscaping)
     EXPECT_EQ(ex::Shorten("abcdef", 4), "abc\xE2\x80\xA6");
     EXPECT_EQ(ex::Shorten("abc", 4), "abc");
     // Never cut inside a UTF-8 sequence: "ab" + 3-byte char, cut after 3 bytes.
-    EXPECT_EQ(ex::Shorten("ab\xE2\x82\xAC" "cd", 4), "ab\xE2\x80\xA6");
+    EXPECT_EQ(ex::Shorten("ab\xE2\x82\xAC"
+                          "cd",
+                          4),
+              "ab\xE2\x80\xA6");
 }
 
 TEST(Text, OptionListsAndSectionNames)

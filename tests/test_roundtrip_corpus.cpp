@@ -76,11 +76,11 @@ std::string CompareData(const ReadResult& original, const ReadResult& written)
         const auto& ca = a[s]->m_curves;
         const auto& cb = b[s]->m_curves;
         if (ca.size() != cb.size())
-            return "section " + a[s]->m_name + ": " + std::to_string(ca.size()) + " curves became " +
-                   std::to_string(cb.size());
+            return "section " + a[s]->m_name + ": " + std::to_string(ca.size()) +
+                   " curves became " + std::to_string(cb.size());
         for (size_t c = 0; c < ca.size(); ++c) {
-            const std::string where = "section " + a[s]->m_name + ", curve " + std::to_string(c) + " (" +
-                                      ca[c].m_definition.m_mnemonic + ")";
+            const std::string where = "section " + a[s]->m_name + ", curve " + std::to_string(c) +
+                                      " (" + ca[c].m_definition.m_mnemonic + ")";
             if (!ex::EqualsNoCase(ca[c].m_definition.m_mnemonic, cb[c].m_definition.m_mnemonic))
                 return where + ": written as " + cb[c].m_definition.m_mnemonic;
             if (ca[c].m_isNumeric != cb[c].m_isNumeric) return where + ": kind changed";
@@ -92,7 +92,9 @@ std::string CompareData(const ReadResult& original, const ReadResult& written)
                 if (ca[c].m_isNumeric) {
                     const std::string x = Digits15(ca[c].m_numbers[i]);
                     const std::string y = Digits15(cb[c].m_numbers[i]);
-                    if (x != y) return where + ", row " + std::to_string(r) + ": " + x + " read back as " + y;
+                    if (x != y)
+                        return where + ", row " + std::to_string(r) + ": " + x + " read back as " +
+                               y;
                 } else if (ca[c].m_strings[i] != cb[c].m_strings[i]) {
                     return where + ", row " + std::to_string(r) + ": '" + ca[c].m_strings[i] +
                            "' read back as '" + cb[c].m_strings[i] + "'";
@@ -110,21 +112,22 @@ bool IsReasonedRefusal(const ex::ConvertResult& result)
 {
     if (result.stage != "add" && result.stage != "write") return false;
     switch (result.code) {
-    case quarl::LASFILE_BAD_NAME:
-    case quarl::LASFILE_BAD_FORMAT:
-    case quarl::LASFILE_BAD_VALUE:
-    case quarl::LASFILE_MISSING_SECTION:
-    case quarl::LASFILE_DUPLICATE_SECTION:
-    case quarl::LASFILE_NOT_ALLOWED_IN_VERSION:
-        return true;
-    default:
-        return false;
+        case quarl::LASFILE_BAD_NAME:
+        case quarl::LASFILE_BAD_FORMAT:
+        case quarl::LASFILE_BAD_VALUE:
+        case quarl::LASFILE_MISSING_SECTION:
+        case quarl::LASFILE_DUPLICATE_SECTION:
+        case quarl::LASFILE_NOT_ALLOWED_IN_VERSION:
+            return true;
+        default:
+            return false;
     }
 }
 
 // Converts `in` to `out` with `options`, reads both, compares, converts the
 // written file onto itself and compares bytes. Fails the test on any fault.
-void ExpectRoundTrip(const std::string& in, const std::string& out, const ex::ConvertOptions& options)
+void ExpectRoundTrip(const std::string& in, const std::string& out,
+                     const ex::ConvertOptions& options)
 {
     const ReadResult original = ReadAll(in);
     ASSERT_EQ(original.code, quarl::LASFILE_OK) << in;
@@ -186,9 +189,10 @@ TEST(RoundTripCorpus, NumericFilesSurviveLas20WriteAndReadBack)
         ++roundTrips;
     }
 
-    std::printf("corpus: %zu files, %d round trips, %d not read with LASFILE_OK, %d with text data, "
-                "%d without data\n",
-                files.size(), roundTrips, notRead, withText, withoutData);
+    std::printf(
+        "corpus: %zu files, %d round trips, %d not read with LASFILE_OK, %d with text data, "
+        "%d without data\n",
+        files.size(), roundTrips, notRead, withText, withoutData);
     for (const auto& [reason, names] : refused) {
         std::printf("  refused by the LAS 2.0 writer, %s: %zu:", reason.c_str(), names.size());
         for (const std::string& n : names) std::printf(" %s", n.c_str());
@@ -253,7 +257,8 @@ TEST(RoundTripSamples, WhatLas20CannotHoldIsNamedOrLeftOut)
     ASSERT_EQ(data[0]->m_curves[4].size(), 50);
     EXPECT_DOUBLE_EQ(data[0]->m_curves[4].m_numbers[3], 10.397);
     size_t dropped = 0;
-    for (const std::string& note : result.notes) dropped += note.find("left out") != std::string::npos;
+    for (const std::string& note : result.notes)
+        dropped += note.find("left out") != std::string::npos;
     EXPECT_EQ(dropped, 3u);
 
     // A text curve handed over directly: the writer's record names the column.

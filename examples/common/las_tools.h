@@ -21,17 +21,28 @@ namespace quarl::examples {
 inline const char* ResultName(ELASFILEERROR code)
 {
     switch (code) {
-    case LASFILE_OK: return "LASFILE_OK";
-    case LASFILE_IO_FAILED: return "LASFILE_IO_FAILED";
-    case LASFILE_OUT_OF_MEMORY: return "LASFILE_OUT_OF_MEMORY";
-    case LASFILE_BAD_FORMAT: return "LASFILE_BAD_FORMAT";
-    case LASFILE_NOT_ALLOWED_IN_VERSION: return "LASFILE_NOT_ALLOWED_IN_VERSION";
-    case LASFILE_MISSING_SECTION: return "LASFILE_MISSING_SECTION";
-    case LASFILE_WRONG_STATE: return "LASFILE_WRONG_STATE";
-    case LASFILE_BAD_VALUE: return "LASFILE_BAD_VALUE";
-    case LASFILE_CANCELLED: return "LASFILE_CANCELLED";
-    case LASFILE_DUPLICATE_SECTION: return "LASFILE_DUPLICATE_SECTION";
-    case LASFILE_BAD_NAME: return "LASFILE_BAD_NAME";
+        case LASFILE_OK:
+            return "LASFILE_OK";
+        case LASFILE_IO_FAILED:
+            return "LASFILE_IO_FAILED";
+        case LASFILE_OUT_OF_MEMORY:
+            return "LASFILE_OUT_OF_MEMORY";
+        case LASFILE_BAD_FORMAT:
+            return "LASFILE_BAD_FORMAT";
+        case LASFILE_NOT_ALLOWED_IN_VERSION:
+            return "LASFILE_NOT_ALLOWED_IN_VERSION";
+        case LASFILE_MISSING_SECTION:
+            return "LASFILE_MISSING_SECTION";
+        case LASFILE_WRONG_STATE:
+            return "LASFILE_WRONG_STATE";
+        case LASFILE_BAD_VALUE:
+            return "LASFILE_BAD_VALUE";
+        case LASFILE_CANCELLED:
+            return "LASFILE_CANCELLED";
+        case LASFILE_DUPLICATE_SECTION:
+            return "LASFILE_DUPLICATE_SECTION";
+        case LASFILE_BAD_NAME:
+            return "LASFILE_BAD_NAME";
     }
     return "LASFILE_UNKNOWN";
 }
@@ -39,17 +50,28 @@ inline const char* ResultName(ELASFILEERROR code)
 inline const char* ResultMeaning(ELASFILEERROR code)
 {
     switch (code) {
-    case LASFILE_OK: return "success";
-    case LASFILE_IO_FAILED: return "the file could not be opened, read or written, or ended too early";
-    case LASFILE_OUT_OF_MEMORY: return "out of memory";
-    case LASFILE_BAD_FORMAT: return "text or data without the form LAS requires";
-    case LASFILE_NOT_ALLOWED_IN_VERSION: return "not allowed in this LAS version";
-    case LASFILE_MISSING_SECTION: return "a required section is missing or does not fit its data";
-    case LASFILE_WRONG_STATE: return "operation not possible in this state";
-    case LASFILE_BAD_VALUE: return "a value or column is not allowed";
-    case LASFILE_CANCELLED: return "cancelled";
-    case LASFILE_DUPLICATE_SECTION: return "the section is already present";
-    case LASFILE_BAD_NAME: return "a name breaks the rules of the LAS version";
+        case LASFILE_OK:
+            return "success";
+        case LASFILE_IO_FAILED:
+            return "the file could not be opened, read or written, or ended too early";
+        case LASFILE_OUT_OF_MEMORY:
+            return "out of memory";
+        case LASFILE_BAD_FORMAT:
+            return "text or data without the form LAS requires";
+        case LASFILE_NOT_ALLOWED_IN_VERSION:
+            return "not allowed in this LAS version";
+        case LASFILE_MISSING_SECTION:
+            return "a required section is missing or does not fit its data";
+        case LASFILE_WRONG_STATE:
+            return "operation not possible in this state";
+        case LASFILE_BAD_VALUE:
+            return "a value or column is not allowed";
+        case LASFILE_CANCELLED:
+            return "cancelled";
+        case LASFILE_DUPLICATE_SECTION:
+            return "the section is already present";
+        case LASFILE_BAD_NAME:
+            return "a name breaks the rules of the LAS version";
     }
     return "unknown result";
 }
@@ -57,11 +79,16 @@ inline const char* ResultMeaning(ELASFILEERROR code)
 inline const char* SectionTypeName(ELASSECTIONTYPE type)
 {
     switch (type) {
-    case LASSECTION_PARAMETER: return "parameter";
-    case LASSECTION_DEFINITION: return "definition";
-    case LASSECTION_DATA: return "data";
-    case LASSECTION_HEADER: return "header";
-    case LASSECTION_ANY: return "untyped";
+        case LASSECTION_PARAMETER:
+            return "parameter";
+        case LASSECTION_DEFINITION:
+            return "definition";
+        case LASSECTION_DATA:
+            return "data";
+        case LASSECTION_HEADER:
+            return "header";
+        case LASSECTION_ANY:
+            return "untyped";
     }
     return "unknown";
 }
@@ -130,19 +157,29 @@ inline std::string JsonString(const std::string& text)
     std::string out = "\"";
     for (unsigned char c : text) {
         switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
-        default:
-            if (c < 0x20) {
-                char buffer[8];
-                std::snprintf(buffer, sizeof buffer, "\\u%04x", c);
-                out += buffer;
-            } else {
-                out += static_cast<char>(c);
-            }
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
+            default:
+                if (c < 0x20) {
+                    char buffer[8];
+                    std::snprintf(buffer, sizeof buffer, "\\u%04x", c);
+                    out += buffer;
+                } else {
+                    out += static_cast<char>(c);
+                }
         }
     }
     return out + "\"";
@@ -161,15 +198,27 @@ inline std::string XmlEscape(const std::string& text)
     std::string out;
     for (unsigned char c : text) {
         switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '"': out += "&quot;"; break;
-        case '\'': out += "&apos;"; break;
-        default:
-            // Control bytes are not allowed in XML 1.0.
-            if (c < 0x20 && c != '\t' && c != '\n') out += '?';
-            else out += static_cast<char>(c);
+            case '&':
+                out += "&amp;";
+                break;
+            case '<':
+                out += "&lt;";
+                break;
+            case '>':
+                out += "&gt;";
+                break;
+            case '"':
+                out += "&quot;";
+                break;
+            case '\'':
+                out += "&apos;";
+                break;
+            default:
+                // Control bytes are not allowed in XML 1.0.
+                if (c < 0x20 && c != '\t' && c != '\n')
+                    out += '?';
+                else
+                    out += static_cast<char>(c);
         }
     }
     return out;
@@ -202,10 +251,14 @@ inline FileFormat FormatOf(const CLasSection* versionSection)
                 (!p.m_unit.empty() && p.m_unit[0] == 'Y'))
                 format.isWrapped = true;
         } else if (EqualsNoCase(p.m_mnemonic, "DLM") && !p.m_value.empty()) {
-            if (EqualsNoCase(p.m_value, "SPACE")) format.delimiter = ' ';
-            else if (EqualsNoCase(p.m_value, "COMMA")) format.delimiter = ',';
-            else if (EqualsNoCase(p.m_value, "TAB")) format.delimiter = '\t';
-            else format.delimiter = p.m_value[0];
+            if (EqualsNoCase(p.m_value, "SPACE"))
+                format.delimiter = ' ';
+            else if (EqualsNoCase(p.m_value, "COMMA"))
+                format.delimiter = ',';
+            else if (EqualsNoCase(p.m_value, "TAB"))
+                format.delimiter = '\t';
+            else
+                format.delimiter = p.m_value[0];
         }
     }
     return format;
@@ -214,10 +267,14 @@ inline FileFormat FormatOf(const CLasSection* versionSection)
 inline std::string DelimiterName(char delimiter)
 {
     switch (delimiter) {
-    case ' ': return "space";
-    case '\t': return "tab";
-    case ',': return "comma";
-    default: return std::string("'") + delimiter + "'";
+        case ' ':
+            return "space";
+        case '\t':
+            return "tab";
+        case ',':
+            return "comma";
+        default:
+            return std::string("'") + delimiter + "'";
     }
 }
 
@@ -247,8 +304,8 @@ inline bool IsNullValue(double value, bool hasNull, double nullValue)
 }
 
 struct CurveStats {
-    int32_t count = 0;   // values in the curve
-    int32_t nulls = 0;   // of them, NULL values
+    int32_t count = 0;  // values in the curve
+    int32_t nulls = 0;  // of them, NULL values
     double min = std::numeric_limits<double>::quiet_NaN();
     double max = std::numeric_limits<double>::quiet_NaN();
 };
@@ -290,13 +347,16 @@ inline int DepthCurveIndex(const CLasSection& data)
 // LAS 2.0 file, and the other way round. Other names stay as they are.
 inline std::string MapSectionName(const std::string& name, bool toLas3)
 {
-    struct Pair { const char* las2; const char* las3; };
+    struct Pair {
+        const char* las2;
+        const char* las3;
+    };
     static const Pair pairs[] = {
         {"Parameter", "Log_Parameter"}, {"Curve", "Log_Definition"}, {"ASCII", "Log_Data"}};
     if (toLas3) {
-        static const Pair shortForms[] = {
-            {"W", "Well"}, {"P", "Log_Parameter"}, {"C", "Log_Definition"}, {"A", "Log_Data"},
-            {"L", "Log_Data"}, {"LOG", "Log_Data"}};
+        static const Pair shortForms[] = {{"W", "Well"},           {"P", "Log_Parameter"},
+                                          {"C", "Log_Definition"}, {"A", "Log_Data"},
+                                          {"L", "Log_Data"},       {"LOG", "Log_Data"}};
         for (const Pair& p : shortForms)
             if (EqualsNoCase(name, p.las2)) return p.las3;
         for (const Pair& p : pairs)
@@ -311,8 +371,8 @@ inline std::string MapSectionName(const std::string& name, bool toLas3)
 struct ConvertOptions {
     bool toLas3 = false;
     char delimiter = ' ';
-    bool mapNames = true;         // rename the log group between the versions
-    bool dropUnsupported = false; // leave out sections the writer refuses
+    bool mapNames = true;          // rename the log group between the versions
+    bool dropUnsupported = false;  // leave out sections the writer refuses
 };
 
 // What the writer said about a failure, as one line of text.
@@ -320,18 +380,20 @@ inline std::string DescribeWriterError(const CLasWriter& writer)
 {
     const ELASFILEERROR code = writer.GetLastError();
     std::string text = std::string(ResultName(code)) + " (" + ResultMeaning(code) + ")";
-    if (const char* section = writer.GetLastErrorSection()) text += std::string(", section ") + section;
+    if (const char* section = writer.GetLastErrorSection())
+        text += std::string(", section ") + section;
     if (const char* param = writer.GetLastErrorParam()) text += std::string(", mnemonic ") + param;
-    if (writer.GetLastErrorColumn() >= 0) text += ", column " + std::to_string(writer.GetLastErrorColumn());
+    if (writer.GetLastErrorColumn() >= 0)
+        text += ", column " + std::to_string(writer.GetLastErrorColumn());
     if (writer.GetLastErrorRow() >= 0) text += ", row " + std::to_string(writer.GetLastErrorRow());
     return text;
 }
 
 struct ConvertResult {
     ELASFILEERROR code = LASFILE_OK;
-    std::string stage;                 // "read", "format", "add", "write"
-    std::string message;               // what went wrong, for a person
-    std::vector<std::string> notes;    // renamed or dropped sections
+    std::string stage;               // "read", "format", "add", "write"
+    std::string message;             // what went wrong, for a person
+    std::vector<std::string> notes;  // renamed or dropped sections
     int sectionsAdded = 0;
 };
 
@@ -391,14 +453,19 @@ inline ConvertResult ConvertFile(const std::string& in, const std::string& out,
         std::string why = DescribeWriterError(writer);
         const int column = writer.GetLastErrorColumn();
         if (!options.toLas3 && code == LASFILE_BAD_NAME && writer.GetLastErrorParam() == nullptr)
-            why += "; LAS 2.0 knows only the sections Well, Curve, Parameter, ASCII, Other and Downhole";
-        else if (!options.toLas3 && code == LASFILE_BAD_VALUE && writer.GetLastErrorParam() != nullptr)
+            why +=
+                "; LAS 2.0 knows only the sections Well, Curve, Parameter, ASCII, Other and "
+                "Downhole";
+        else if (!options.toLas3 && code == LASFILE_BAD_VALUE &&
+                 writer.GetLastErrorParam() != nullptr)
             why += " (parameter associations exist only in LAS 3.0)";
         else if (!options.toLas3 && code == LASFILE_BAD_VALUE && column >= 0 &&
                  column < static_cast<int>(section.m_curves.size()) &&
                  !section.m_curves[static_cast<size_t>(column)].m_isNumeric)
-            why += " (" + std::string(section.m_curves[static_cast<size_t>(column)].m_definition.m_mnemonic) +
-                   " is a text curve; LAS 2.0 data must be numeric)";
+            why +=
+                " (" +
+                std::string(section.m_curves[static_cast<size_t>(column)].m_definition.m_mnemonic) +
+                " is a text curve; LAS 2.0 data must be numeric)";
         if (options.dropUnsupported) {
             result.notes.push_back("section " + section.m_name + " left out: " + why);
             continue;
@@ -417,9 +484,11 @@ inline ConvertResult ConvertFile(const std::string& in, const std::string& out,
         if (writeCode == LASFILE_CANCELLED) {
             result.message = "writing was cancelled";
         } else if (writer.GetLastError() == LASFILE_OK) {
-            result.message = std::string("writing ") + out + " failed with " + ResultName(writeCode);
+            result.message =
+                std::string("writing ") + out + " failed with " + ResultName(writeCode);
         } else {
-            result.message = std::string("writing ") + out + " failed: " + DescribeWriterError(writer);
+            result.message =
+                std::string("writing ") + out + " failed: " + DescribeWriterError(writer);
             if (writeCode == LASFILE_IO_FAILED && writer.GetLastErrorColumn() >= 0)
                 result.message += " (an empty text value cannot be written)";
         }

@@ -24,9 +24,12 @@ inline double NiceStep(double range, double count)
     const double power = std::pow(10.0, std::floor(std::log10(raw)));
     const double mantissa = raw / power;
     double nice = 10.0;
-    if (mantissa <= 1.0) nice = 1.0;
-    else if (mantissa <= 2.0) nice = 2.0;
-    else if (mantissa <= 5.0) nice = 5.0;
+    if (mantissa <= 1.0)
+        nice = 1.0;
+    else if (mantissa <= 2.0)
+        nice = 2.0;
+    else if (mantissa <= 5.0)
+        nice = 5.0;
     return nice * power;
 }
 
@@ -132,8 +135,8 @@ struct PlotTrack {
 };
 
 struct PlotInput {
-    std::string title;       // well name
-    std::string subtitle;    // file, company, ...
+    std::string title;     // well name
+    std::string subtitle;  // file, company, ...
     std::string depthMnemonic = "DEPT";
     std::string depthUnit;
     std::vector<double> depths;
@@ -149,7 +152,8 @@ inline std::string Px(double value)
     char buffer[32];
     std::snprintf(buffer, sizeof buffer, "%.1f", value);
     std::string text = buffer;
-    if (text.size() > 2 && text.compare(text.size() - 2, 2, ".0") == 0) text.resize(text.size() - 2);
+    if (text.size() > 2 && text.compare(text.size() - 2, 2, ".0") == 0)
+        text.resize(text.size() - 2);
     return text == "-0" ? "0" : text;
 }
 
@@ -186,7 +190,8 @@ inline std::string RenderLogPlot(const PlotInput& in)
     if (std::isnan(top)) top = bottom = 0.0;
     if (bottom == top) bottom = top + 1.0;
     double height = in.dataHeight;
-    if (!(height > 0)) height = std::clamp(static_cast<double>(in.depths.size()) * 3.0, 700.0, 2400.0);
+    if (!(height > 0))
+        height = std::clamp(static_cast<double>(in.depths.size()) * 3.0, 700.0, 2400.0);
 
     const double plotTop = margin + titleHeight + headerHeight;
     const double plotLeft = margin;
@@ -205,9 +210,10 @@ inline std::string RenderLogPlot(const PlotInput& in)
 
     // Title block.
     s += "<text x=\"" + Px(margin) + "\" y=\"" + Px(margin + 20) +
-         "\" font-size=\"18\" font-weight=\"bold\" fill=\"#222\">" + XmlEscape(in.title) + "</text>\n";
-    s += "<text x=\"" + Px(margin) + "\" y=\"" + Px(margin + 40) + "\" font-size=\"12\" fill=\"#555\">" +
-         XmlEscape(in.subtitle) + "</text>\n";
+         "\" font-size=\"18\" font-weight=\"bold\" fill=\"#222\">" + XmlEscape(in.title) +
+         "</text>\n";
+    s += "<text x=\"" + Px(margin) + "\" y=\"" + Px(margin + 40) +
+         "\" font-size=\"12\" fill=\"#555\">" + XmlEscape(in.subtitle) + "</text>\n";
 
     // Depth ticks.
     const double major = NiceStep(bottom - top, height / 90.0);
@@ -221,12 +227,15 @@ inline std::string RenderLogPlot(const PlotInput& in)
         grid += "<line x1=\"" + Px(tracksLeft) + "\" y1=\"" + Px(y) + "\" x2=\"" + Px(gridRight) +
                 "\" y2=\"" + Px(y) + "\" stroke=\"" + (isMajor ? "#b8b8b8" : "#e4e4e4") +
                 "\" stroke-width=\"" + (isMajor ? "0.9" : "0.6") + "\"/>\n";
-        labels += "<line x1=\"" + Px(tracksLeft - (isMajor ? 8 : 4)) + "\" y1=\"" + Px(y) + "\" x2=\"" +
-                  Px(tracksLeft) + "\" y2=\"" + Px(y) + "\" stroke=\"#444\" stroke-width=\"0.8\"/>\n";
+        labels += "<line x1=\"" + Px(tracksLeft - (isMajor ? 8 : 4)) + "\" y1=\"" + Px(y) +
+                  "\" x2=\"" + Px(tracksLeft) + "\" y2=\"" + Px(y) +
+                  "\" stroke=\"#444\" stroke-width=\"0.8\"/>\n";
         // Labels at the very top and bottom stay inside the track.
         double labelY = y + 4;
-        if (y - plotTop < 6) labelY = y + 11;
-        else if (plotTop + height - y < 6) labelY = y - 3;
+        if (y - plotTop < 6)
+            labelY = y + 11;
+        else if (plotTop + height - y < 6)
+            labelY = y - 3;
         if (isMajor)
             labels += "<text x=\"" + Px(tracksLeft - 11) + "\" y=\"" + Px(labelY) +
                       "\" font-size=\"11\" text-anchor=\"end\" fill=\"#222\">" +
@@ -236,13 +245,15 @@ inline std::string RenderLogPlot(const PlotInput& in)
     // Depth track header.
     const double headTop = margin + titleHeight;
     s += "<rect x=\"" + Px(plotLeft) + "\" y=\"" + Px(headTop) + "\" width=\"" + Px(depthWidth) +
-         "\" height=\"" + Px(headerHeight) + "\" fill=\"#f4f4f4\" stroke=\"#444\" stroke-width=\"1\"/>\n";
+         "\" height=\"" + Px(headerHeight) +
+         "\" fill=\"#f4f4f4\" stroke=\"#444\" stroke-width=\"1\"/>\n";
     s += "<text x=\"" + Px(plotLeft + depthWidth / 2) + "\" y=\"" + Px(headTop + 32) +
          "\" font-size=\"13\" font-weight=\"bold\" text-anchor=\"middle\" fill=\"#222\">" +
          XmlEscape(Shorten(in.depthMnemonic, 9)) + "</text>\n";
     s += "<text x=\"" + Px(plotLeft + depthWidth / 2) + "\" y=\"" + Px(headTop + 50) +
          "\" font-size=\"11\" text-anchor=\"middle\" fill=\"#555\">" +
-         XmlEscape(in.depthUnit.empty() ? std::string("depth") : Shorten(in.depthUnit, 10)) + "</text>\n";
+         XmlEscape(in.depthUnit.empty() ? std::string("depth") : Shorten(in.depthUnit, 10)) +
+         "</text>\n";
 
     s += "<g id=\"grid\">\n" + grid + "</g>\n";
 
@@ -267,9 +278,10 @@ inline std::string RenderLogPlot(const PlotInput& in)
         // Vertical grid of the track.
         std::string vgrid;
         auto vline = [&](double x, bool strong) {
-            vgrid += "<line x1=\"" + Px(x) + "\" y1=\"" + Px(plotTop) + "\" x2=\"" + Px(x) + "\" y2=\"" +
-                     Px(plotTop + height) + "\" stroke=\"" + (strong ? "#b8b8b8" : "#e4e4e4") +
-                     "\" stroke-width=\"" + (strong ? "0.9" : "0.6") + "\"/>\n";
+            vgrid += "<line x1=\"" + Px(x) + "\" y1=\"" + Px(plotTop) + "\" x2=\"" + Px(x) +
+                     "\" y2=\"" + Px(plotTop + height) + "\" stroke=\"" +
+                     (strong ? "#b8b8b8" : "#e4e4e4") + "\" stroke-width=\"" +
+                     (strong ? "0.9" : "0.6") + "\"/>\n";
         };
         if (scale.log) {
             for (double decade = scale.left; decade < scale.right * 0.999; decade *= 10.0) {
@@ -277,41 +289,45 @@ inline std::string RenderLogPlot(const PlotInput& in)
                 for (int k = 2; k <= 9; ++k) vline(xOf(decade * k), false);
             }
         } else {
-            for (double v = scale.left + scale.step; v < scale.right - scale.step * 1e-6; v += scale.step)
+            for (double v = scale.left + scale.step; v < scale.right - scale.step * 1e-6;
+                 v += scale.step)
                 vline(xOf(v), true);
         }
         s += "<g id=\"grid-" + XmlEscape(track.mnemonic) + "\">\n" + vgrid + "</g>\n";
 
         // Header: mnemonic, unit, description, and the scale bar.
         s += "<rect x=\"" + Px(x0) + "\" y=\"" + Px(headTop) + "\" width=\"" + Px(trackWidth) +
-             "\" height=\"" + Px(headerHeight) + "\" fill=\"#fafafa\" stroke=\"#444\" stroke-width=\"1\"/>\n";
+             "\" height=\"" + Px(headerHeight) +
+             "\" fill=\"#fafafa\" stroke=\"#444\" stroke-width=\"1\"/>\n";
         const double mid = x0 + trackWidth / 2;
         s += "<text x=\"" + Px(mid) + "\" y=\"" + Px(headTop + 17) +
-             "\" font-size=\"13\" font-weight=\"bold\" text-anchor=\"middle\" fill=\"" + colour + "\">" +
-             XmlEscape(Shorten(track.mnemonic, 16)) + "</text>\n";
+             "\" font-size=\"13\" font-weight=\"bold\" text-anchor=\"middle\" fill=\"" + colour +
+             "\">" + XmlEscape(Shorten(track.mnemonic, 16)) + "</text>\n";
         std::string unitLine = track.unit.empty() ? std::string("(no unit)") : track.unit;
         if (scale.log) unitLine += "  log";
         s += "<text x=\"" + Px(mid) + "\" y=\"" + Px(headTop + 32) +
-             "\" font-size=\"11\" text-anchor=\"middle\" fill=\"#333\">" + XmlEscape(Shorten(unitLine, 22)) +
-             "</text>\n";
+             "\" font-size=\"11\" text-anchor=\"middle\" fill=\"#333\">" +
+             XmlEscape(Shorten(unitLine, 22)) + "</text>\n";
         const size_t descMax = static_cast<size_t>(std::max(8.0, trackWidth / 6.2));
         s += "<text x=\"" + Px(mid) + "\" y=\"" + Px(headTop + 46) +
              "\" font-size=\"9.5\" text-anchor=\"middle\" fill=\"#777\">" +
              XmlEscape(Shorten(Trim(track.description), descMax)) + "</text>\n";
         const double barY = headTop + 58;
-        s += "<line x1=\"" + Px(x0 + 6) + "\" y1=\"" + Px(barY) + "\" x2=\"" + Px(x1 - 6) + "\" y2=\"" +
-             Px(barY) + "\" stroke=\"" + colour + "\" stroke-width=\"2\"/>\n";
-        s += "<text x=\"" + Px(x0 + 5) + "\" y=\"" + Px(barY + 14) + "\" font-size=\"10.5\" fill=\"#222\">" +
-             AxisLabel(scale.left) + "</text>\n";
+        s += "<line x1=\"" + Px(x0 + 6) + "\" y1=\"" + Px(barY) + "\" x2=\"" + Px(x1 - 6) +
+             "\" y2=\"" + Px(barY) + "\" stroke=\"" + colour + "\" stroke-width=\"2\"/>\n";
+        s += "<text x=\"" + Px(x0 + 5) + "\" y=\"" + Px(barY + 14) +
+             "\" font-size=\"10.5\" fill=\"#222\">" + AxisLabel(scale.left) + "</text>\n";
         s += "<text x=\"" + Px(x1 - 5) + "\" y=\"" + Px(barY + 14) +
-             "\" font-size=\"10.5\" text-anchor=\"end\" fill=\"#222\">" + AxisLabel(scale.right) + "</text>\n";
+             "\" font-size=\"10.5\" text-anchor=\"end\" fill=\"#222\">" + AxisLabel(scale.right) +
+             "</text>\n";
 
         // The curve, NULL values as gaps, clipped to the track.
         const std::string clip = "clip" + std::to_string(t);
         defs += "<clipPath id=\"" + clip + "\"><rect x=\"" + Px(x0) + "\" y=\"" + Px(plotTop) +
                 "\" width=\"" + Px(trackWidth) + "\" height=\"" + Px(height) + "\"/></clipPath>\n";
         std::string d;
-        for (const auto& run : CurveRuns(in.depths, track.values, in.hasNull, in.nullValue, scale.log)) {
+        for (const auto& run :
+             CurveRuns(in.depths, track.values, in.hasNull, in.nullValue, scale.log)) {
             bool firstPoint = true;
             for (const auto& point : run) {
                 d += firstPoint ? "M" : "L";
@@ -326,11 +342,13 @@ inline std::string RenderLogPlot(const PlotInput& in)
         } else {
             d.pop_back();
             s += "<path d=\"" + d + "\" fill=\"none\" stroke=\"" + colour +
-                 "\" stroke-width=\"1.3\" stroke-linejoin=\"round\" stroke-linecap=\"round\" clip-path=\"url(#" +
+                 "\" stroke-width=\"1.3\" stroke-linejoin=\"round\" stroke-linecap=\"round\" "
+                 "clip-path=\"url(#" +
                  clip + ")\"/>\n";
         }
         s += "<rect x=\"" + Px(x0) + "\" y=\"" + Px(plotTop) + "\" width=\"" + Px(trackWidth) +
-             "\" height=\"" + Px(height) + "\" fill=\"none\" stroke=\"#444\" stroke-width=\"1\"/>\n";
+             "\" height=\"" + Px(height) +
+             "\" fill=\"none\" stroke=\"#444\" stroke-width=\"1\"/>\n";
     }
 
     // Depth track body with its labels.
@@ -338,8 +356,8 @@ inline std::string RenderLogPlot(const PlotInput& in)
          "\" height=\"" + Px(height) + "\" fill=\"none\" stroke=\"#444\" stroke-width=\"1\"/>\n";
     s += "<g id=\"depth-axis\">\n" + labels + "</g>\n";
     s += "<text x=\"" + Px(margin) + "\" y=\"" + Px(plotTop + height + 16) +
-         "\" font-size=\"10\" fill=\"#777\">Depth " + AxisLabel(top) + " to " + AxisLabel(bottom) + " " +
-         XmlEscape(in.depthUnit) + "; gaps are NULL values</text>\n";
+         "\" font-size=\"10\" fill=\"#777\">Depth " + AxisLabel(top) + " to " + AxisLabel(bottom) +
+         " " + XmlEscape(in.depthUnit) + "; gaps are NULL values</text>\n";
     s += "<defs>\n" + defs + "</defs>\n";
     s += "</svg>\n";
     return s;
