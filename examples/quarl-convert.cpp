@@ -111,7 +111,7 @@ int main(int argc, char** argv)
                          "--drop-unsupported leaves them out\n");
         return 1;
     }
-    std::printf("%s -> %s: LAS %s, %s delimiter, %d section(s) plus the version block\n",
+    std::printf("%s -> %s: LAS %s, %s delimiter, %d section(s) handed to the writer\n",
                 positional[0].c_str(), positional[1].c_str(), options.toLas3 ? "3.0" : "2.0",
                 ex::DelimiterName(options.delimiter).c_str(), result.sectionsAdded);
     return 0;
