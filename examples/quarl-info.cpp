@@ -151,6 +151,7 @@ void PrintTable(const std::vector<std::string>& header,
             text += right[c] ? pad + cells[c] : cells[c] + (last ? "" : pad);
             if (!last) text += "  ";
         }
+        while (!text.empty() && text.back() == ' ') text.pop_back();
         std::printf("%s\n", text.c_str());
     };
     line(head);
@@ -201,7 +202,7 @@ void PrintText(const Facts& f)
 
     if (f.sections.size() > 1) {
         const quarl::CLasSection& well = *f.sections[1];
-        std::printf("\nWell (%s)\n", well.m_name.c_str());
+        std::printf("\nKey parameters of the Well section (%s)\n", well.m_name.c_str());
         rows.clear();
         for (const char* key : kWellKeys) {
             quarl::CLasParam p;

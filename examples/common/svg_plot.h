@@ -210,10 +210,13 @@ inline std::string RenderLogPlot(const PlotInput& in)
 
     // Title block.
     s += "<text x=\"" + Px(margin) + "\" y=\"" + Px(margin + 20) +
-         "\" font-size=\"18\" font-weight=\"bold\" fill=\"#222\">" + XmlEscape(in.title) +
+         "\" font-size=\"18\" font-weight=\"bold\" fill=\"#222\">" +
+         XmlEscape(Shorten(in.title, static_cast<size_t>((fullWidth - 2 * margin) / 11.5))) +
          "</text>\n";
     s += "<text x=\"" + Px(margin) + "\" y=\"" + Px(margin + 40) +
-         "\" font-size=\"12\" fill=\"#555\">" + XmlEscape(in.subtitle) + "</text>\n";
+         "\" font-size=\"12\" fill=\"#555\">" +
+         XmlEscape(Shorten(in.subtitle, static_cast<size_t>((fullWidth - 2 * margin) / 6.9))) +
+         "</text>\n";
 
     // Depth ticks.
     const double major = NiceStep(bottom - top, height / 90.0);
