@@ -20,5 +20,18 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/quarlConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/quarlConfig.cmake ${PROJECT_BINARY_DIR}/quarlConfigVersion.cmake
   DESTINATION ${QUARL_CMAKE_DIR})
 
+# The pkg-config file finds the prefix from its own place, so that it stays
+# right for `cmake --install --prefix`, DESTDIR and a moved tree.
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}" OR IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
+  set(QUARL_PC_PREFIX "${CMAKE_INSTALL_PREFIX}")
+  set(QUARL_PC_LIBDIR "${CMAKE_INSTALL_FULL_LIBDIR}")
+  set(QUARL_PC_INCLUDEDIR "${CMAKE_INSTALL_FULL_INCLUDEDIR}")
+else()
+  file(RELATIVE_PATH QUARL_PC_UP "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+  string(REGEX REPLACE "/$" "" QUARL_PC_UP "${QUARL_PC_UP}")
+  set(QUARL_PC_PREFIX "\${pcfiledir}/${QUARL_PC_UP}")
+  set(QUARL_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+  set(QUARL_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/quarl.pc.in ${PROJECT_BINARY_DIR}/quarl.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/quarl.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

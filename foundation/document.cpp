@@ -4,6 +4,16 @@
 
 namespace quarl {
 
+CLasString::CLasString() = default;
+
+CLasString::CLasString(const CLasString& other) = default;
+
+CLasString::CLasString(const std::string& bytes) : std::string(bytes) {}
+
+CLasString& CLasString::operator=(const CLasString& other) = default;
+
+CLasString::~CLasString() = default;
+
 int32_t CLasCurve::size() const
 {
     return static_cast<int32_t>(m_isNumeric ? m_numbers.size() : m_strings.size());

@@ -44,7 +44,9 @@ CTextFile::~CTextFile()
 
 ELASFILEERROR CTextFile::Open(const tessel::TxString& path)
 {
-    m_file = nullptr;
+    // Callers close first; a host that doesn't must not lose the stream and
+    // the line store it still holds.
+    Close();
     std::FILE* file = OpenStream(path.c_str(), "rb");
     if (!file) return LASFILE_IO_FAILED;
     m_file = file;

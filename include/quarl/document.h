@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <quarl/export.h>
@@ -17,15 +18,17 @@ namespace quarl {
 class QUARL_API CLasString : public std::string {
 public:
     using std::string::string;
-    CLasString() = default;
-    CLasString(const CLasString&) = default;
+    // The operations of the interface live in the library; the moves stay
+    // inline.
+    CLasString();
+    CLasString(const CLasString& other);
     CLasString(CLasString&&) noexcept = default;
-    CLasString(const std::string& bytes) : std::string(bytes) {}  // NOLINT: implicit by design
+    CLasString(const std::string& bytes);  // NOLINT: implicit by design
     CLasString(std::string&& bytes) noexcept : std::string(std::move(bytes)) {}  // NOLINT
-    CLasString& operator=(const CLasString&) = default;
+    CLasString& operator=(const CLasString& other);
     CLasString& operator=(CLasString&&) noexcept = default;
     using std::string::operator=;
-    ~CLasString() = default;
+    ~CLasString();
 };
 
 // One parameter line: MNEM.UNIT VALUE : DESCRIPTION {FORMAT} | ASSOCIATION
