@@ -46,7 +46,13 @@ std::vector<double> Samples()
                                   0.00001,
                                   0.1,
                                   2.5,
-                                  0.125};
+                                  0.125,
+                                  0.001,
+                                  0.00099999999999999999,
+                                  99999999999999.9,
+                                  99999999999999.99,
+                                  123456789012345.0,
+                                  0.000123456789012345};
     for (int i = 0; i < 200000; ++i) {
         uint64_t bits = random();
         double value;
@@ -61,6 +67,8 @@ std::vector<double> Samples()
         values.push_back(mantissa * std::pow(10.0, exponent));
         values.push_back((mantissa + 0.5) * std::pow(10.0, exponent - 15));
         values.push_back(1000.0 + 0.1 * i);
+        values.push_back(-(1234.5678 + (i % 977) * 0.0625 - (i % 13) * 1.125));
+        values.push_back(std::nextafter(mantissa * std::pow(10.0, exponent), 1e300));
         values.push_back(std::ldexp(static_cast<double>(random() % 1000000), -static_cast<int>(random() % 40)));
     }
     return values;

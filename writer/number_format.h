@@ -19,10 +19,7 @@ constexpr size_t kFixedNumberMax = 330;
 
 // Writes "%.15g" of `value` at `out`, which has room for kGeneralNumberMax
 // bytes, and returns the end. No terminating NUL.
-inline char* FormatGeneral15(char* out, double value)
-{
-    return std::to_chars(out, out + kGeneralNumberMax, value, std::chars_format::general, 15).ptr;
-}
+char* FormatGeneral15(char* out, double value);
 
 // "%.15g" of `value` as a string.
 std::string General15(double value);
