@@ -17,6 +17,7 @@ namespace quarl {
 
 namespace detail {
 struct ReaderAccess;  // the test suite's window on the private operations
+class RowBytes;      // how the bytes of a data row behave
 }
 
 class QUARL_API CLasReader {
@@ -85,6 +86,14 @@ private:
     ELASFILEERROR ReadParameterSection(bool isDefinition);
     int32_t FindDefinitionSectionForDataSection(const char* name, std::string* found) const;
     ELASFILEERROR ReadDataSection();
+
+    // Helpers of the operations above, one concern each.
+    ELASFILEERROR ReportProgress(double percent);
+    ELASFILEERROR PassLeadingComment();
+    void ApplyVersionLine(CLasParam& param);
+    ELASFILEERROR ReadDataRows(CLasSection& section);
+    ELASFILEERROR ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
+                              bool& headerReached);
 
     CTextFile m_file;
     LasStatusCallback m_statusCallback;

@@ -17,6 +17,7 @@ namespace quarl {
 
 namespace detail {
 struct WriterAccess;  // the test suite's window on the private operations
+class OutputBuffer;
 }
 
 class QUARL_API CLasWriter {
@@ -62,6 +63,23 @@ private:
     ELASFILEERROR FillWellSection();
     ELASFILEERROR SortSections();
 
+    // Helpers of the operations above.
+    ELASFILEERROR CheckDepths(const CLasSection& data, CLasSection& well);
+    void CreateMissingSections();
+    ELASFILEERROR CheckRequiredSections();
+    ELASFILEERROR CheckColumnLengths();
+    ELASFILEERROR FillDefinitionSections();
+    void CloseOutput();
+    bool Report(double percent, const tessel::TxString& message) const;
+    ELASFILEERROR WriteDocument(detail::OutputBuffer& out, const tessel::TxString& message);
+    ELASFILEERROR WriteHead(detail::OutputBuffer& out);
+    ELASFILEERROR WriteSectionHead(detail::OutputBuffer& out, const CLasSection& section);
+    ELASFILEERROR WriteParams(detail::OutputBuffer& out, const CLasSection& section, double base,
+                              double step, const tessel::TxString& message);
+    ELASFILEERROR WriteRows(detail::OutputBuffer& out, const CLasSection& section, double base,
+                            double step, const tessel::TxString& message);
+    ELASFILEERROR FinishWrite(detail::OutputBuffer& out);
+
     LasStatusCallback m_statusCallback;
     void* m_statusContext;
     std::vector<CLasSection> m_sections;
@@ -74,6 +92,9 @@ private:
     int32_t m_errorRow;
     std::FILE* m_file;
     tessel::TxString m_filename;
+    // The temporary file that becomes the target once it is complete; empty
+    // when no output is open or when the target is written in place.
+    std::string m_tempPath;
 };
 
 }  // namespace quarl

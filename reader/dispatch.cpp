@@ -1,0 +1,63 @@
+// Which reader a section goes to, decided by its name, and the lookup of a
+// stored section by name.
+#include <quarl/reader.h>
+
+#include <string>
+
+#include "foundation/platform.h"
+#include "reader/section_names.h"
+
+namespace quarl {
+
+namespace {
+
+bool NameIsOneOf(const std::string& name, const char* a, const char* b)
+{
+    return AsciiEqualNoCase(name.c_str(), a) || AsciiEqualNoCase(name.c_str(), b);
+}
+
+// The text from the last "_" to the end of the name, once an index ("[2]")
+// has been taken off, so that "Log_Parameter[2]" is read as what its suffix
+// says. Empty when the name has no "_".
+std::string NameTail(const std::string& name)
+{
+    std::string tail;
+    if (!name.empty()) SplitSectionName(name.c_str(), false, nullptr, &tail, nullptr);
+    return tail;
+}
+
+}  // namespace
+
+ELASFILEERROR CLasReader::ReadSection()
+{
+    const char* line = m_file.GetLine();
+    if (!line || line[0] != '~') return LASFILE_BAD_FORMAT;
+    std::string name;
+    ParseSectionHeader(line, &name, nullptr);
+    const std::string tail = NameTail(name);
+
+    if (NameIsOneOf(name, "version", "v") || NameIsOneOf(name, "well", "w") ||
+        NameIsOneOf(name, "parameter", "p"))
+        return ReadParameterSection(false);
+    if (NameIsOneOf(name, "curve", "c")) return ReadParameterSection(true);
+    // Only a file before version 3 knows "Other" as a section of free text.
+    if (!m_isLas3 && NameIsOneOf(name, "other", "o")) return SkipSection();
+    if (NameIsOneOf(name, "ascii", "a") || NameIsOneOf(name, "log", "l")) return ReadDataSection();
+    if (AsciiEqualNoCase(tail.c_str(), "_parameter")) return ReadParameterSection(false);
+    if (AsciiEqualNoCase(tail.c_str(), "_definition")) return ReadParameterSection(true);
+    if (AsciiEqualNoCase(tail.c_str(), "_data")) return ReadDataSection();
+    // A name nothing else knows is data if a definition for it has been read.
+    if (FindDefinitionSectionForDataSection(name.c_str(), nullptr) >= 0) return ReadDataSection();
+    return SkipSection();
+}
+
+int32_t CLasReader::FindSectionIndexByName(const char* name) const
+{
+    if (!name || !*name) return -1;
+    for (size_t i = 0; i < m_sections.size(); ++i) {
+        if (AsciiEqualNoCase(name, m_sections[i]->m_name.c_str())) return static_cast<int32_t>(i);
+    }
+    return -1;
+}
+
+}  // namespace quarl

@@ -1,0 +1,116 @@
+// Sections of parameter lines: Version, Well, Parameter, Curve and every
+// "_Parameter" and "_Definition" section. The VERS, WRAP and DLM lines of the
+// Version section decide how the rest of the file is read.
+#include <quarl/reader.h>
+
+#include <climits>
+#include <memory>
+#include <string>
+
+#include "foundation/platform.h"
+#include "reader/section_names.h"
+
+namespace quarl {
+
+namespace {
+
+// atoi in the "C" locale: white space, a sign, then digits; 0 without any.
+// Saturates instead of overflowing.
+long LeadingInteger(const char* text)
+{
+    while (*text == ' ' || (*text >= '\t' && *text <= '\r')) ++text;
+    bool negative = false;
+    if (*text == '+' || *text == '-') negative = *text++ == '-';
+    long value = 0;
+    for (; *text >= '0' && *text <= '9'; ++text) {
+        if (value < LONG_MAX / 10) value = value * 10 + (*text - '0');
+    }
+    return negative ? -value : value;
+}
+
+bool IsHeaderName(const std::string& name)
+{
+    static const char* const kNames[] = {"Version", "V", "Well", "W"};
+    for (const char* header : kNames) {
+        if (AsciiEqualNoCase(name.c_str(), header)) return true;
+    }
+    return false;
+}
+
+ELASSECTIONTYPE ParameterSectionType(const std::string& name, bool isDefinition)
+{
+    if (IsHeaderName(name)) return LASSECTION_HEADER;
+    return isDefinition ? LASSECTION_DEFINITION : LASSECTION_PARAMETER;
+}
+
+char DelimiterFromValue(const CLasString& value, char current)
+{
+    if (value.empty()) return current;
+    if (AsciiEqualNoCase(value.c_str(), "SPACE")) return ' ';
+    if (AsciiEqualNoCase(value.c_str(), "COMMA")) return ',';
+    if (AsciiEqualNoCase(value.c_str(), "TAB")) return '\t';
+    return value[0];
+}
+
+}  // namespace
+
+// VERS: a version written against the period ("VERS.2.0") is taken from the
+// unit; a value from "3" upwards (any byte from 0x33 to 0x7F) makes the file
+// version 3. WRAP: "Y" or "y" in the value, or "Y" directly behind the
+// period, turns wrap mode on. DLM: the column delimiter of data rows. The
+// flags are never turned off again within one read.
+void CLasReader::ApplyVersionLine(CLasParam& param)
+{
+    const char* mnemonic = param.m_mnemonic.c_str();
+    if (AsciiEqualNoCase(mnemonic, "VERS")) {
+        if (param.m_value.empty() && !param.m_unit.empty() &&
+            LeadingInteger(param.m_unit.c_str()) >= 1)
+            param.m_value = param.m_unit;
+        if (!param.m_value.empty() && static_cast<signed char>(param.m_value[0]) >= 0x33)
+            m_isLas3 = true;
+    } else if (AsciiEqualNoCase(mnemonic, "WRAP")) {
+        if (!param.m_value.empty() && (param.m_value[0] == 'y' || param.m_value[0] == 'Y'))
+            m_isWrapped = true;
+        else if (!param.m_unit.empty() && param.m_unit[0] == 'Y')
+            m_isWrapped = true;
+    } else if (AsciiEqualNoCase(mnemonic, "DLM")) {
+        m_delimiter = DelimiterFromValue(param.m_value, m_delimiter);
+    }
+}
+
+// The section is stored before its first line is read, so that a failure
+// leaves it in the list with the lines read so far. A refused line is not
+// stored. The end of the file behind at least one line is the normal end.
+ELASFILEERROR CLasReader::ReadParameterSection(bool isDefinition)
+{
+    const char* line = m_file.GetLine();
+    if (!line || line[0] != '~') return LASFILE_BAD_FORMAT;
+    std::string name;
+    if (!ParseSectionHeader(line, &name, nullptr)) return LASFILE_BAD_FORMAT;
+    const bool isVersion = AsciiEqualNoCase(name.c_str(), "Version") ||
+                           AsciiEqualNoCase(name.c_str(), "V");
+
+    auto stored = std::make_shared<CLasSection>();
+    stored->m_type = ParameterSectionType(name, isDefinition);
+    stored->m_flags = IsLogDefinitionName(name.c_str()) ? CLasSection::kFlagLogDefinition : 0;
+    stored->m_name = std::move(name);
+    m_sections.push_back(stored);
+    CLasSection& section = *stored;
+
+    ELASFILEERROR result = ReadLine();
+    if (result != LASFILE_OK) return result;
+    for (;;) {
+        line = m_file.GetLine();
+        if (!line || line[0] == '~') return LASFILE_OK;
+        CLasParam param;
+        result = ParseParameterLine(line, param);
+        if (result != LASFILE_OK) return result;
+        section.m_params.push_back(std::move(param));
+        if (isVersion) ApplyVersionLine(section.m_params.back());
+        result = ReadLine();
+        if (result == LASFILE_IO_FAILED) return LASFILE_OK;
+        if (result != LASFILE_OK) return result;
+    }
+}
+
+}  // namespace quarl

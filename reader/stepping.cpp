@@ -1,0 +1,60 @@
+// Whether the depths of every log data section advance by the STEP that the
+// Well section (the second section of the list) declares.
+#include <quarl/reader.h>
+
+#include <cmath>
+
+#include "foundation/number_parse.h"
+
+namespace quarl {
+
+namespace {
+
+constexpr double kDepthTolerance = 1e-7;
+
+// The column of "DEPT", else "M__DEPTH", else "DEPTH", else the first one.
+size_t DepthColumn(const CLasSection& definition)
+{
+    static const char* const kDepthNames[] = {"DEPT", "M__DEPTH", "DEPTH"};
+    for (const char* name : kDepthNames) {
+        const int32_t index = definition.FindParameterByMnemonic(name, nullptr);
+        if (index >= 0) return static_cast<size_t>(index);
+    }
+    return 0;
+}
+
+// A difference equal to the tolerance passes.
+bool StepsEvenly(const std::vector<double>& depths, double step)
+{
+    for (size_t row = 1; row < depths.size(); ++row) {
+        if (std::fabs(depths[row - 1] + step - depths[row]) > kDepthTolerance) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+ELASFILEERROR CLasReader::CheckDataStepping() const
+{
+    if (!IsOpen() || m_sections.size() < 2) return LASFILE_WRONG_STATE;
+    CLasParam stepParam;
+    if (m_sections[1]->FindParameterByMnemonic("STEP", &stepParam) < 0)
+        return LASFILE_MISSING_SECTION;
+    const double step = ParseNumber(stepParam.m_value.c_str());
+
+    for (const auto& section : m_sections) {
+        if ((section->m_flags & CLasSection::kFlagLogData) == 0) continue;
+        const int32_t definition = FindSectionIndexByName(section->m_association.c_str());
+        if (definition < 0) return LASFILE_BAD_VALUE;
+        // A section without a column to test (no curves, or fewer than the
+        // definition names) is passed over.
+        const size_t column = DepthColumn(*m_sections[static_cast<size_t>(definition)]);
+        if (column >= section->m_curves.size()) continue;
+        const CLasCurve& depth = section->m_curves[column];
+        if (!depth.m_isNumeric) return LASFILE_BAD_FORMAT;
+        if (!StepsEvenly(depth.m_numbers, step)) return LASFILE_BAD_FORMAT;
+    }
+    return LASFILE_OK;
+}
+
+}  // namespace quarl

@@ -1,0 +1,108 @@
+// The tests' window on the private operations and fields of CLasWriter.
+#ifndef QUARL_TESTS_WRITER_ACCESS_H
+#define QUARL_TESTS_WRITER_ACCESS_H
+
+#include <string>
+#include <vector>
+
+#include <quarl/writer.h>
+
+namespace quarl::detail {
+
+struct WriterAccess {
+    static std::vector<CLasSection>& Sections(CLasWriter& w) { return w.m_sections; }
+    static bool IsLas3(const CLasWriter& w) { return w.m_isLas3; }
+    static char Delimiter(const CLasWriter& w) { return w.m_delimiter; }
+    static bool HasOpenOutput(const CLasWriter& w) { return w.m_file != nullptr; }
+    static const tessel::TxString& Filename(const CLasWriter& w) { return w.m_filename; }
+    static const std::string& TempPath(const CLasWriter& w) { return w.m_tempPath; }
+    static int32_t FindSectionIndexByName(const CLasWriter& w, const char* name)
+    {
+        return w.FindSectionIndexByName(name);
+    }
+    static int32_t CountSectionsByType(const CLasWriter& w, ELASSECTIONTYPE type)
+    {
+        return w.CountSectionsByType(type);
+    }
+    static ELASFILEERROR ValidateParameterSection(CLasWriter& w, const CLasSection& s)
+    {
+        return w.ValidateParameterSection(s);
+    }
+    static ELASFILEERROR ValidateDataSection(CLasWriter& w, const CLasSection& s)
+    {
+        return w.ValidateDataSection(s);
+    }
+    static void GetLAS2FullSectionName(const CLasWriter& w, std::string& name)
+    {
+        w.GetLAS2FullSectionName(name);
+    }
+    static ELASFILEERROR FillWellSection(CLasWriter& w) { return w.FillWellSection(); }
+    static ELASFILEERROR SortSections(CLasWriter& w) { return w.SortSections(); }
+};
+
+}  // namespace quarl::detail
+
+namespace quarl::test {
+
+// Small builders for documents in the tests.
+inline CLasParam Param(const std::string& mnemonic, const std::string& unit,
+                       const std::string& value, const std::string& description,
+                       const std::string& format = "", const std::string& association = "")
+{
+    CLasParam p;
+    p.m_mnemonic = mnemonic;
+    p.m_unit = unit;
+    p.m_value = value;
+    p.m_description = description;
+    p.m_format = format;
+    p.m_association = association;
+    return p;
+}
+
+inline CLasSection Section(const std::string& name, ELASSECTIONTYPE type,
+                           std::vector<CLasParam> params = {}, const std::string& association = "")
+{
+    CLasSection s;
+    s.m_name = name;
+    s.m_type = type;
+    s.m_params = std::move(params);
+    s.m_association = association;
+    return s;
+}
+
+inline CLasCurve Numbers(std::vector<double> values, const CLasParam& definition = CLasParam())
+{
+    CLasCurve c;
+    c.m_isNumeric = true;
+    c.m_numbers = std::move(values);
+    c.m_definition = definition;
+    return c;
+}
+
+inline CLasCurve Texts(std::vector<std::string> values)
+{
+    CLasCurve c;
+    c.m_isNumeric = false;
+    for (std::string& v : values) c.m_strings.push_back(CLasString(v));
+    return c;
+}
+
+inline CLasSection Data(const std::string& name, std::vector<CLasCurve> curves,
+                        const std::string& association = "")
+{
+    CLasSection s = Section(name, LASSECTION_DATA, {}, association);
+    s.m_curves = std::move(curves);
+    return s;
+}
+
+// Names of the stored sections, in order.
+inline std::vector<std::string> Names(CLasWriter& w)
+{
+    std::vector<std::string> names;
+    for (const CLasSection& s : detail::WriterAccess::Sections(w)) names.push_back(s.m_name);
+    return names;
+}
+
+}  // namespace quarl::test
+
+#endif

@@ -1,0 +1,208 @@
+// Write: puts the document on disk byte for byte, with progress reports and
+// cancellation. The file is written under a temporary name and replaces the
+// target only when it is complete, so a write that fails or is cancelled
+// leaves whatever stood at the path as it was.
+#include <algorithm>
+#include <string>
+
+#include <quarl/writer.h>
+
+#include "writer/output_file.h"
+
+namespace quarl {
+
+namespace {
+
+using detail::OutputBuffer;
+
+const char* DelimiterName(char delimiter)
+{
+    if (delimiter == '\t') return "TAB";
+    if (delimiter == ',') return "COMMA";
+    return "SPACE";
+}
+
+bool IsParameterType(ELASSECTIONTYPE type)
+{
+    return type == LASSECTION_PARAMETER || type == LASSECTION_DEFINITION ||
+           type == LASSECTION_HEADER;
+}
+
+// Column widths of one parameter section: at least 4, 2 and 20 bytes, and
+// as wide as the longest mnemonic, unit and value of that section.
+struct ParamWidths {
+    size_t mnemonic = 4;
+    size_t unit = 2;
+    size_t value = 20;
+};
+
+ParamWidths MeasureParams(const std::vector<CLasParam>& params)
+{
+    ParamWidths widths;
+    for (const CLasParam& param : params) {
+        widths.mnemonic = std::max(widths.mnemonic, param.m_mnemonic.size());
+        widths.unit = std::max(widths.unit, param.m_unit.size());
+        widths.value = std::max(widths.value, param.m_value.size());
+    }
+    return widths;
+}
+
+}  // namespace
+
+ELASFILEERROR CLasWriter::Write(const tessel::TxString& path)
+{
+    ClearLastError();
+    CloseOutput();
+    if (!detail::OpenOutput(path, &m_file, &m_tempPath))
+        return SetLastError(LASFILE_IO_FAILED, nullptr, nullptr, -1, -1);
+    m_filename = path;
+    const ELASFILEERROR validated = Validate();
+    if (validated != LASFILE_OK) return validated;
+
+    const tessel::TxString message(std::string("Writing ") + path);
+    OutputBuffer out(m_file);
+    const ELASFILEERROR written = WriteDocument(out, message);
+    if (written != LASFILE_OK) return written;
+    return FinishWrite(out);
+}
+
+// A null callback means no reports; a non-zero answer means stop.
+bool CLasWriter::Report(double percent, const tessel::TxString& message) const
+{
+    return !m_statusCallback || m_statusCallback(m_statusContext, percent, message.c_str()) == 0;
+}
+
+ELASFILEERROR CLasWriter::WriteDocument(OutputBuffer& out, const tessel::TxString& message)
+{
+    if (!Report(0.0, message)) return LASFILE_CANCELLED;
+    ELASFILEERROR result = WriteHead(out);
+    if (result != LASFILE_OK) return result;
+    const double step = 100.0 / static_cast<double>(m_sections.size());
+    for (size_t i = 0; i < m_sections.size(); ++i) {
+        const CLasSection& section = m_sections[i];
+        const double base = static_cast<double>(i) * step;
+        if (!Report(base, message)) return LASFILE_CANCELLED;
+        result = WriteSectionHead(out, section);
+        if (result != LASFILE_OK) return result;
+        if (section.m_type == LASSECTION_DATA) {
+            result = WriteRows(out, section, base, step, message);
+        } else if (IsParameterType(section.m_type)) {
+            result = WriteParams(out, section, base, step, message);
+        } else {
+            result = SetLastError(LASFILE_BAD_FORMAT, section.m_name.c_str(), nullptr, -1, -1);
+        }
+        if (result != LASFILE_OK) return result;
+    }
+    return Report(100.0, message) ? LASFILE_OK : LASFILE_CANCELLED;
+}
+
+// The banner, the path and the version block, which the writer makes from
+// the format choice alone.
+ELASFILEERROR CLasWriter::WriteHead(OutputBuffer& out)
+{
+    const std::string filename = "# Filename: " + m_filename + "\n";
+    if (!out.Text(std::string("# Created by Meridane LAS import/export module QUARL.DLL\n")) ||
+        !out.Text(filename) || !out.Text(std::string("~Version Information\n")))
+        return LASFILE_IO_FAILED;  // not recorded: the record stays clear here
+
+    const std::string vers = m_isLas3 ? "3" : "2";
+    std::string version = " VERS.                          " + vers +
+                          ".0 : CWLS LOG ASCII STANDARD -VERSION " + vers + ".0\n";
+    bool good = out.Text(version) &&
+                out.Text(std::string(" WRAP.                           NO : ONE LINE PER DEPTH STEP\n"));
+    if (good && m_isLas3)
+        good = out.Padded(" DLM .                        ", DelimiterName(m_delimiter), 5, false,
+                          " : DELIMITING CHARACTER BETWEEN DATA COLUMNS\n");
+    if (!good) return SetLastError(LASFILE_IO_FAILED, nullptr, nullptr, -1, -1);
+    return LASFILE_OK;
+}
+
+ELASFILEERROR CLasWriter::WriteSectionHead(OutputBuffer& out, const CLasSection& section)
+{
+    if (m_isLas3 && !section.m_association.empty()) {
+        if (out.Text("~" + section.m_name + " | " + section.m_association + "\n"))
+            return LASFILE_OK;
+        return SetLastError(LASFILE_IO_FAILED, nullptr, nullptr, -1, -1);
+    }
+    if (out.Text("~" + section.m_name + "\n")) return LASFILE_OK;
+    return SetLastError(LASFILE_IO_FAILED, section.m_name.c_str(), nullptr, -1, -1);
+}
+
+// One line per parameter: " MNEM.UNIT VALUE : DESCRIPTION {FORMAT} | ASSOC",
+// with the mnemonic, unit and value columns as wide as the section needs.
+ELASFILEERROR CLasWriter::WriteParams(OutputBuffer& out, const CLasSection& section, double base,
+                                      double step, const tessel::TxString& message)
+{
+    const ParamWidths widths = MeasureParams(section.m_params);
+    const double count = static_cast<double>(section.m_params.size());
+    const char* name = section.m_name.c_str();
+    for (size_t p = 0; p < section.m_params.size(); ++p) {
+        if (p % 10 == 0 && !Report(static_cast<double>(p) * step / count + base, message))
+            return LASFILE_CANCELLED;
+        const CLasParam& param = section.m_params[p];
+        if (!out.Char(' ')) return SetLastError(LASFILE_IO_FAILED, name, nullptr, -1, -1);
+        const bool good =
+            out.Padded("", param.m_mnemonic, widths.mnemonic, true, ".") &&
+            out.Padded("", param.m_unit, widths.unit, true, "") &&
+            out.Padded(" ", param.m_value, widths.value, false, "") &&
+            out.Padded(" : ", param.m_description, 0, true, "") &&
+            (param.m_format.empty() || out.Padded(" ", param.m_format, 0, true, "")) &&
+            (param.m_association.empty() || out.Padded(" | ", param.m_association, 0, true, "")) &&
+            out.Char('\n');
+        if (!good) return SetLastError(LASFILE_IO_FAILED, name, param.m_mnemonic.c_str(), -1, -1);
+    }
+    return LASFILE_OK;
+}
+
+// One line per row: a blank, then the cells with the delimiter between
+// them. Numbers as "%.15g"; a text with a blank in it is quoted when the
+// blank is the delimiter.
+ELASFILEERROR CLasWriter::WriteRows(OutputBuffer& out, const CLasSection& section, double base,
+                                    double step, const tessel::TxString& message)
+{
+    const std::vector<CLasCurve>& curves = section.m_curves;
+    if (curves.empty()) return LASFILE_OK;
+    const size_t rows = static_cast<size_t>(curves[0].size());
+    const size_t last = curves.size() - 1;
+    const char* name = section.m_name.c_str();
+    for (size_t r = 0; r < rows; ++r) {
+        if (r % 10 == 0 &&
+            !Report(static_cast<double>(r) * step / static_cast<double>(rows) + base, message))
+            return LASFILE_CANCELLED;
+        const int32_t row = static_cast<int32_t>(r);
+        if (!out.Char(' ')) return SetLastError(LASFILE_IO_FAILED, name, nullptr, -1, -1);
+        for (size_t c = 0; c <= last; ++c) {
+            const CLasCurve& curve = curves[c];
+            bool good;
+            if (curve.m_isNumeric) {
+                good = out.Number(curve.m_numbers[r]);
+            } else {
+                const std::string& text = curve.m_strings[r];
+                const bool quote = m_delimiter == ' ' && text.find(' ') != std::string::npos;
+                good = quote ? out.Quoted(text) : out.Text(text);
+            }
+            if (good && c < last) good = out.Char(m_delimiter);
+            if (!good)
+                return SetLastError(LASFILE_IO_FAILED, name, nullptr, static_cast<int32_t>(c), row);
+        }
+        if (!out.Char('\n'))
+            return SetLastError(LASFILE_IO_FAILED, name, nullptr,
+                                static_cast<int32_t>(curves.size()), row);
+    }
+    return LASFILE_OK;
+}
+
+// Flushes, closes and renames; any failure there loses the temporary file
+// and leaves the target as it was.
+ELASFILEERROR CLasWriter::FinishWrite(OutputBuffer& out)
+{
+    if (!out.Flush()) return SetLastError(LASFILE_IO_FAILED, nullptr, nullptr, -1, -1);
+    const bool finished = detail::FinishOutput(m_file, m_tempPath, m_filename);
+    m_file = nullptr;
+    m_filename.clear();
+    m_tempPath.clear();
+    if (!finished) return SetLastError(LASFILE_IO_FAILED, nullptr, nullptr, -1, -1);
+    return LASFILE_OK;
+}
+
+}  // namespace quarl

@@ -1,0 +1,124 @@
+// FillWellSection: the depth range of the Well section against the main
+// data, and the descriptive parameters that a Well section needs.
+#include <cmath>
+
+#include <quarl/writer.h>
+
+#include "foundation/number_parse.h"
+#include "writer/number_format.h"
+
+namespace quarl {
+
+namespace {
+
+// Two depths agree when they differ by no more than this.
+constexpr double kDepthTolerance = 1e-07;
+
+bool Agree(double a, double b)
+{
+    return std::fabs(a - b) <= kDepthTolerance;
+}
+
+bool Has(const CLasSection& section, const char* mnemonic)
+{
+    return section.FindParameterByMnemonic(mnemonic, nullptr) >= 0;
+}
+
+double ValueOf(const CLasSection& section, const char* mnemonic)
+{
+    return ParseNumber(section.m_params[static_cast<size_t>(
+                                            section.FindParameterByMnemonic(mnemonic, nullptr))]
+                           .m_value.c_str());
+}
+
+void Append(CLasSection& section, const char* mnemonic, const std::string& value,
+            const char* description, const char* format)
+{
+    CLasParam param;
+    param.m_mnemonic = mnemonic;
+    param.m_value = value;
+    param.m_description = description;
+    param.m_format = format;
+    section.m_params.push_back(param);
+}
+
+void AppendNotSpecified(CLasSection& section, const char* mnemonic)
+{
+    Append(section, mnemonic, "Not Specified", "", "");
+}
+
+// The depths of the first curve; empty when the section has no curves.
+const std::vector<double>& Depths(const CLasSection& data)
+{
+    static const std::vector<double> none;
+    return data.m_curves.empty() ? none : data.m_curves[0].m_numbers;
+}
+
+
+}  // namespace
+
+ELASFILEERROR CLasWriter::FillWellSection()
+{
+    ClearLastError();
+    const int32_t wellIndex = FindSectionIndexByName("Well");
+    if (wellIndex < 0) return SetLastError(LASFILE_MISSING_SECTION, "Well", nullptr, -1, -1);
+    int32_t dataIndex = FindSectionIndexByName("ASCII");
+    if (dataIndex < 0) dataIndex = FindSectionIndexByName("LOG");
+    if (dataIndex < 0) dataIndex = FindSectionIndexByName("Log_Data");
+    if (dataIndex < 0) return SetLastError(LASFILE_MISSING_SECTION, "ASCII", nullptr, -1, -1);
+
+    CLasSection& well = m_sections[static_cast<size_t>(wellIndex)];
+    const CLasSection& data = m_sections[static_cast<size_t>(dataIndex)];
+    const ELASFILEERROR depthResult = CheckDepths(data, well);
+    if (depthResult != LASFILE_OK) return depthResult;
+
+    static const char* const kDescriptive[] = {"COMP", "WELL", "FLD", "LOC"};
+    for (const char* mnemonic : kDescriptive) {
+        if (!Has(well, mnemonic)) AppendNotSpecified(well, mnemonic);
+    }
+    if (!Has(well, "UWI") && !Has(well, "API")) AppendNotSpecified(well, "API");
+    if (!Has(well, "PROV") && !Has(well, "CNTY") && !Has(well, "STAT") && !Has(well, "CTRY")) {
+        AppendNotSpecified(well, "CNTY");
+        AppendNotSpecified(well, "STAT");
+        AppendNotSpecified(well, "CTRY");
+    }
+    if (!Has(well, "SRVC")) AppendNotSpecified(well, "SRVC");
+    return LASFILE_OK;
+}
+
+// STRT, STOP and STEP: tested when the Well section has them, derived from
+// the first curve when it has not. A first curve without values, or no
+// curve at all, counts as depth 0.
+ELASFILEERROR CLasWriter::CheckDepths(const CLasSection& data, CLasSection& well)
+{
+    const std::vector<double>& depths = Depths(data);
+    const double first = depths.empty() ? 0.0 : depths.front();
+    const double last = depths.empty() ? 0.0 : depths.back();
+    const char* name = data.m_name.c_str();
+
+    if (!Has(well, "STRT")) {
+        Append(well, "STRT", detail::Fixed8(first), "Starting Depth", "{F}");
+    } else if (!Agree(ValueOf(well, "STRT"), first)) {
+        return SetLastError(LASFILE_BAD_FORMAT, name, "STRT", 0, 0);
+    }
+    if (!Has(well, "STOP")) {
+        Append(well, "STOP", detail::Fixed8(last), "Stopping Depth", "{F}");
+    } else if (!Agree(ValueOf(well, "STOP"), last)) {
+        const int32_t row = static_cast<int32_t>(depths.size()) - 1;
+        return SetLastError(LASFILE_BAD_FORMAT, name, "STOP", 0, row);
+    }
+    if (!Has(well, "STEP")) {
+        const double step = depths.size() >= 2 ? depths[1] - depths[0] : 0.0;
+        Append(well, "STEP", detail::Fixed8(step), "Step interval between samples", "{F}");
+        return LASFILE_OK;
+    }
+    const double step = ValueOf(well, "STEP");
+    if (step == 0.0) return LASFILE_OK;
+    for (size_t i = 1; i < depths.size(); ++i) {
+        if (std::fabs(step + depths[i - 1] - depths[i]) > kDepthTolerance)
+            return SetLastError(LASFILE_BAD_FORMAT, name, "STEP", 0, static_cast<int32_t>(i));
+    }
+    return LASFILE_OK;
+}
+
+}  // namespace quarl
