@@ -18,14 +18,16 @@ void Usage(std::FILE* to)
     std::fprintf(
         to,
         "usage: quarl-convert IN OUT [--las 2|3] [--delimiter space|tab|comma]\n"
-        "                    [--keep-names] [--drop-unsupported]\n"
+        "                    [--keep-names] [--drop-unsupported] [--fix-well-range]\n"
         "  --las 2|3             version of OUT (default: 2)\n"
         "  --delimiter NAME      data delimiter of OUT; LAS 2.0 allows space only (default: "
         "space)\n"
         "  --keep-names          do not rename the log sections between the versions\n"
         "                        (Parameter/Curve/ASCII <-> "
         "Log_Parameter/Log_Definition/Log_Data)\n"
-        "  --drop-unsupported    leave out sections the chosen version cannot hold, with a note\n");
+        "  --drop-unsupported    leave out sections the chosen version cannot hold, with a note\n"
+        "  --fix-well-range      rewrite STRT, STOP and STEP of the Well section from the data\n"
+        "                        when they disagree with it, with a note\n");
 }
 
 }  // namespace
@@ -76,6 +78,8 @@ int main(int argc, char** argv)
             options.mapNames = false;
         } else if (arg == "--drop-unsupported") {
             options.dropUnsupported = true;
+        } else if (arg == "--fix-well-range") {
+            options.fixWellRange = true;
         } else if (arg.size() > 1 && arg[0] == '-') {
             std::fprintf(stderr, "quarl-convert: unknown option %s\n", arg.c_str());
             Usage(stderr);
@@ -105,10 +109,13 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "quarl-convert: note: %s\n", note.c_str());
     if (result.code != quarl::LASFILE_OK) {
         std::fprintf(stderr, "quarl-convert: %s\n", result.message.c_str());
-        if (result.stage == "add" && !options.toLas3)
+        if (result.versionLimit)
             std::fprintf(stderr,
                          "quarl-convert: hint: --las 3 keeps such sections, "
                          "--drop-unsupported leaves them out\n");
+        if (result.message.find("does not agree with the depths") != std::string::npos)
+            std::fprintf(stderr,
+                         "quarl-convert: hint: --fix-well-range takes them from the data\n");
         return 1;
     }
     std::printf("%s -> %s: LAS %s, %s delimiter, %d section(s) handed to the writer\n",

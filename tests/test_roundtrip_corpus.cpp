@@ -23,7 +23,7 @@ namespace {
 
 // Fewer real round trips than this means that the test no longer proves
 // anything about the corpus, whatever the reasons given for the skips.
-constexpr int kMinimumCorpusRoundTrips = 40;
+constexpr int kMinimumCorpusRoundTrips = 70;
 
 std::string Digits15(double value)
 {
@@ -65,16 +65,26 @@ bool AllNumeric(const ReadResult& read)
 
 // Compares the data sections of the original and the written file: same
 // count, same curves, every value equal to 15 significant digits (a text
-// value byte for byte). Returns the first difference, or "".
-std::string CompareData(const ReadResult& original, const ReadResult& written)
+// value byte for byte). The writer orders the sections and may rename them,
+// so a data section is found again by the name it is written under.
+// Returns the first difference, or "".
+std::string CompareData(const ReadResult& original, const ReadResult& written,
+                        const ex::ConvertOptions& options)
 {
     const auto a = DataSections(original);
     const auto b = DataSections(written);
     if (a.size() != b.size())
         return std::to_string(a.size()) + " data section(s) became " + std::to_string(b.size());
     for (size_t s = 0; s < a.size(); ++s) {
+        std::string name = a[s]->m_name;
+        if (options.mapNames) name = ex::MapSectionName(name, options.toLas3);
+        name = ex::StoredName(name, options.toLas3);
+        const quarl::CLasSection* match = nullptr;
+        for (const quarl::CLasSection* candidate : b)
+            if (!match && ex::EqualsNoCase(candidate->m_name, name)) match = candidate;
+        if (!match) return "section " + a[s]->m_name + " is not found as " + name;
         const auto& ca = a[s]->m_curves;
-        const auto& cb = b[s]->m_curves;
+        const auto& cb = match->m_curves;
         if (ca.size() != cb.size())
             return "section " + a[s]->m_name + ": " + std::to_string(ca.size()) +
                    " curves became " + std::to_string(cb.size());
@@ -135,7 +145,7 @@ void ExpectRoundTrip(const std::string& in, const std::string& out,
     ASSERT_EQ(first.code, quarl::LASFILE_OK) << in << ": " << first.message;
     const ReadResult written = ReadAll(out);
     ASSERT_EQ(written.code, quarl::LASFILE_OK) << out << " does not read back";
-    EXPECT_EQ(CompareData(original, written), "") << in;
+    EXPECT_EQ(CompareData(original, written, options), "") << in;
 
     const std::string bytes = ReadFileBytes(out);
     const ex::ConvertResult second = ex::ConvertFile(out, out, options);
@@ -151,8 +161,13 @@ TEST(RoundTripCorpus, NumericFilesSurviveLas20WriteAndReadBack)
     if (files.empty()) GTEST_SKIP() << "no corpus at " << quarl::test::CorpusDir();
 
     TempDir dir;
-    ex::ConvertOptions options;  // LAS 2.0, space delimiter
-    int roundTrips = 0, notRead = 0, withText = 0, withoutData = 0;
+    // LAS 2.0, space delimiter. Many real files give a STOP or STEP that their
+    // depths do not follow, which the writer refuses; quarl-convert's
+    // --fix-well-range takes these from the data so that such files make a
+    // round trip all the same. The data values are not touched by it.
+    ex::ConvertOptions options;
+    options.fixWellRange = true;
+    int roundTrips = 0, notRead = 0, withText = 0, withoutData = 0, rangeFixed = 0;
     std::map<std::string, std::vector<std::string>> refused;  // reason -> files
     for (const std::string& path : files) {
         const std::string name = path.substr(path.find_last_of('/') + 1);
@@ -178,9 +193,14 @@ TEST(RoundTripCorpus, NumericFilesSurviveLas20WriteAndReadBack)
             refused[std::string(ex::ResultName(first.code)) + " at " + first.stage].push_back(name);
             continue;
         }
+        for (const std::string& note : first.notes)
+            if (note.find(": written as") != std::string::npos) {
+                ++rangeFixed;
+                break;
+            }
         const ReadResult written = ReadAll(out);
         ASSERT_EQ(written.code, quarl::LASFILE_OK) << "the written file does not read back";
-        EXPECT_EQ(CompareData(original, written), "");
+        EXPECT_EQ(CompareData(original, written, options), "");
 
         const std::string bytes = ReadFileBytes(out);
         const ex::ConvertResult second = ex::ConvertFile(out, out, options);
@@ -190,9 +210,9 @@ TEST(RoundTripCorpus, NumericFilesSurviveLas20WriteAndReadBack)
     }
 
     std::printf(
-        "corpus: %zu files, %d round trips, %d not read with LASFILE_OK, %d with text data, "
-        "%d without data\n",
-        files.size(), roundTrips, notRead, withText, withoutData);
+        "corpus: %zu files, %d round trips (%d with STRT, STOP or STEP taken from the data), "
+        "%d not read with LASFILE_OK, %d with text data, %d without data\n",
+        files.size(), roundTrips, rangeFixed, notRead, withText, withoutData);
     for (const auto& [reason, names] : refused) {
         std::printf("  refused by the LAS 2.0 writer, %s: %zu:", reason.c_str(), names.size());
         for (const std::string& n : names) std::printf(" %s", n.c_str());

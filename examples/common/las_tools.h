@@ -373,7 +373,98 @@ struct ConvertOptions {
     char delimiter = ' ';
     bool mapNames = true;          // rename the log group between the versions
     bool dropUnsupported = false;  // leave out sections the writer refuses
+    bool fixWellRange = false;     // make STRT, STOP and STEP agree with the data
 };
+
+// The name under which a LAS 2.0 writer stores a section: one-letter names
+// are written out in full.
+inline std::string StoredName(const std::string& name, bool las3)
+{
+    if (las3 || name.size() != 1) return name;
+    switch (name[0]) {
+        case 'W':
+        case 'w':
+            return "Well";
+        case 'C':
+        case 'c':
+            return "Curve";
+        case 'P':
+        case 'p':
+            return "Parameter";
+        case 'A':
+        case 'a':
+        case 'L':
+        case 'l':
+            return "ASCII";
+        case 'O':
+        case 'o':
+            return "Other";
+        case 'D':
+        case 'd':
+            return "Downhole";
+        default:
+            return name;
+    }
+}
+
+// Makes STRT, STOP and STEP of the Well section agree with the first curve
+// of the main data section, the way the writer tests them: STRT and STOP
+// take the first and last depth, an uneven STEP becomes the even interval
+// of the data or, when there is none, 0. Returns a note per change.
+inline std::vector<std::string> FixWellRange(std::vector<CLasSection>& sections, bool las3)
+{
+    std::vector<std::string> notes;
+    CLasSection* well = nullptr;
+    CLasSection* data = nullptr;
+    for (CLasSection& s : sections)
+        if (!well && EqualsNoCase(StoredName(s.m_name, las3), "Well")) well = &s;
+    for (const char* name : {"ASCII", "LOG", "Log_Data"}) {
+        for (CLasSection& s : sections)
+            if (EqualsNoCase(StoredName(s.m_name, las3), name)) {
+                data = &s;
+                break;
+            }
+        if (data) break;
+    }
+    if (!well || !data || data->m_curves.empty() || !data->m_curves[0].m_isNumeric ||
+        data->m_curves[0].m_numbers.empty())
+        return notes;
+    const std::vector<double>& x = data->m_curves[0].m_numbers;
+    const double tolerance = 1e-7;
+    auto fix = [&](const char* mnemonic, double wanted, const std::string& why) {
+        for (CLasParam& p : well->m_params) {
+            if (!EqualsNoCase(p.m_mnemonic, mnemonic)) continue;
+            const std::string text = FormatNumber(wanted, 10);
+            notes.push_back(std::string(mnemonic) + " " + Trim(p.m_value) + " " + why +
+                            ": written as " + text);
+            p.m_value = text;
+            return;
+        }
+    };
+    CLasParam p;
+    if (well->FindParameterByMnemonic("STRT", &p) >= 0 &&
+        std::fabs(std::atof(p.m_value.c_str()) - x.front()) > tolerance)
+        fix("STRT", x.front(), "is not the first depth");
+    if (well->FindParameterByMnemonic("STOP", &p) >= 0 &&
+        std::fabs(std::atof(p.m_value.c_str()) - x.back()) > tolerance)
+        fix("STOP", x.back(), "is not the last depth");
+    if (well->FindParameterByMnemonic("STEP", &p) >= 0 && x.size() > 1) {
+        auto evenBy = [&](double step) {
+            for (size_t i = 1; i < x.size(); ++i)
+                if (std::fabs(step + x[i - 1] - x[i]) > tolerance) return false;
+            return true;
+        };
+        const double step = std::atof(p.m_value.c_str());
+        if (step != 0.0 && !evenBy(step)) {
+            const double interval = std::atof(FormatNumber(x[1] - x[0], 10).c_str());
+            if (evenBy(interval))
+                fix("STEP", interval, "is not the interval of the depths");
+            else
+                fix("STEP", 0.0, "does not fit depths that are not evenly spaced");
+        }
+    }
+    return notes;
+}
 
 // What the writer said about a failure, as one line of text.
 inline std::string DescribeWriterError(const CLasWriter& writer)
@@ -395,6 +486,7 @@ struct ConvertResult {
     std::string message;             // what went wrong, for a person
     std::vector<std::string> notes;  // renamed or dropped sections
     int sectionsAdded = 0;
+    bool versionLimit = false;  // refused for what LAS 2.0 cannot hold
 };
 
 // Reads `in`, hands every section but the Version section to a writer and
@@ -430,12 +522,10 @@ inline ConvertResult ConvertFile(const std::string& in, const std::string& out,
         return result;
     }
 
-    bool first = true;
-    for (const std::shared_ptr<CLasSection>& stored : reader) {
-        const bool isVersion = first;
-        first = false;
-        if (isVersion) continue;  // the writer makes its own version block
-        CLasSection section = *stored;
+    std::vector<CLasSection> sections;
+    for (auto it = reader.begin(); it != reader.end(); ++it) {
+        if (it == reader.begin()) continue;  // the writer makes its own version block
+        CLasSection section = **it;
         if (options.mapNames) {
             const std::string name = MapSectionName(section.m_name, options.toLas3);
             if (name != section.m_name) {
@@ -445,6 +535,18 @@ inline ConvertResult ConvertFile(const std::string& in, const std::string& out,
             if (!section.m_association.empty())
                 section.m_association = MapSectionName(section.m_association, options.toLas3);
         }
+        // The LAS 2.0 writer writes one-letter names out in full; the link
+        // of a data section must follow, or it names nothing.
+        if (!options.toLas3 && section.m_type == LASSECTION_DATA)
+            section.m_association = StoredName(section.m_association, false);
+        sections.push_back(std::move(section));
+    }
+    reader.Close();
+    if (options.fixWellRange)
+        for (const std::string& note : FixWellRange(sections, options.toLas3))
+            result.notes.push_back(note);
+
+    for (const CLasSection& section : sections) {
         const ELASFILEERROR code = writer.AddSection(section);
         if (code == LASFILE_OK) {
             ++result.sectionsAdded;
@@ -452,30 +554,41 @@ inline ConvertResult ConvertFile(const std::string& in, const std::string& out,
         }
         std::string why = DescribeWriterError(writer);
         const int column = writer.GetLastErrorColumn();
-        if (!options.toLas3 && code == LASFILE_BAD_NAME && writer.GetLastErrorParam() == nullptr)
+        const bool hasParam = writer.GetLastErrorParam() != nullptr;
+        bool versionLimit = false;
+        if (code == LASFILE_BAD_NAME && !hasParam) {
+            if (!options.toLas3) {
+                why +=
+                    "; LAS 2.0 knows only the sections Well, Curve, Parameter, ASCII, Other "
+                    "and Downhole";
+                versionLimit = true;
+            }
+        } else if (code == LASFILE_BAD_NAME) {
             why +=
-                "; LAS 2.0 knows only the sections Well, Curve, Parameter, ASCII, Other and "
-                "Downhole";
-        else if (!options.toLas3 && code == LASFILE_BAD_VALUE &&
-                 writer.GetLastErrorParam() != nullptr)
+                " (a mnemonic or unit with one of . : { } | blank, a value with { } |, or a "
+                "format without braces)";
+        } else if (!options.toLas3 && code == LASFILE_BAD_VALUE && hasParam) {
             why += " (parameter associations exist only in LAS 3.0)";
-        else if (!options.toLas3 && code == LASFILE_BAD_VALUE && column >= 0 &&
-                 column < static_cast<int>(section.m_curves.size()) &&
-                 !section.m_curves[static_cast<size_t>(column)].m_isNumeric)
+            versionLimit = true;
+        } else if (!options.toLas3 && code == LASFILE_BAD_VALUE && column >= 0 &&
+                   column < static_cast<int>(section.m_curves.size()) &&
+                   !section.m_curves[static_cast<size_t>(column)].m_isNumeric) {
             why +=
                 " (" +
                 std::string(section.m_curves[static_cast<size_t>(column)].m_definition.m_mnemonic) +
                 " is a text curve; LAS 2.0 data must be numeric)";
+            versionLimit = true;
+        }
         if (options.dropUnsupported) {
             result.notes.push_back("section " + section.m_name + " left out: " + why);
             continue;
         }
         result.code = code;
         result.stage = "add";
+        result.versionLimit = versionLimit;
         result.message = "section " + section.m_name + " cannot be written: " + why;
         return result;
     }
-    reader.Close();
 
     const ELASFILEERROR writeCode = writer.Write(tessel::TxString(out));
     if (writeCode != LASFILE_OK) {
@@ -491,6 +604,12 @@ inline ConvertResult ConvertFile(const std::string& in, const std::string& out,
                 std::string("writing ") + out + " failed: " + DescribeWriterError(writer);
             if (writeCode == LASFILE_IO_FAILED && writer.GetLastErrorColumn() >= 0)
                 result.message += " (an empty text value cannot be written)";
+            const char* param = writer.GetLastErrorParam();
+            if (writeCode == LASFILE_BAD_FORMAT && param &&
+                (EqualsNoCase(param, "STRT") || EqualsNoCase(param, "STOP") ||
+                 EqualsNoCase(param, "STEP")))
+                result.message += std::string("; the Well section's ") + param +
+                                  " does not agree with the depths of the data";
         }
     }
     return result;
