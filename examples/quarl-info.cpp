@@ -193,8 +193,10 @@ void PrintText(const Facts& f)
     std::vector<std::vector<std::string>> rows;
     for (size_t i = 0; i < f.sections.size(); ++i) {
         const quarl::CLasSection& s = *f.sections[i];
-        std::string lines = std::to_string(SectionLines(s)) +
-                            (s.m_type == quarl::LASSECTION_DATA ? " rows" : " lines");
+        const int32_t count = SectionLines(s);
+        std::string lines = std::to_string(count) +
+                            (s.m_type == quarl::LASSECTION_DATA ? " row" : " line") +
+                            (count == 1 ? "" : "s");
         rows.push_back({std::to_string(i), s.m_name, ex::SectionTypeName(s.m_type), lines,
                         s.m_association.empty() ? "" : "-> " + s.m_association});
     }
