@@ -296,3 +296,54 @@ TEST(Text, OptionListsAndSectionNames)
     EXPECT_EQ(ex::MapSectionName("W", true), "Well");
     EXPECT_EQ(ex::MapSectionName("Other", true), "Other");
 }
+
+TEST(Conversion, WellRangeIsTakenFromTheDataSoTheWriterAcceptsIt)
+{
+    auto document = [](std::vector<double> depths, const char* stop, const char* step) {
+        quarl::CLasSection well;
+        well.m_name = "W";  // stored by a LAS 2.0 writer as "Well"
+        well.m_type = quarl::LASSECTION_HEADER;
+        well.m_params = {Param("STRT", "M", "100"), Param("STOP", "M", stop),
+                         Param("STEP", "M", step), Param("WELL", "", "X")};
+        quarl::CLasSection data;
+        data.m_name = "A";
+        data.m_type = quarl::LASSECTION_DATA;
+        data.m_curves = {Numeric("DEPT", depths), Numeric("GR", depths)};
+        return std::vector<quarl::CLasSection>{well, data};
+    };
+    auto accepted = [](const std::vector<quarl::CLasSection>& sections) {
+        quarl::CLasWriter writer;
+        for (const quarl::CLasSection& s : sections)
+            if (writer.AddSection(s) != quarl::LASFILE_OK) return false;
+        return writer.Validate() == quarl::LASFILE_OK;
+    };
+
+    // A STOP and a STEP the depths do not follow.
+    auto sections = document({100, 100.5, 101}, "200", "1");
+    EXPECT_FALSE(accepted(sections));
+    auto notes = ex::FixWellRange(sections, false);
+    EXPECT_EQ(notes.size(), 2u);
+    EXPECT_EQ(sections[0].m_params[1].m_value, "101");
+    EXPECT_EQ(sections[0].m_params[2].m_value, "0.5");
+    EXPECT_EQ(sections[0].m_params[0].m_value, "100");  // STRT was right and stays
+    EXPECT_TRUE(accepted(sections));
+
+    // Uneven depths: STEP 0, which the writer does not test.
+    sections = document({100, 101, 103}, "103", "1");
+    EXPECT_FALSE(accepted(sections));
+    notes = ex::FixWellRange(sections, false);
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_NE(notes[0].find("not evenly spaced"), std::string::npos);
+    EXPECT_EQ(sections[0].m_params[2].m_value, "0");
+    EXPECT_TRUE(accepted(sections));
+
+    // A range that agrees is left alone, text and all.
+    sections = document({100, 100.25, 100.5}, "100.50000", "0.2500");
+    EXPECT_TRUE(ex::FixWellRange(sections, false).empty());
+    EXPECT_EQ(sections[0].m_params[1].m_value, "100.50000");
+
+    // In LAS 3.0 one-letter names are not written out in full: no Well and no
+    // ASCII section is found, and nothing changes.
+    sections = document({100, 100.5}, "200", "1");
+    EXPECT_TRUE(ex::FixWellRange(sections, true).empty());
+}
