@@ -26,6 +26,7 @@ using test::Data;
 using test::Numbers;
 using test::Param;
 using test::ReadFileBytes;
+using test::Record;
 using test::Section;
 using test::TempDir;
 using test::Texts;
@@ -317,15 +318,6 @@ TEST(FileOutput, ReplacedFileKeepsItsPermissionsAndLinksStayLinks)
     ASSERT_EQ(stat(path.c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 07777, 0640u);
     EXPECT_NE(ReadFileBytes(path).find("~ASCII"), std::string::npos);
-}
-
-// The last-error record as one text: "code section param column row".
-std::string Record(const CLasWriter& w)
-{
-    const char* section = w.GetLastErrorSection();
-    const char* param = w.GetLastErrorParam();
-    return std::to_string(w.GetLastError()) + " " + (section ? section : "-") + " " + (param ? param : "-") + " " +
-           std::to_string(w.GetLastErrorColumn()) + " " + std::to_string(w.GetLastErrorRow());
 }
 
 TEST(FileOutput, EmptyTextCellAndUntypedSectionFail)
