@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 #include <locale.h>
 #include <random>
 #include <string>
@@ -25,58 +24,40 @@ uint64_t Bits(double v)
     return bits;
 }
 
-// strtod in the "C" locale, whatever the process's locale is.
-double Reference(const std::string& text)
-{
-    static const locale_t c = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
-    return strtod_l(text.c_str(), nullptr, c);
-}
-
 // The text alone, and the text with more bytes behind its end that must not
-// be looked at.
+// be looked at, against strtod in the "C" locale.
 void ExpectAtof(const std::string& text)
 {
-    const double want = Reference(text);
-    ASSERT_EQ(Bits(ParseNumber(text.c_str())), Bits(want)) << '"' << text << '"';
-    ASSERT_EQ(Bits(ParseNumber(text.data(), text.data() + text.size())), Bits(want))
-        << '"' << text << '"';
-    for (const char* behind : {"7", "e5", ".5", "x1", "p3", ",8", " 9", "0000000001"}) {
+    static const locale_t c = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
+    const uint64_t want = Bits(strtod_l(text.c_str(), nullptr, c));
+    ASSERT_EQ(Bits(ParseNumber(text.c_str())), want) << '"' << text << '"';
+    for (const char* behind : {"", "7", "e5", ".5", "x1", "p3", " 9", "0000000001"}) {
         const std::string longer = text + behind;
-        ASSERT_EQ(Bits(ParseNumber(longer.data(), longer.data() + text.size())), Bits(want))
-            << '"' << text << '"' << " followed by " << behind;
+        ASSERT_EQ(Bits(ParseNumber(longer.data(), longer.data() + text.size())), want)
+            << '"' << text << "\" followed by " << behind;
     }
 }
 
 const std::vector<std::string>& FixedInputs()
 {
     static const std::vector<std::string> inputs = {
-        "0", "-0", "+0", "1", "-1", "+1", "42", "007", "123456789012345678901234567890",
-        "2147483648", "-9223372036854775809", "18446744073709551616",
-        "1.5", "-1.5", "+1.5", ".5", "-.5", "+.5", "5.", "1.e3", "1.5e3", "1.5E+3", "1.5e-3",
-        " 12", "\t\n\v\f\r -3.25", "  +.75", "  ",
+        "0", "-0", "+0", "42", "007", "123456789012345678901234567890", "-9223372036854775809",
+        "1.5", "-1.5", "+.5", "-.5", "5.", "1.e3", "1.5E+3", "1.5e-3", " 12", "\t\n\v\f\r -3.25", "  ",
         "0x10", "0X1A", "-0x1p3", "0x1.8p1", "0x", "0xg", "00x1", "0x.8",
-        "inf", "INF", "-inf", "+Infinity", "infinity", "infin", "nan", "NaN", "-nan",
-        "nan(123)", "nanx", "in", "n",
-        "1e", "1e+", "1e-", "1E", ".", "-", "+", "-.", "+-1", "--1", "e5", "", ".e5",
-        "1e400", "-1e400", "1e-400", "-1e-400", "1e308", "1.7976931348623157e308",
-        "1.7976931348623159e308", "2.2250738585072014e-308", "2.2250738585072011e-308",
-        "4.9406564584124654e-324", "2.4703282292062328e-324", "2.4703282292062327e-324",
-        "5e-324", "1e-320", "-1e-310",
-        "12abc", "3.14.15", "1,5", "1 2", "7;8", "1e5x", "0.1e-2q", "9\xE9",
+        "inf", "-inf", "+Infinity", "infin", "nan", "-nan", "nan(123)", "nanx", "in", "n",
+        "1e", "1e+", "1E", ".", "-", "+", "-.", "+-1", "--1", "e5", "", ".e5",
+        "1e400", "-1e400", "1e-400", "1.7976931348623157e308", "1.7976931348623159e308",
+        "2.2250738585072011e-308", "2.4703282292062328e-324", "2.4703282292062327e-324", "-1e-310",
+        "12abc", "3.14.15", "1,5", "1 2", "1e5x", "0.1e-2q", "9\xE9",
         "0.1000000000000000055511151231257827021181583404541015625",
-        "179769313486231580793728971405303415079934132710037826936173778980444968292764750946649017977587207096330286416692887910946555547851940402630657488671505820681908902000708383676273854845817711531764475730270069855571366959622842914819860834936475292719074168444365510704342711559699508093042880177904174497792",
         std::string(400, '9'), "0." + std::string(400, '0') + "1", std::string(200, '0') + "1.5",
     };
     return inputs;
 }
 
-TEST(NumberParse, EqualsAtofOnFixedInputs)
+TEST(NumberParse, EqualsAtofOnFixedAndRandomInputs)
 {
     for (const std::string& text : FixedInputs()) ExpectAtof(text);
-}
-
-TEST(NumberParse, EqualsAtofOnRandomDoubles)
-{
     std::mt19937_64 random(0x51A7);
     char text[64];
     for (int i = 0; i < 20000; ++i) {
@@ -84,8 +65,7 @@ TEST(NumberParse, EqualsAtofOnRandomDoubles)
         const uint64_t bits = random();
         std::memcpy(&value, &bits, sizeof value);
         if (i % 3 == 0) value = std::uniform_real_distribution<double>(-1e4, 1e4)(random);
-        const char* formats[] = {"%.17g", "%.6e", "%g", "%.3f", "%a"};
-        for (const char* format : formats) {
+        for (const char* format : {"%.17g", "%.6e", "%g", "%.3f", "%a"}) {
             std::snprintf(text, sizeof text, format, value);
             ExpectAtof(text);
         }
@@ -98,16 +78,13 @@ TEST(NumberParse, HostDecimalCommaChangesNothing)
 {
     const std::string saved = std::setlocale(LC_ALL, nullptr);
     bool any = false;
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.ISO-8859-1",
-                             "de_DE.ISO-8859-1", "ru_RU.UTF-8"}) {
-        if (!std::setlocale(LC_ALL, name)) continue;
-        if (std::strcmp(std::localeconv()->decimal_point, ",") != 0) continue;
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.ISO-8859-1", "ru_RU.UTF-8"}) {
+        if (!std::setlocale(LC_ALL, name) || std::strcmp(std::localeconv()->decimal_point, ",") != 0)
+            continue;
         any = true;
         SCOPED_TRACE(name);
         EXPECT_EQ(ParseNumber("1.5"), 1.5);
         EXPECT_EQ(ParseNumber("1,5"), 1.0);
-        EXPECT_EQ(ParseNumber(" +2.5e1"), 25.0);
-        EXPECT_EQ(ParseNumber("0x1.8p1"), 3.0);
         for (const std::string& text : FixedInputs()) ExpectAtof(text);
     }
     std::setlocale(LC_ALL, saved.c_str());

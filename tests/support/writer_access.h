@@ -15,7 +15,6 @@ struct WriterAccess {
     static char Delimiter(const CLasWriter& w) { return w.m_delimiter; }
     static bool HasOpenOutput(const CLasWriter& w) { return w.m_file != nullptr; }
     static const tessel::TxString& Filename(const CLasWriter& w) { return w.m_filename; }
-    static const std::string& TempPath(const CLasWriter& w) { return w.m_tempPath; }
     static int32_t FindSectionIndexByName(const CLasWriter& w, const char* name)
     {
         return w.FindSectionIndexByName(name);
@@ -23,10 +22,6 @@ struct WriterAccess {
     static int32_t CountSectionsByType(const CLasWriter& w, ELASSECTIONTYPE type)
     {
         return w.CountSectionsByType(type);
-    }
-    static ELASFILEERROR ValidateParameterSection(CLasWriter& w, const CLasSection& s)
-    {
-        return w.ValidateParameterSection(s);
     }
     static ELASFILEERROR ValidateDataSection(CLasWriter& w, const CLasSection& s)
     {
@@ -93,6 +88,15 @@ inline CLasSection Data(const std::string& name, std::vector<CLasCurve> curves,
     CLasSection s = Section(name, LASSECTION_DATA, {}, association);
     s.m_curves = std::move(curves);
     return s;
+}
+
+// The last-error record as "code section param column row", "-" for null.
+inline std::string Record(const CLasWriter& w)
+{
+    const char* section = w.GetLastErrorSection();
+    const char* param = w.GetLastErrorParam();
+    return std::to_string(w.GetLastError()) + " " + (section ? section : "-") + " " + (param ? param : "-") + " " +
+           std::to_string(w.GetLastErrorColumn()) + " " + std::to_string(w.GetLastErrorRow());
 }
 
 // Names of the stored sections, in order.
