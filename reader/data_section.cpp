@@ -29,6 +29,10 @@ public:
         Mark('\0', kEnd);
         Mark(delimiter, kEnd);
         if (!isLas3 && delimiter == ' ') Mark('\t', kEnd);
+        // Converting a number while its token is cut must never take a byte
+        // that ends a token; an odd delimiter such as '.' turns it off.
+        for (const char* c = "0123456789.+-eE"; *c; ++c)
+            if (Is(*c, kEnd)) m_plainNumbers = false;
     }
 
     const char* SkipBlanks(const char* p) const
@@ -42,6 +46,7 @@ public:
         return p;
     }
     char delimiter() const { return m_delimiter; }
+    bool plainNumbers() const { return m_plainNumbers; }
 
 private:
     static constexpr uint8_t kBlank = 1;
@@ -55,6 +60,7 @@ private:
 
     uint8_t m_class[256] = {};
     char m_delimiter;
+    bool m_plainNumbers = true;
 };
 
 }  // namespace detail
@@ -164,14 +170,25 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
             }
             p = bytes.SkipBlanks(next);
         }
+        CLasCurve& curve = curves[column];
+        // A number in its common form is converted while the token is cut:
+        // the token goes on from where the number ended, and atof of the
+        // whole token is that number. Every other token is cut first and
+        // converted by AppendToken.
+        double value = 0.0;
+        const char* number =
+            curve.m_isNumeric && bytes.plainNumbers() ? ParsePlainDecimal(p, &value) : nullptr;
         const char* begin = p;
-        const char* end = bytes.TokenEnd(p);
+        const char* end = bytes.TokenEnd(number ? number : p);
         p = bytes.SkipBlanks(end);
         if (checkDelimiter && *p != '\0' && column + 1 < count) {
             if (*p != bytes.delimiter()) return LASFILE_BAD_FORMAT;
             p = bytes.SkipBlanks(p + 1);
         }
-        AppendToken(curves[column], begin, end);
+        if (number)
+            curve.m_numbers.push_back(value);
+        else
+            AppendToken(curve, begin, end);
     }
     return LASFILE_OK;
 }

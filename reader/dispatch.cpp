@@ -2,6 +2,7 @@
 // stored section by name.
 #include <quarl/reader.h>
 
+#include <cstring>
 #include <string>
 
 #include "foundation/platform.h"
@@ -54,8 +55,17 @@ ELASFILEERROR CLasReader::ReadSection()
 int32_t CLasReader::FindSectionIndexByName(const char* name) const
 {
     if (!name || !*name) return -1;
+    // Folding the case keeps the length, so a stored name can only match
+    // when its text up to its first NUL is as long as `name`. The bytes are
+    // compared from the end, where names such as "Core_Data[12]" differ.
+    const size_t length = std::strlen(name);
     for (size_t i = 0; i < m_sections.size(); ++i) {
-        if (AsciiEqualNoCase(name, m_sections[i]->m_name.c_str())) return static_cast<int32_t>(i);
+        const CLasString& stored = m_sections[i]->m_name;
+        if (stored.size() < length || (stored.size() > length && stored[length] != '\0'))
+            continue;
+        size_t k = length;
+        while (k > 0 && AsciiLower(stored[k - 1]) == AsciiLower(name[k - 1])) --k;
+        if (k == 0) return static_cast<int32_t>(i);
     }
     return -1;
 }

@@ -48,6 +48,8 @@ std::vector<double> Samples()
         values.push_back(1000.0 + 0.1 * i);
         values.push_back(std::nextafter(mantissa * std::pow(10.0, exponent), 1e300));
         values.push_back(std::ldexp(static_cast<double>(random() % 1000000), -static_cast<int>(random() % 40)));
+        // Exact ties at the 15th digit, which round to the even neighbour.
+        values.push_back(static_cast<double>(100000000000000ull + random() % 900000000000000ull) + 0.5);
     }
     return values;
 }
@@ -65,6 +67,26 @@ TEST(NumberFormat, General15AndFixed8MatchPrintf)
     }
     EXPECT_EQ(mismatches, 0u);
     EXPECT_EQ(detail::General15(1000.0), "1000");
+}
+
+// The integer path answers for the values a log holds, and wherever it
+// answers it agrees with the general one.
+TEST(NumberFormat, FixedNotationPathEqualsTheGeneralOne)
+{
+    char fast[detail::kGeneralNumberMax];
+    char slow[detail::kGeneralNumberMax];
+    size_t answered = 0;
+    const std::vector<double> samples = Samples();
+    for (double value : samples) {
+        char* end = detail::FormatGeneral15Fixed(fast, value);
+        if (!end) continue;
+        ++answered;
+        ASSERT_EQ(std::string(fast, end), std::string(slow, detail::FormatGeneral15Slow(slow, value)));
+    }
+    EXPECT_GT(answered, samples.size() / 3);
+    EXPECT_NE(detail::FormatGeneral15Fixed(fast, 1234.5678), nullptr);
+    EXPECT_NE(detail::FormatGeneral15Fixed(fast, -0.000123), nullptr);
+    EXPECT_EQ(detail::FormatGeneral15Fixed(fast, 1e15), nullptr);
 }
 
 }  // namespace

@@ -74,6 +74,50 @@ TEST(NumberParse, EqualsAtofOnFixedAndRandomInputs)
     }
 }
 
+// The one-pass reading of a data row's number: wherever it answers, the
+// value and the end are strtod's; it declines forms it does not handle.
+TEST(NumberParse, PlainDecimalEqualsStrtodWhereItAnswers)
+{
+    static const locale_t c = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
+    std::mt19937_64 random(0xDEC1);
+    std::vector<std::string> texts = FixedInputs();
+    char text[96];
+    for (int i = 0; i < 200000; ++i) {
+        const int digits = 1 + static_cast<int>(random() % 21);
+        std::string t = random() % 4 == 0 ? "-" : "";
+        for (int d = 0; d < digits; ++d) t += static_cast<char>('0' + random() % 10);
+        const size_t point = random() % (t.size() + 2);
+        if (point <= t.size() && (t.empty() || point > 0 || t[0] != '-')) t.insert(point, ".");
+        if (random() % 5 == 0) t += "e" + std::to_string(static_cast<int>(random() % 61) - 30);
+        const char* tails[] = {"", " ", ",", "\t", "x", "e", "E+", ".5", "abc"};
+        t += tails[random() % 9];
+        texts.push_back(t);
+        std::snprintf(text, sizeof text, "%.*f", static_cast<int>(random() % 9),
+                      std::uniform_real_distribution<double>(-1e5, 1e5)(random));
+        texts.push_back(text);
+    }
+    size_t answered = 0;
+    for (const std::string& t : texts) {
+        double value = -123.0;
+        const char* end = ParsePlainDecimal(t.c_str(), &value);
+        if (!end) {
+            ASSERT_EQ(value, -123.0) << t;
+            continue;
+        }
+        ++answered;
+        char* want = nullptr;
+        const double expected = strtod_l(t.c_str(), &want, c);
+        ASSERT_EQ(Bits(value), Bits(expected)) << '"' << t << '"';
+        ASSERT_EQ(end, want) << '"' << t << '"';
+    }
+    // The common forms are answered, not left to the general case.
+    EXPECT_GT(answered, texts.size() / 2);
+    double value = 0.0;
+    EXPECT_NE(ParsePlainDecimal("1234.5678", &value), nullptr);
+    EXPECT_NE(ParsePlainDecimal("-999.25,", &value), nullptr);
+    EXPECT_EQ(value, -999.25);
+}
+
 TEST(NumberParse, HostDecimalCommaChangesNothing)
 {
     const std::string saved = std::setlocale(LC_ALL, nullptr);

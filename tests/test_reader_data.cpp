@@ -4,12 +4,25 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cstring>
 #include <string>
+#include <vector>
 
+#include "foundation/number_parse.h"
 #include "support/reader_access.h"
 
 namespace quarl::test {
 namespace {
+
+using Numbers = std::vector<double>;
+
+// The last section of a file read from text.
+CLasSection LastSection(const std::string& text)
+{
+    CLasReader reader;
+    OpenText(reader, text);
+    return reader.empty() ? CLasSection() : *reader.GetSectionPtr(reader.size() - 1);
+}
 
 const std::string kThree = "D.M : d\nA.M : a\nB.M : b\n";
 const std::string kTwoTexts = "T. : t {S}\nU. : u {S}\n";
@@ -71,6 +84,39 @@ TEST(DataSection, RowsBecomeCurves)
     CLasReader reader;
     ASSERT_EQ(OpenText(reader, cases[14].text), LASFILE_OK);
     EXPECT_EQ(reader.GetSection(3ull).m_curves[2].m_definition.m_mnemonic, "STEP");
+}
+
+// Numbers are converted while their token is cut. The same rows read into
+// text curves and then through atof give the same bits, and a delimiter that
+// numbers contain still cuts them.
+TEST(DataSection, NumbersCutWhileConvertedEqualAtofOfTheToken)
+{
+    const std::string rows =
+        "1.5 -0 007 1e3 -2.5E-3 1.5e 0x1A 12abc 1.2.3 .5 -. 99999999999999999999 1e400 +4 inf\n"
+        "123456789.123456789 -0.000001 5. 4e-22 9007199254740993 1,5 -999.25 2.2250738585072014e-308\n";
+    std::string numeric;
+    std::string text;
+    for (int c = 0; c < 15; ++c) {
+        numeric += "C" + std::to_string(c) + ". : c\n";
+        text += "C" + std::to_string(c) + ". : c {S}\n";
+    }
+    const CLasSection numbers = LastSection(Las20Head(numeric) + "~A\n" + rows);
+    const CLasSection texts = LastSection(Las20Head(text) + "~A\n" + rows);
+    ASSERT_EQ(numbers.m_curves.size(), 15u);
+    for (size_t c = 0; c < 15; ++c) {
+        ASSERT_FALSE(texts.m_curves[c].m_isNumeric);
+        ASSERT_EQ(numbers.m_curves[c].m_numbers.size(), 2u);
+        for (size_t r = 0; r < 2; ++r) {
+            const std::string& token = texts.m_curves[c].m_strings[r];
+            const double want = ParseNumber(token.c_str());
+            const double got = numbers.m_curves[c].m_numbers[r];
+            EXPECT_EQ(std::memcmp(&want, &got, sizeof got), 0) << token;
+        }
+    }
+    EXPECT_EQ(LastSection(Las30Head(kThree, ".") + "~Log_Data\n1.5.2\n").m_curves[1].m_numbers,
+              Numbers{5});
+    EXPECT_EQ(LastSection(Las30Head(kThree, "E") + "~Log_Data\n1E5E2\n").m_curves[0].m_numbers,
+              Numbers{1});
 }
 
 // A host in a locale with a decimal comma still reads "1.5" as 1.5.

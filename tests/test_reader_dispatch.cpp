@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
+#include "foundation/platform.h"
 #include "reader/section_names.h"
 #include "support/reader_access.h"
 
@@ -110,6 +112,26 @@ TEST(Lookup, SectionByNameAndDefinitionOfDataSection)
         EXPECT_EQ(Access::FindDefinition(reader, c.data, &found), c.index) << c.data;
         EXPECT_EQ(found, c.index < 0 ? "untouched" : reader.GetSection(static_cast<uint64_t>(c.index)).m_name);
         EXPECT_EQ(Access::FindDefinition(reader, c.data, nullptr), c.index) << c.data;
+    }
+}
+
+// The lookup tests lengths and compares from the end first; it must find
+// what a plain case-blind comparison from the start finds, also for names
+// with a NUL inside that a host may have set.
+TEST(Lookup, FindSectionIndexByNameEqualsAPlainComparison)
+{
+    const std::vector<std::string> names = {"Core_Data[12]", "core_data[12]", "Core_Data[2]",
+                                            "Core_Data", std::string("Core\0Data", 9),
+                                            std::string("Well\0x", 6), "well", "Well_",
+                                            "[12]", "A", "a", "b", "~", "Core_Data[12] "};
+    CLasReader reader;
+    for (const std::string& name : names) Access::AddSection(reader, name);
+    for (const char* query : {"Core_Data[12]", "CORE_DATA[2]", "Core", "WELL", "well_", "a",
+                              "B", "[12]", "2]", "Core_Data[12] ", "Core_Data[1", "x"}) {
+        int32_t want = -1;
+        for (size_t i = 0; i < names.size() && want < 0; ++i)
+            if (AsciiEqualNoCase(query, names[i].c_str())) want = static_cast<int32_t>(i);
+        EXPECT_EQ(Access::FindSectionIndexByName(reader, query), want) << query;
     }
 }
 
