@@ -40,6 +40,11 @@ struct Wide {
 
 Wide Multiply(uint64_t a, uint64_t b)
 {
+#if defined(__SIZEOF_INT128__)
+    __extension__ typedef unsigned __int128 Product;
+    const Product product = static_cast<Product>(a) * b;
+    return {static_cast<uint64_t>(product >> 64), static_cast<uint64_t>(product)};
+#else
     const uint64_t aLow = a & 0xffffffffu, aHigh = a >> 32;
     const uint64_t bLow = b & 0xffffffffu, bHigh = b >> 32;
     const uint64_t lowLow = aLow * bLow;
@@ -48,6 +53,7 @@ Wide Multiply(uint64_t a, uint64_t b)
     const uint64_t middle = (lowLow >> 32) + (lowHigh & 0xffffffffu) + (highLow & 0xffffffffu);
     return {aHigh * bHigh + (lowHigh >> 32) + (highLow >> 32) + (middle >> 32),
             (middle << 32) | (lowLow & 0xffffffffu)};
+#endif
 }
 
 // Bit `i` (0 to 127) of `w`.
