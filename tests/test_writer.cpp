@@ -148,13 +148,11 @@ TEST(WriterRules, DataSections)
         std::string record;
     } cases[] = {
         {false, {Numbers({1}), Texts({"a"})}, "7 ASCII - 1 -1"},  // text only in LAS 3.0
-        {true, {Numbers({1}), Texts({"a"})}, "0 - - -1 -1"},
-        {false, {Texts({"a"}), Numbers({1})}, "7 ASCII - 0 -1"},
+        {true, {Numbers({1}), Texts({"a"})}, "0 - - -1 -1"}, {false, {Texts({"a"}), Numbers({1})}, "7 ASCII - 0 -1"},
         {true, {Texts({"a"}), Numbers({1})}, "7 Log_Data - 0 -1"},  // the first column is numeric
         {true, {Numbers(std::vector<double>(10)), Numbers(std::vector<double>(10)), Numbers(std::vector<double>(9))},
          "7 Log_Data - 2 -1"},
-        {true, {Numbers({1, 2}), Texts({"a"})}, "7 Log_Data - 1 -1"},
-        {false, {}, "0 - - -1 -1"},
+        {true, {Numbers({1, 2}), Texts({"a"})}, "7 Log_Data - 1 -1"}, {false, {}, "0 - - -1 -1"},
     };
     for (const auto& c : cases) {
         CLasWriter w;
@@ -175,8 +173,7 @@ TEST(WriterRules, ParameterFieldsAndPassOrder)
         std::vector<CLasParam> params;
         std::string record;
     } cases[] = {
-        {true, {Param("A.B", "", "", "")}, "10 Tops A.B -1 -1"},
-        {true, {Param("M", "k g", "", "")}, "10 Tops M -1 -1"},
+        {true, {Param("A.B", "", "", "")}, "10 Tops A.B -1 -1"}, {true, {Param("M", "k g", "", "")}, "10 Tops M -1 -1"},
         {false, {Param("V", "", "1{", "")}, "10 Other V -1 -1"},
         {false, {Param("V", "", "}", "")}, "10 Other V -1 -1"},
         {false, {Param("V", "", "a|b", "")}, "10 Other V -1 -1"},
