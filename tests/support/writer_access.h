@@ -7,6 +7,8 @@
 
 #include <quarl/writer.h>
 
+#include "support/test_util.h"
+
 namespace quarl::detail {
 
 struct WriterAccess {

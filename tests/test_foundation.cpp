@@ -1,0 +1,137 @@
+// Foundation: result codes, tessel's Exception and TxString, the document
+// classes, and the platform layer (ASCII-only case-blind comparison against
+// a model, whatever the host's locale; file deletion; 64-bit positions).
+#include <clocale>
+#include <cstdio>
+#include <exception>
+#include <random>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <quarl/quarl.h>
+
+#include "foundation/platform.h"
+#include "support/test_util.h"
+
+namespace quarl {
+namespace {
+
+TEST(Foundation, ResultCodesExceptionAndTxString)
+{
+    static_assert(std::is_same<std::underlying_type_t<ELASFILEERROR>, int32_t>::value, "");
+    static_assert(!std::is_base_of<std::exception, tessel::Exception>::value, "no named base");
+    EXPECT_EQ(std::to_string(LASFILE_BAD_FORMAT) + std::to_string(LASFILE_CANCELLED) + std::to_string(LASFILE_BAD_NAME) +
+                  " " + std::to_string(LASSECTION_HEADER) + std::to_string(LASSECTION_ANY),
+              "3810 399");
+    const tessel::Exception e("Quarl", "las_clasfile_public", 123, 2, "Out of range."), copy(e);
+    EXPECT_EQ(copy.Module() + copy.File() + copy.Message() + std::to_string(copy.Line() * 10 + copy.Code()),
+              "Quarllas_clasfile_publicOut of range.1232");
+    tessel::TxString message("Reading ");
+    message += tessel::TxString(std::string("/tmp/\xE9t\xE9\0x", 9)).c_str();  // bytes pass unchanged
+    EXPECT_EQ(message, "Reading /tmp/\xE9t\xE9");
+    message = static_cast<const char*>(nullptr);
+    EXPECT_TRUE(message.empty());
+}
+
+CLasParam Param(const char* mnemonic, const char* value)
+{
+    CLasParam p;
+    p.m_mnemonic = mnemonic;
+    p.m_value = value;
+    return p;
+}
+
+TEST(Foundation, DocumentCurvesAndParameterLookup)
+{
+    CLasCurve curve;  // size counts the array in use
+    curve.m_numbers = {1, 2, 3, 4, 5};
+    curve.m_strings = {CLasString("a"), CLasString(std::string("\0\xE9", 2))};
+    curve.m_isNumeric = true;
+    EXPECT_EQ(curve.size(), 5);
+    curve.m_isNumeric = false;
+    EXPECT_EQ(curve.size(), 2);
+    EXPECT_EQ(curve.m_strings[1].size(), 2u);
+    EXPECT_EQ(CLasSection().m_type, LASSECTION_ANY);
+
+    CLasSection well;
+    well.m_params = {Param("", "empty"), Param("STRT", "1"), Param("DEPT", "first"), Param("dept", "second"), Param("W\xC9LL", "latin")};
+    const struct {
+        const char* mnemonic;
+        int32_t index;
+    } cases[] = {{nullptr, -1}, {"", -1},       {"DePt", 2},    {"strt", 1},    {"w\xC9ll", 4},
+                 {"DEP", -1},   {"DEPTH", -1}, {" DEPT", -1}, {"DEPT ", -1}, {"W\xE9LL", -1}};
+    for (const auto& c : cases) {
+        CLasParam out = Param("KEEP", "me");
+        EXPECT_EQ(well.FindParameterByMnemonic(c.mnemonic, &out), c.index) << (c.mnemonic ? c.mnemonic : "null");
+        EXPECT_EQ(out.m_value, c.index < 0 ? "me" : well.m_params[c.index].m_value);
+        EXPECT_EQ(well.FindParameterByMnemonic(c.mnemonic, nullptr), c.index);
+    }
+}
+
+// Fold A-Z only, compare unsigned bytes, stop at the end of either text or after n bytes.
+int Model(const std::string& a, const std::string& b, size_t n)
+{
+    const auto fold = [](const std::string& s, size_t i) {
+        const unsigned char u = i < s.size() ? static_cast<unsigned char>(s[i]) : 0;
+        return (u >= 'A' && u <= 'Z') ? u + 32 : u;
+    };
+    for (size_t i = 0; i < n && (i == 0 || fold(a, i - 1) != 0); ++i)
+        if (fold(a, i) != fold(b, i)) return fold(a, i) < fold(b, i) ? -1 : 1;
+    return 0;
+}
+
+int Sign(int v) { return (v > 0) - (v < 0); }
+
+void ExpectModel(const std::string& a, const std::string& b, size_t n)
+{
+    ASSERT_EQ(Sign(AsciiCompareNoCase(a.c_str(), b.c_str())), Model(a, b, 99)) << a << "/" << b;
+    ASSERT_EQ(Sign(AsciiCompareNoCaseN(a.c_str(), b.c_str(), n)), Model(a, b, n)) << a << "/" << b << " " << n;
+}
+
+void ExpectAllPairs()
+{
+    for (int x = 1; x < 256; ++x)
+        for (int y = 1; y < 256; ++y) ExpectModel(std::string(1, static_cast<char>(x)), std::string(1, static_cast<char>(y)), 1);
+}
+
+TEST(Platform, ComparisonMatchesTheModelInEveryLocale)
+{
+    ExpectAllPairs();
+    std::mt19937 random(7);
+    const char pool[] = "aAzZ_[`@{\xC0\xE0\x80\xFF" "0";
+    for (int i = 0; i < 20000; ++i) {
+        std::string a, b;
+        for (unsigned k = random() % 4; k > 0; --k) a += pool[random() % (sizeof pool - 1)];
+        for (unsigned k = random() % 4; k > 0; --k) b += pool[random() % (sizeof pool - 1)];
+        ExpectModel(a, b, random() % 5);
+    }
+    EXPECT_EQ(AsciiCompareNoCase(nullptr, ""), 0);
+    EXPECT_LT(AsciiCompareNoCase(nullptr, "a"), 0);
+    const std::vector<char> ab = {'a', 'b', '\0'}, AB = {'A', 'B', '\0'};  // nothing behind the terminator is read
+    EXPECT_EQ(AsciiCompareNoCaseN(ab.data(), AB.data(), 100), 0);
+    const std::string saved = std::setlocale(LC_ALL, nullptr);
+    for (const char* name : {"tr_TR.ISO-8859-9", "tr_TR.UTF-8", "fr_FR.ISO-8859-1", "de_DE.ISO-8859-1"})
+        if (std::setlocale(LC_ALL, name)) ExpectAllPairs();
+    std::setlocale(LC_ALL, saved.c_str());
+}
+
+TEST(Platform, DeleteFileAndLargeStreamPositions)
+{
+    test::TempDir dir;
+    const std::string path = dir.Write("gone", "x");
+    EXPECT_EQ(DeleteFile(path.c_str()), 0);
+    EXPECT_FALSE(test::FileExists(path));
+    EXPECT_NE(DeleteFile(path.c_str()), 0);
+    std::FILE* file = OpenStream(dir.File("sparse").c_str(), "wb");
+    ASSERT_NE(file, nullptr);
+    const int64_t far = (int64_t{5} << 30) + 3;
+    EXPECT_EQ(SeekStream(file, far, SEEK_SET), 0);
+    EXPECT_EQ(TellStream(file), far);
+    std::fclose(file);
+    EXPECT_EQ(OpenStream(dir.File("missing").c_str(), "rb"), nullptr);
+}
+
+}  // namespace
+}  // namespace quarl
