@@ -7,6 +7,8 @@
 #include <dirent.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -191,6 +193,37 @@ TEST(Faults, WriteCancelledAtEveryReportKeepsTheTargetAndWritesLater)
         EXPECT_EQ(FolderEntries(dir.path()), std::vector<std::string>{"t.las"});
         unlink(target.c_str());
     }
+}
+
+// The file is replaced only through a complete temporary file beside it:
+// also when the target is reached through a symbolic link, which must stay
+// a link to the file it named, or given without a folder.
+TEST(Faults, ReplacementKeepsLinksAndModes)
+{
+    TempDir dir;
+    ASSERT_EQ(mkdir(dir.File("data").c_str(), 0755), 0);
+    const std::string real = dir.Write("data/real.las", "old bytes\n");
+    ASSERT_EQ(chmod(real.c_str(), 0640), 0);
+    ASSERT_EQ(symlink("data/real.las", dir.File("link.las").c_str()), 0);
+    CLasWriter w;
+    BuildDocument(w, true, 5);
+    ASSERT_EQ(w.Write(dir.File("link.las")), LASFILE_OK);
+    struct stat st {};
+    ASSERT_EQ(lstat(dir.File("link.las").c_str(), &st), 0);
+    EXPECT_TRUE(S_ISLNK(st.st_mode));
+    ASSERT_EQ(stat(real.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0640u);
+    EXPECT_NE(ReadFileBytes(real).find("~Log_Data"), std::string::npos);
+    EXPECT_EQ(FolderEntries(dir.File("data")), std::vector<std::string>{"real.las"});
+
+    char here[4096];
+    ASSERT_NE(getcwd(here, sizeof here), nullptr);
+    ASSERT_EQ(chdir(dir.File("data").c_str()), 0);
+    const ELASFILEERROR result = w.Write("real.las");
+    EXPECT_EQ(chdir(here), 0);
+    EXPECT_EQ(result, LASFILE_OK);
+    EXPECT_NE(ReadFileBytes(real).find("# Filename: real.las\n"), std::string::npos);
+    EXPECT_EQ(FolderEntries(dir.File("data")), std::vector<std::string>{"real.las"});
 }
 
 // Whether what `part` holds is what a complete read holds, cut short: the
