@@ -152,6 +152,43 @@ TEST(Limits, MillionCurvesInOneDefinition)
     });
 }
 
+TEST(Limits, WriterWithSixtyFiveThousandDataSections)
+{
+    TempDir dir;
+    const int count = 1 << 16;
+    CLasWriter w;
+    ASSERT_EQ(w.SetFormat(true, ','), LASFILE_OK);
+    for (int i = count - 1; i >= 0; --i) {  // backwards: the sort must regroup them
+        CLasSection data;
+        data.m_name = "Set" + std::to_string(i) + "_Data";
+        data.m_type = LASSECTION_DATA;
+        data.m_curves.resize(1);
+        data.m_curves[0].m_numbers = {static_cast<double>(i)};
+        ASSERT_EQ(w.AddSection(data), LASFILE_OK);
+    }
+    CLasSection log;
+    log.m_name = "Log_Data";
+    log.m_type = LASSECTION_DATA;
+    log.m_curves.resize(1);
+    log.m_curves[0].m_numbers = {1000.0, 1000.5};
+    ASSERT_EQ(w.AddSection(log), LASFILE_OK);
+    ASSERT_EQ(w.Write(dir.File("many.las")), LASFILE_OK);
+    // Version, Well, a made definition before each data section, and the
+    // log data with its definition last.
+    ReadInChild(dir.File("many.las"), 40.0, [&](const CLasReader& reader) {
+        if (reader.size() != static_cast<uint64_t>(2 * count + 4)) return false;
+        for (int k = 0; k < count; ++k) {
+            const int i = count - 1 - k;
+            const CLasSection& definition = reader.GetSection(static_cast<uint64_t>(2 + 2 * k));
+            const CLasSection& data = reader.GetSection(static_cast<uint64_t>(3 + 2 * k));
+            if (definition.m_name != "Set" + std::to_string(i) + "_Definition" ||
+                data.m_curves.size() != 1 || data.m_curves[0].m_numbers != std::vector<double>{1.0 * i})
+                return false;
+        }
+        return reader.GetSection(reader.size() - 1).m_name == "Log_Data";
+    });
+}
+
 // The lookups by name that go through an index must answer as a search
 // through the names as they stand would.
 TEST(Limits, IndexedLookupsAnswerAsASearchWould)
