@@ -3,6 +3,7 @@
 #ifndef QUARL_FUZZ_COMMON_H
 #define QUARL_FUZZ_COMMON_H
 
+#include <dirent.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -12,14 +13,27 @@
 
 namespace quarl::fuzz {
 
+inline char g_scratchDir[] = "/tmp/quarl-fuzz-XXXXXX";
+
+// Removes the scratch folder and the files in it when the process exits.
+inline void RemoveScratchDir()
+{
+    if (DIR* dir = opendir(g_scratchDir)) {
+        while (const dirent* entry = readdir(dir)) {
+            if (entry->d_name[0] != '.') unlink((std::string(g_scratchDir) + "/" + entry->d_name).c_str());
+        }
+        closedir(dir);
+    }
+    rmdir(g_scratchDir);
+}
+
 // A scratch folder of this process, made once.
 inline const std::string& ScratchDir()
 {
     static const std::string dir = [] {
-        char pattern[] = "/tmp/quarl-fuzz-XXXXXX";
-        const char* made = mkdtemp(pattern);
-        if (!made) std::abort();
-        return std::string(made);
+        if (!mkdtemp(g_scratchDir)) std::abort();
+        std::atexit(&RemoveScratchDir);
+        return std::string(g_scratchDir);
     }();
     return dir;
 }

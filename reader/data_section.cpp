@@ -119,7 +119,7 @@ ELASFILEERROR CLasReader::ReadDataSection()
     }
 
     auto stored = std::make_shared<CLasSection>(std::move(section));
-    m_sections.push_back(stored);
+    StoreSection(stored);
     const ELASFILEERROR result = ReadLine();
     if (result != LASFILE_OK) return result;
     return ReadDataRows(*stored);

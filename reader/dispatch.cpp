@@ -6,6 +6,7 @@
 #include <string>
 
 #include "foundation/platform.h"
+#include "reader/section_index.h"
 #include "reader/section_names.h"
 
 namespace quarl {
@@ -52,9 +53,22 @@ ELASFILEERROR CLasReader::ReadSection()
     return SkipSection();
 }
 
+// Every section that the reader stores comes through here, so that the
+// index of a read in progress knows it.
+void CLasReader::StoreSection(std::shared_ptr<CLasSection> section)
+{
+    m_sections.push_back(std::move(section));
+    if (m_nameIndex)
+        m_nameIndex->Add(m_sections.back()->m_name.c_str(), static_cast<int32_t>(m_sections.size() - 1));
+}
+
+// While Open reads, only StoreSection adds sections, so the index answers;
+// otherwise a host may have renamed sections since, and the names are
+// searched as they stand.
 int32_t CLasReader::FindSectionIndexByName(const char* name) const
 {
     if (!name || !*name) return -1;
+    if (m_nameIndex) return m_nameIndex->Find(name);
     // Folding the case keeps the length, so a stored name can only match
     // when its text up to its first NUL is as long as `name`. The bytes are
     // compared from the end, where names such as "Core_Data[12]" differ.

@@ -94,7 +94,7 @@ ELASFILEERROR CLasReader::ReadParameterSection(bool isDefinition)
     stored->m_type = ParameterSectionType(name, isDefinition);
     stored->m_flags = IsLogDefinitionName(name.c_str()) ? CLasSection::kFlagLogDefinition : 0;
     stored->m_name = std::move(name);
-    m_sections.push_back(stored);
+    StoreSection(stored);
     CLasSection& section = *stored;
 
     ELASFILEERROR result = ReadLine();

@@ -3,6 +3,7 @@
 #include <quarl/reader.h>
 
 #include "foundation/platform.h"
+#include "reader/section_index.h"
 
 namespace quarl {
 
@@ -107,6 +108,20 @@ ELASFILEERROR CLasReader::Open(const tessel::TxString& path)
 
     ELASFILEERROR result = m_file.Open(path);
     if (result != LASFILE_OK) return result;
+
+    // Lookups by name go through an index for as long as the read runs, so
+    // that a file of many sections does not take quadratic time.
+    struct IndexWhileReading {
+        explicit IndexWhileReading(CLasReader& reader) : m_reader(reader)
+        {
+            m_reader.m_nameIndex = std::make_unique<detail::SectionNameIndex>();
+        }
+        ~IndexWhileReading() { m_reader.m_nameIndex.reset(); }
+        IndexWhileReading(const IndexWhileReading&) = delete;
+        IndexWhileReading& operator=(const IndexWhileReading&) = delete;
+        CLasReader& m_reader;
+    } indexWhileReading(*this);
+
     result = PassLeadingComment();
     if (result != LASFILE_OK) return result;
 

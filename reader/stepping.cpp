@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "foundation/number_parse.h"
+#include "reader/section_index.h"
 
 namespace quarl {
 
@@ -42,9 +43,15 @@ ELASFILEERROR CLasReader::CheckDataStepping() const
         return LASFILE_MISSING_SECTION;
     const double step = ParseNumber(stepParam.m_value.c_str());
 
+    // The first section of each name, as FindSectionIndexByName would find
+    // it, in one pass rather than one search per data section.
+    detail::SectionNameIndex byName;
+    for (size_t i = 0; i < m_sections.size(); ++i)
+        byName.Add(m_sections[i]->m_name.c_str(), static_cast<int32_t>(i));
     for (const auto& section : m_sections) {
         if ((section->m_flags & CLasSection::kFlagLogData) == 0) continue;
-        const int32_t definition = FindSectionIndexByName(section->m_association.c_str());
+        const char* association = section->m_association.c_str();
+        const int32_t definition = *association ? byName.Find(association) : -1;
         if (definition < 0) return LASFILE_BAD_VALUE;
         // A section without a column to test (no curves, or fewer than the
         // definition names) is passed over.

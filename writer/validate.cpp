@@ -4,6 +4,7 @@
 
 #include <quarl/writer.h>
 
+#include "reader/section_index.h"
 #include "reader/section_names.h"
 
 namespace quarl {
@@ -64,6 +65,11 @@ void CLasWriter::CreateMissingSections()
     if (!m_isLas3) return;
 
     const int32_t main = FindSectionIndexByName("ASCII");
+    // One index of the names for all data sections, kept up to date as
+    // sections are appended, rather than one search each.
+    detail::SectionNameIndex byName;
+    for (size_t i = 0; i < m_sections.size(); ++i)
+        byName.Add(m_sections[i].m_name.c_str(), static_cast<int32_t>(i));
     for (size_t i = 0; i < m_sections.size(); ++i) {
         if (m_sections[i].m_type != LASSECTION_DATA || static_cast<int32_t>(i) == main) continue;
         std::string definition = m_sections[i].m_association;
@@ -72,8 +78,10 @@ void CLasWriter::CreateMissingSections()
             definition += "_Definition";
             m_sections[i].m_association = definition;
         }
-        if (FindSectionIndexByName(definition.c_str()) < 0)
+        if (definition.c_str()[0] == '\0' || byName.Find(definition.c_str()) < 0) {
             AppendSection(m_sections, definition, LASSECTION_DEFINITION);
+            byName.Add(definition.c_str(), static_cast<int32_t>(m_sections.size() - 1));
+        }
     }
 }
 
@@ -110,10 +118,13 @@ ELASFILEERROR CLasWriter::CheckColumnLengths()
 // one line per curve; an empty one is filled from the curves.
 ELASFILEERROR CLasWriter::FillDefinitionSections()
 {
+    detail::SectionNameIndex byName;  // the names don't change here
+    for (size_t i = 0; i < m_sections.size(); ++i)
+        byName.Add(m_sections[i].m_name.c_str(), static_cast<int32_t>(i));
     for (size_t i = 0; i < m_sections.size(); ++i) {
         if (m_sections[i].m_type != LASSECTION_DATA) continue;
         const std::string& link = m_sections[i].m_association;
-        const int32_t found = FindSectionIndexByName(link.c_str());
+        const int32_t found = link.c_str()[0] == '\0' ? -1 : byName.Find(link.c_str());
         if (found < 0) return SetLastError(LASFILE_MISSING_SECTION, link.c_str(), nullptr, -1, -1);
         const std::vector<CLasCurve>& curves = m_sections[i].m_curves;
         std::vector<CLasParam>& params = m_sections[static_cast<size_t>(found)].m_params;

@@ -3,6 +3,7 @@
 #include <quarl/writer.h>
 
 #include "foundation/platform.h"
+#include "reader/section_index.h"
 #include "writer/output_file.h"
 
 namespace quarl {
@@ -15,7 +16,8 @@ CLasWriter::CLasWriter()
       m_lastError(LASFILE_OK),
       m_errorColumn(-1),
       m_errorRow(-1),
-      m_file(nullptr)
+      m_file(nullptr),
+      m_namesCounted(0)
 {
 }
 
@@ -44,6 +46,7 @@ CLasWriter& CLasWriter::operator=(const CLasWriter& other)
     m_errorParam = other.m_errorParam;
     m_errorColumn = other.m_errorColumn;
     m_errorRow = other.m_errorRow;
+    m_names.reset();
     return *this;
 }
 
@@ -91,7 +94,7 @@ ELASFILEERROR CLasWriter::AddSection(const CLasSection& section)
 {
     ClearLastError();
     const char* name = section.m_name.c_str();
-    if (FindSectionIndexByName(name) >= 0 || AsciiEqualNoCase(name, "VERSION") ||
+    if (HasSectionNamed(name) || AsciiEqualNoCase(name, "VERSION") ||
         AsciiEqualNoCase(name, "V"))
         return SetLastError(LASFILE_DUPLICATE_SECTION, name, nullptr, -1, -1);
     const ELASFILEERROR nameResult = ValidateSectionName(section);
@@ -103,6 +106,10 @@ ELASFILEERROR CLasWriter::AddSection(const CLasSection& section)
     m_sections.push_back(section);
     if (!m_isLas3 && m_sections.back().m_name.size() == 1)
         GetLAS2FullSectionName(m_sections.back().m_name);
+    if (m_names && m_namesCounted + 1 == m_sections.size()) {
+        m_names->Add(m_sections.back().m_name.c_str(), static_cast<int32_t>(m_namesCounted));
+        ++m_namesCounted;
+    }
     return LASFILE_OK;
 }
 
@@ -139,6 +146,23 @@ int32_t CLasWriter::FindSectionIndexByName(const char* name) const
         if (AsciiEqualNoCase(m_sections[i].m_name.c_str(), name)) return static_cast<int32_t>(i);
     }
     return -1;
+}
+
+// FindSectionIndexByName(name) >= 0 without a search through all sections,
+// so that adding N sections takes linear time. The names are counted again
+// whenever the number of sections differs from the number counted: Validate
+// appends sections, Reset clears them, assignment drops the names. Sorting
+// changes no name.
+bool CLasWriter::HasSectionNamed(const char* name)
+{
+    if (!name || !*name) return false;
+    if (!m_names || m_namesCounted != m_sections.size()) {
+        m_names = std::make_unique<detail::SectionNameIndex>();
+        for (size_t i = 0; i < m_sections.size(); ++i)
+            m_names->Add(m_sections[i].m_name.c_str(), static_cast<int32_t>(i));
+        m_namesCounted = m_sections.size();
+    }
+    return m_names->Find(name) >= 0;
 }
 
 int32_t CLasWriter::CountSectionsByType(ELASSECTIONTYPE type) const

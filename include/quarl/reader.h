@@ -18,6 +18,7 @@ namespace quarl {
 namespace detail {
 struct ReaderAccess;  // the test suite's window on the private operations
 class RowBytes;      // how the bytes of a data row behave
+class SectionNameIndex;
 }
 
 class QUARL_API CLasReader {
@@ -94,6 +95,7 @@ private:
     ELASFILEERROR ReadDataRows(CLasSection& section);
     ELASFILEERROR ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
                               bool& headerReached);
+    void StoreSection(std::shared_ptr<CLasSection> section);
 
     CTextFile m_file;
     LasStatusCallback m_statusCallback;
@@ -102,6 +104,8 @@ private:
     bool m_isLas3;
     bool m_isWrapped;
     char m_delimiter;
+    // The sections by name while Open reads, null otherwise.
+    std::unique_ptr<detail::SectionNameIndex> m_nameIndex;
 };
 
 }  // namespace quarl

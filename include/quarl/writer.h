@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ namespace quarl {
 namespace detail {
 struct WriterAccess;  // the test suite's window on the private operations
 class OutputBuffer;
+class SectionNameIndex;
 }
 
 class QUARL_API CLasWriter {
@@ -55,6 +57,7 @@ private:
     ELASFILEERROR SetLastError(ELASFILEERROR code, const char* section, const char* param,
                                int32_t column, int32_t row);
     int32_t FindSectionIndexByName(const char* name) const;
+    bool HasSectionNamed(const char* name);
     int32_t CountSectionsByType(ELASSECTIONTYPE type) const;
     ELASFILEERROR ValidateSectionName(const CLasSection& section);
     ELASFILEERROR ValidateDataSection(const CLasSection& section);
@@ -95,6 +98,10 @@ private:
     // The temporary file that becomes the target once it is complete; empty
     // when no output is open or when the target is written in place.
     std::string m_tempPath;
+    // The names in m_sections, for the duplicate test of AddSection, and how
+    // many sections they were taken from.
+    std::unique_ptr<detail::SectionNameIndex> m_names;
+    size_t m_namesCounted;
 };
 
 }  // namespace quarl

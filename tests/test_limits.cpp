@@ -1,0 +1,239 @@
+// Extreme files: a very long line, very many sections, curves and comment
+// lines. Each is read whole and right, in a child process whose peak memory
+// must stay within a multiple of the file's size. How the time grows is
+// shown by bench/bench_limits, not tested here.
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string>
+
+#include "support/test_util.h"
+#include "support/reader_access.h"
+#include "support/writer_access.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define QUARL_MEMORY_MEASURED 0  // the sanitizer's own memory hides the library's
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QUARL_MEMORY_MEASURED 0
+#endif
+#endif
+#ifndef QUARL_MEMORY_MEASURED
+#define QUARL_MEMORY_MEASURED 1
+#endif
+
+namespace quarl::test {
+namespace {
+
+const std::string kHead = "~Version\nVERS. 3.0 : v\nWRAP. NO : w\nDLM. COMMA : d\n";
+
+// Writes the file piece by piece, as `emit` appends them.
+std::string MakeFile(const TempDir& dir, const std::function<void(std::string&, std::FILE*)>& emit)
+{
+    const std::string path = dir.File("big.las");
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    EXPECT_NE(file, nullptr);
+    std::string buffer;
+    emit(buffer, file);
+    std::fwrite(buffer.data(), 1, buffer.size(), file);
+    std::fclose(file);
+    return path;
+}
+
+void Drain(std::string& buffer, std::FILE* file)
+{
+    if (buffer.size() < (1u << 20)) return;
+    std::fwrite(buffer.data(), 1, buffer.size(), file);
+    buffer.clear();
+}
+
+// Reads `path` in a child process, where `check` tests what was read (a
+// failed expectation there makes the child fail). Expects the child's peak
+// resident memory to stay within `perByte` times the file's size plus what
+// an empty process takes.
+void ReadInChild(const std::string& path, double perByte, const std::function<bool(const CLasReader&)>& check)
+{
+    const long size = static_cast<long>(ReadFileBytes(path).size());
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        CLasReader reader;
+        const bool good = reader.Open(path) == LASFILE_OK && check(reader);
+        _exit(good && !::testing::Test::HasFailure() ? 0 : 1);
+    }
+    int status = 0;
+    rusage usage{};
+    ASSERT_EQ(wait4(child, &status, 0, &usage), child);
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << path << " status " << status;
+    // Under valgrind (tools/memcheck.sh) its own memory counts as the child's.
+    if (QUARL_MEMORY_MEASURED && !std::getenv("QUARL_UNDER_VALGRIND")) {
+        const double peak = usage.ru_maxrss * 1024.0;
+        EXPECT_LT(peak, perByte * size + 64e6) << "peak " << peak / 1e6 << " MB for " << size / 1e6 << " MB";
+    }
+}
+
+TEST(Limits, LineOf64MegabytesIsOneValue)
+{
+    TempDir dir;
+    const long length = 64L << 20;
+    const std::string path = MakeFile(dir, [&](std::string& out, std::FILE* file) {
+        out = kHead + "~Well\nWELL. ";
+        for (long i = 0; i < length; ++i) {
+            out.push_back(static_cast<char>('a' + i % 26));
+            Drain(out, file);
+        }
+        out += " : the well\nSTEP.M 1 : s\n";
+    });
+    // The line store grows in steps, never to more than twice the line.
+    std::string tail;
+    for (long i = length - 3; i < length; ++i) tail.push_back(static_cast<char>('a' + i % 26));
+    ReadInChild(path, 3.5, [&](const CLasReader& reader) {
+        const CLasSection& well = reader.GetSection(1ull);
+        return well.m_params.size() == 2 && well.m_params[0].m_value.size() == static_cast<size_t>(length) &&
+               well.m_params[0].m_value.compare(length - 3, 3, tail) == 0 &&
+               well.m_params[1].m_mnemonic == "STEP";
+    });
+}
+
+TEST(Limits, QuarterMillionSectionPairsAndMillionCommentLines)
+{
+    TempDir dir;
+    const long pairs = 1L << 18;
+    const std::string path = MakeFile(dir, [&](std::string& out, std::FILE* file) {
+        out = kHead + "~Well\nSTEP.M 1 : s\n";
+        for (long i = 0; i < pairs; ++i) {
+            const std::string index = std::to_string(i);
+            out += "~Core_Definition[" + index + "]\nDEPT.M : d\n~Core_Data[" + index + "]\n" + index + "\n";
+            for (int c = 0; c < 4; ++c) out += "# comment between rows\n";
+            Drain(out, file);
+        }
+    });
+    // A section costs a few hundred bytes beside its 40 bytes of text.
+    ReadInChild(path, 12.0, [&](const CLasReader& reader) {
+        if (reader.size() != static_cast<uint64_t>(2 + 2 * pairs)) return false;
+        const CLasSection& last = reader.GetSection(reader.size() - 1);
+        return last.m_association == "Core_Definition[" + std::to_string(pairs - 1) + "]" &&
+               last.m_curves.size() == 1 && last.m_curves[0].m_numbers == std::vector<double>{pairs - 1.0} &&
+               reader.CheckDataStepping() == LASFILE_OK;
+    });
+}
+
+TEST(Limits, MillionCurvesInOneDefinition)
+{
+    TempDir dir;
+    const long curves = 1L << 20;
+    const std::string path = MakeFile(dir, [&](std::string& out, std::FILE* file) {
+        out = kHead + "~Log_Definition\n";
+        for (long i = 0; i < curves; ++i) {
+            out += "C" + std::to_string(i) + ".M : c\n";
+            Drain(out, file);
+        }
+        out += "~Log_Data\n";
+        for (int row = 0; row < 2; ++row) {
+            for (long i = 0; i < curves; ++i) {
+                out += (i ? "," : "") + std::to_string(row * 10 + i % 7);
+                Drain(out, file);
+            }
+            out += "\n";
+        }
+    });
+    // A curve holds a copy of its definition line and two arrays.
+    ReadInChild(path, 40.0, [&](const CLasReader& reader) {
+        const CLasSection& data = reader.GetSection(2ull);
+        return data.m_curves.size() == static_cast<size_t>(curves) &&
+               data.m_curves.back().m_definition.m_mnemonic == "C" + std::to_string(curves - 1) &&
+               data.m_curves.back().m_numbers == std::vector<double>{(curves - 1) % 7, 10.0 + (curves - 1) % 7};
+    });
+}
+
+TEST(Limits, WriterWithSixtyFiveThousandDataSections)
+{
+    TempDir dir;
+    const int count = 1 << 16;
+    CLasWriter w;
+    ASSERT_EQ(w.SetFormat(true, ','), LASFILE_OK);
+    for (int i = count - 1; i >= 0; --i) {  // backwards: the sort must regroup them
+        CLasSection data;
+        data.m_name = "Set" + std::to_string(i) + "_Data";
+        data.m_type = LASSECTION_DATA;
+        data.m_curves.resize(1);
+        data.m_curves[0].m_numbers = {static_cast<double>(i)};
+        ASSERT_EQ(w.AddSection(data), LASFILE_OK);
+    }
+    CLasSection log;
+    log.m_name = "Log_Data";
+    log.m_type = LASSECTION_DATA;
+    log.m_curves.resize(1);
+    log.m_curves[0].m_numbers = {1000.0, 1000.5};
+    ASSERT_EQ(w.AddSection(log), LASFILE_OK);
+    ASSERT_EQ(w.Write(dir.File("many.las")), LASFILE_OK);
+    // Version, Well, a made definition before each data section, and the
+    // log data with its definition last.
+    ReadInChild(dir.File("many.las"), 40.0, [&](const CLasReader& reader) {
+        if (reader.size() != static_cast<uint64_t>(2 * count + 4)) return false;
+        for (int k = 0; k < count; ++k) {
+            const int i = count - 1 - k;
+            const CLasSection& definition = reader.GetSection(static_cast<uint64_t>(2 + 2 * k));
+            const CLasSection& data = reader.GetSection(static_cast<uint64_t>(3 + 2 * k));
+            if (definition.m_name != "Set" + std::to_string(i) + "_Definition" ||
+                data.m_curves.size() != 1 || data.m_curves[0].m_numbers != std::vector<double>{1.0 * i})
+                return false;
+        }
+        return reader.GetSection(reader.size() - 1).m_name == "Log_Data";
+    });
+}
+
+// The lookups by name that go through an index must answer as a search
+// through the names as they stand would.
+TEST(Limits, IndexedLookupsAnswerAsASearchWould)
+{
+    TempDir dir;
+    const std::string path = dir.Write("d.las", kHead + "~Well\nSTEP.M 1 : s\n~log_DEFINITION\nA.M : a\n"
+                                                        "~Log_Definition\nB.M : b\n~Log_Data\n1\n");
+    CLasReader reader;
+    ASSERT_EQ(reader.Open(path), LASFILE_OK);
+    // The first of two names that differ in case only is the definition.
+    ASSERT_EQ(reader.GetSection(4ull).m_curves.at(0).m_definition.m_mnemonic, "A");
+    // A host renames a shared section: the name as it stands counts.
+    reader.GetSectionPtr(2)->m_name = "Renamed";
+    CLasSection found;
+    ASSERT_EQ(reader.GetSection("renamed", found), LASFILE_OK);
+    EXPECT_EQ(found.m_params.at(0).m_mnemonic, "A");
+    ASSERT_EQ(reader.GetSection("Log_Definition", found), LASFILE_OK);
+    EXPECT_EQ(found.m_params.at(0).m_mnemonic, "B");
+
+    // The writer's duplicate test after each way its sections change.
+    CLasSection params;
+    params.m_name = "Extra_Parameter";
+    params.m_type = LASSECTION_PARAMETER;
+    CLasSection well = params;
+    well.m_name = "WELL";
+    CLasWriter w;
+    ASSERT_EQ(w.SetFormat(true, ','), LASFILE_OK);
+    ASSERT_EQ(w.AddSection(params), LASFILE_OK);
+    EXPECT_EQ(w.AddSection(params), LASFILE_DUPLICATE_SECTION);
+    w.Validate();  // appends "Well"
+    EXPECT_EQ(w.AddSection(well), LASFILE_DUPLICATE_SECTION);
+    w.Reset();
+    ASSERT_EQ(w.SetFormat(true, ','), LASFILE_OK);
+    EXPECT_EQ(w.AddSection(params), LASFILE_OK);
+    CLasWriter other;  // LAS 2.0 stores "W" as "Well"
+    well.m_name = "W";
+    ASSERT_EQ(other.AddSection(well), LASFILE_OK);
+    well.m_name = "well";
+    EXPECT_EQ(other.AddSection(well), LASFILE_DUPLICATE_SECTION);
+    w = other;  // the same number of sections, other names
+    well.m_name = "Well";
+    EXPECT_EQ(w.AddSection(well), LASFILE_DUPLICATE_SECTION);
+    params.m_name = "Parameter";
+    EXPECT_EQ(w.AddSection(params), LASFILE_OK);
+}
+
+}  // namespace
+}  // namespace quarl::test
