@@ -7,6 +7,7 @@ namespace quarl::detail {
 
 namespace {
 
+// 5^0 to 5^20: the scales applied run from 10^0 to 10^20.
 constexpr uint64_t kPowersOfFive[] = {1ull,
                                       5ull,
                                       25ull,
@@ -28,7 +29,6 @@ constexpr uint64_t kPowersOfFive[] = {1ull,
                                       3814697265625ull,
                                       19073486328125ull,
                                       95367431640625ull};
-constexpr int kMaxScale = 20;  // the largest power of ten applied, 10^20
 constexpr uint64_t kDigits15Low = 100000000000000ull;   // 10^14
 constexpr uint64_t kDigits15High = 1000000000000000ull; // 10^15
 
