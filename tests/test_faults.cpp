@@ -300,6 +300,40 @@ TEST(Faults, ReadCancelledAtEveryReportLeavesAValidPrefix)
     }
 }
 
+// A host may close the reader from its own callback, at any report: the
+// read must end with a result code and the reader stay usable.
+TEST(Faults, ReaderClosedFromItsCallbackAtEveryReport)
+{
+    TempDir dir;
+    struct Closer {
+        CLasReader* reader;
+        int closeAt;
+        int calls;
+        static int32_t Callback(void* context, double, const char*)
+        {
+            Closer* self = static_cast<Closer*>(context);
+            if (self->calls++ == self->closeAt) self->reader->Close();
+            return 0;
+        }
+    };
+    for (const std::string& path : ReadCases(dir)) {
+        for (int closeAt = 0;; ++closeAt) {
+            CLasReader reader;
+            Closer closer{&reader, closeAt, 0};
+            reader.SetStatusCallback(&closer, &Closer::Callback);
+            const ELASFILEERROR result = reader.Open(path);
+            if (closer.calls > closeAt) {
+                EXPECT_EQ(result, LASFILE_CANCELLED) << path << " " << closeAt;
+                EXPECT_FALSE(reader.IsOpen());
+                EXPECT_TRUE(reader.empty());
+            }
+            reader.SetStatusCallback(nullptr, nullptr);
+            EXPECT_EQ(reader.Open(path), LASFILE_OK);
+            if (closer.calls <= closeAt) break;
+        }
+    }
+}
+
 TEST(Faults, LineStoreFailingAtEveryAllocationOfARead)
 {
     TempDir dir;
