@@ -119,7 +119,7 @@ public:
     {
         switch (m_in.ConsumeIntegralInRange<int>(0, 3)) {
         case 0: {
-            static const double kSpecial[] = {std::numeric_limits<double>::quiet_NaN(),
+            static const double kEdgeValues[] = {std::numeric_limits<double>::quiet_NaN(),
                                               std::numeric_limits<double>::infinity(),
                                               -std::numeric_limits<double>::infinity(),
                                               std::numeric_limits<double>::max(),
@@ -127,7 +127,7 @@ public:
                                               std::numeric_limits<double>::denorm_min(),
                                               -0.0,
                                               -999.25};
-            return m_in.PickValueInArray(kSpecial);
+            return m_in.PickValueInArray(kEdgeValues);
         }
         case 1: {
             const uint64_t bits = m_in.ConsumeIntegral<uint64_t>();

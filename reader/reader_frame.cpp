@@ -54,8 +54,10 @@ ELASFILEERROR CLasReader::ReportProgress(double percent)
 {
     tessel::TxString message("Reading ");
     message += m_file.GetFilename();
-    return m_statusCallback(m_statusContext, percent, message.c_str()) != 0 ? LASFILE_CANCELLED
-                                                                            : LASFILE_OK;
+    const bool stop = m_statusCallback(m_statusContext, percent, message.c_str()) != 0;
+    // A host that closed the reader from its callback has stopped the read
+    // as well: there is no line left to go on with.
+    return stop || !m_file.IsOpen() ? LASFILE_CANCELLED : LASFILE_OK;
 }
 
 // Moves to the next line that counts. A report is due at every tenth
@@ -147,6 +149,7 @@ void CLasReader::Close()
 {
     m_file.Close();
     m_sections.clear();
+    m_nameIndex.reset();  // a host may close the reader from its callback mid-read
 }
 
 // The target shares the source's sections. The file follows CTextFile's
@@ -158,6 +161,7 @@ CLasReader& CLasReader::operator=(const CLasReader& other)
     m_statusCallback = other.m_statusCallback;
     m_statusContext = other.m_statusContext;
     m_sections = other.m_sections;
+    m_nameIndex.reset();  // it indexed the sections that were replaced
     m_isLas3 = other.m_isLas3;
     m_isWrapped = other.m_isWrapped;
     m_delimiter = other.m_delimiter;

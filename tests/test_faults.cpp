@@ -226,6 +226,47 @@ TEST(Faults, ReplacementKeepsLinksAndModes)
     EXPECT_EQ(FolderEntries(dir.File("data")), std::vector<std::string>{"real.las"});
 }
 
+// A host may call the writer from the status callback of its own Write: the
+// document and output in use must stay as they are, and the file come out
+// as if nothing had been called.
+TEST(Faults, WriterCalledFromItsCallbackAtEveryReport)
+{
+    TempDir dir;
+    const std::string target = dir.File("t.las");
+    const std::string full = WrittenBytes(true, 30, target);
+    struct Meddler {
+        CLasWriter* writer;
+        std::string other;
+        int at;
+        int calls;
+        static int32_t Callback(void* context, double, const char*)
+        {
+            Meddler* self = static_cast<Meddler*>(context);
+            if (self->calls++ != self->at) return 0;
+            CLasSection extra;
+            extra.m_name = "Extra_Parameter";
+            extra.m_type = LASSECTION_PARAMETER;
+            EXPECT_EQ(self->writer->AddSection(extra), LASFILE_WRONG_STATE);
+            EXPECT_EQ(self->writer->Validate(), LASFILE_WRONG_STATE);
+            EXPECT_EQ(self->writer->Write(self->other), LASFILE_WRONG_STATE);
+            self->writer->Reset();
+            CLasWriter empty;
+            *self->writer = empty;
+            return 0;
+        }
+    };
+    for (int at = 0;; ++at) {
+        CLasWriter w;
+        BuildDocument(w, true, 30);
+        Meddler meddler{&w, dir.File("other.las"), at, 0};
+        w.SetStatusCallback(&meddler, &Meddler::Callback);
+        ASSERT_EQ(w.Write(target), LASFILE_OK) << at;
+        EXPECT_TRUE(ReadFileBytes(target) == full) << at;
+        if (meddler.calls <= at) break;
+    }
+    EXPECT_EQ(FolderEntries(dir.path()), std::vector<std::string>{"t.las"});
+}
+
 // Whether what `part` holds is what a complete read holds, cut short: the
 // same sections in the same order, each curve a prefix of the full one,
 // and curves of a section no more than one value apart.
@@ -297,6 +338,40 @@ TEST(Faults, ReadCancelledAtEveryReportLeavesAValidPrefix)
             EXPECT_TRUE(reader.empty());
         }
         EXPECT_GE(stopAt, 1) << path;
+    }
+}
+
+// A host may close the reader from its own callback, at any report: the
+// read must end with a result code and the reader stay usable.
+TEST(Faults, ReaderClosedFromItsCallbackAtEveryReport)
+{
+    TempDir dir;
+    struct Closer {
+        CLasReader* reader;
+        int closeAt;
+        int calls;
+        static int32_t Callback(void* context, double, const char*)
+        {
+            Closer* self = static_cast<Closer*>(context);
+            if (self->calls++ == self->closeAt) self->reader->Close();
+            return 0;
+        }
+    };
+    for (const std::string& path : ReadCases(dir)) {
+        for (int closeAt = 0;; ++closeAt) {
+            CLasReader reader;
+            Closer closer{&reader, closeAt, 0};
+            reader.SetStatusCallback(&closer, &Closer::Callback);
+            const ELASFILEERROR result = reader.Open(path);
+            if (closer.calls > closeAt) {
+                EXPECT_EQ(result, LASFILE_CANCELLED) << path << " " << closeAt;
+                EXPECT_FALSE(reader.IsOpen());
+                EXPECT_TRUE(reader.empty());
+            }
+            reader.SetStatusCallback(nullptr, nullptr);
+            EXPECT_EQ(reader.Open(path), LASFILE_OK);
+            if (closer.calls <= closeAt) break;
+        }
     }
 }
 

@@ -51,6 +51,7 @@ ParamWidths MeasureParams(const std::vector<CLasParam>& params)
 
 ELASFILEERROR CLasWriter::Write(const tessel::TxString& path)
 {
+    if (m_writing) return LASFILE_WRONG_STATE;  // from the status callback of a Write
     ClearLastError();
     CloseOutput();
     if (!detail::OpenOutput(path, &m_file, &m_tempPath))
@@ -61,6 +62,14 @@ ELASFILEERROR CLasWriter::Write(const tessel::TxString& path)
 
     const tessel::TxString message(std::string("Writing ") + path);
     OutputBuffer out(m_file);
+    // While sections are emitted, the status callback may not change them.
+    struct Writing {
+        explicit Writing(bool& flag) : m_flag(flag) { m_flag = true; }
+        ~Writing() { m_flag = false; }
+        Writing(const Writing&) = delete;
+        Writing& operator=(const Writing&) = delete;
+        bool& m_flag;
+    } writing(m_writing);
     const ELASFILEERROR written = WriteDocument(out, message);
     if (written != LASFILE_OK) return written;
     return FinishWrite(out);

@@ -35,6 +35,7 @@ CLasParam ColumnParam(const CLasCurve& curve, size_t column)
 
 ELASFILEERROR CLasWriter::Validate()
 {
+    if (m_writing) return LASFILE_WRONG_STATE;  // from the status callback of a Write
     ClearLastError();
     if (m_delimiter != ' ' && m_delimiter != '\t' && m_delimiter != ',')
         return SetLastError(LASFILE_BAD_VALUE, nullptr, nullptr, -1, -1);

@@ -17,7 +17,8 @@ CLasWriter::CLasWriter()
       m_errorColumn(-1),
       m_errorRow(-1),
       m_file(nullptr),
-      m_namesCounted(0)
+      m_namesCounted(0),
+      m_writing(false)
 {
 }
 
@@ -34,7 +35,9 @@ CLasWriter::~CLasWriter()
 
 CLasWriter& CLasWriter::operator=(const CLasWriter& other)
 {
-    if (this == &other) return *this;
+    // From the status callback of a Write, the writer being written is left
+    // alone: its sections and output are in use.
+    if (this == &other || m_writing) return *this;
     CloseOutput();
     m_statusCallback = other.m_statusCallback;
     m_statusContext = other.m_statusContext;
@@ -62,6 +65,7 @@ void CLasWriter::CloseOutput()
 
 void CLasWriter::Reset()
 {
+    if (m_writing) return;  // called from the status callback of a Write
     m_statusCallback = nullptr;
     m_statusContext = nullptr;
     m_sections.clear();
@@ -92,6 +96,7 @@ void CLasWriter::SetStatusCallback(void* context, LasStatusCallback callback)
 
 ELASFILEERROR CLasWriter::AddSection(const CLasSection& section)
 {
+    if (m_writing) return LASFILE_WRONG_STATE;  // from the status callback of a Write
     ClearLastError();
     const char* name = section.m_name.c_str();
     if (HasSectionNamed(name) || AsciiEqualNoCase(name, "VERSION") ||

@@ -102,6 +102,8 @@ private:
     // many sections they were taken from.
     std::unique_ptr<detail::SectionNameIndex> m_names;
     size_t m_namesCounted;
+    // Write is emitting sections: the status callback may not change them.
+    bool m_writing;
 };
 
 }  // namespace quarl
