@@ -36,6 +36,17 @@ struct ParamWidths {
     size_t value = 20;
 };
 
+// The number arrays of `curves`, or an empty list when a curve holds text.
+std::vector<const double*> NumberColumns(const std::vector<CLasCurve>& curves)
+{
+    std::vector<const double*> columns;
+    for (const CLasCurve& curve : curves) {
+        if (!curve.m_isNumeric) return {};
+        columns.push_back(curve.m_numbers.data());
+    }
+    return columns;
+}
+
 ParamWidths MeasureParams(const std::vector<CLasParam>& params)
 {
     ParamWidths widths;
@@ -174,10 +185,21 @@ ELASFILEERROR CLasWriter::WriteRows(OutputBuffer& out, const CLasSection& sectio
     const size_t rows = static_cast<size_t>(curves[0].size());
     const size_t last = curves.size() - 1;
     const char* name = section.m_name.c_str();
+    // A row of numbers is the blank, one call per cell and per delimiter,
+    // and the line end. It goes into the buffer in one piece when it can;
+    // otherwise, and for rows with text, call by call.
+    const std::vector<const double*> columns = NumberColumns(curves);
+    const size_t rowRoom = detail::GeneralRowRoom(curves.size());
+    const auto rowCalls = static_cast<int64_t>(2 * curves.size() + 1);
     for (size_t r = 0; r < rows; ++r) {
         if (r % 10 == 0 &&
             !Report(static_cast<double>(r) * step / static_cast<double>(rows) + base, message))
             return LASFILE_CANCELLED;
+        if (!columns.empty() && out.Reserve(rowRoom, rowCalls)) {
+            out.Advance(detail::FormatGeneral15Row(out.Cursor(), columns.data(), columns.size(), r,
+                                                   m_delimiter));
+            continue;
+        }
         const int32_t row = static_cast<int32_t>(r);
         if (!out.Char(' ')) return SetLastError(LASFILE_IO_FAILED, name, nullptr, -1, -1);
         for (size_t c = 0; c <= last; ++c) {

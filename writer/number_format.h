@@ -11,9 +11,9 @@
 namespace quarl::detail {
 
 // Room for any double under "%.15g": sign, 15 digits, point and a
-// three-digit exponent come to 23 bytes; the formatter may use all 32 bytes
+// three-digit exponent come to 23 bytes; the formatter may use all 40 bytes
 // as scratch.
-constexpr size_t kGeneralNumberMax = 32;
+constexpr size_t kGeneralNumberMax = 40;
 // Room for any double under "%.8f": 309 integer digits, sign, point and
 // eight decimals.
 constexpr size_t kFixedNumberMax = 330;
@@ -21,6 +21,14 @@ constexpr size_t kFixedNumberMax = 330;
 // Writes "%.15g" of `value` at `out`, which has room for kGeneralNumberMax
 // bytes, and returns the end. No terminating NUL.
 char* FormatGeneral15(char* out, double value);
+
+// One data row of numbers at `out`: a blank, then "%.15g" of
+// columns[c][row] for each of the `count` columns with `delimiter` behind
+// all but the last, then a line feed. `out` has room for
+// GeneralRowRoom(count) bytes; returns the end.
+char* FormatGeneral15Row(char* out, const double* const* columns, size_t count, size_t row,
+                         char delimiter);
+constexpr size_t GeneralRowRoom(size_t count) { return 1 + count * (kGeneralNumberMax + 1); }
 
 // The two ways FormatGeneral15 takes. The fast one handles zero and every
 // value that "%.15g" writes in fixed notation (decimal exponent -4 to 14)

@@ -79,6 +79,27 @@ public:
     // Hands everything collected to the stream and flushes it.
     bool Flush();
 
+    // The fast way for a piece made of several output calls: true when the
+    // next `calls` calls can all be taken as made, and `bytes` bytes are
+    // free at Cursor() to be written directly and closed with Advance().
+    // False, with nothing counted, when the stream has failed or fails on
+    // draining now, when `bytes` exceeds the buffer, or when one of those
+    // calls is the one the tests make fail: the caller then makes the
+    // calls one by one, so that a failure lands on the call that meets it.
+    bool Reserve(size_t bytes, int64_t calls)
+    {
+        if (m_failed || bytes > m_data.size()) return false;
+        if (m_failAt > m_calls && m_failAt <= m_calls + calls) return false;
+        if (m_data.size() - m_used < bytes) {
+            Drain();
+            if (m_failed) return false;
+        }
+        m_calls += calls;
+        return true;
+    }
+    char* Cursor() { return m_data.data() + m_used; }
+    void Advance(const char* end) { m_used = static_cast<size_t>(end - m_data.data()); }
+
 private:
     bool Begin()
     {
