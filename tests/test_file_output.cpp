@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -130,6 +131,19 @@ TEST(FileOutput, DataQuotingDigitsWidthsAndEmptySections)
     EXPECT_EQ(Written('\t', data, head), " 1\tfine sand\tsand\n 2\ta,b\t\"q\"\n");
     EXPECT_EQ(Written(',', {Data("Log_Data", {Numbers({0.1, 1e14, 1e15, -0.0, 123456789.123456789}), Numbers({0.125, 1.0 / 3, -2.5e-7, 1e300, 100})})}, head),
               " 0.1,0.125\n 100000000000000,0.333333333333333\n 1e+15,-2.5e-07\n -0,1e+300\n 123456789.123457,100\n");
+    // Rows wider than the writer's buffer come out the same, cell by cell.
+    std::vector<CLasCurve> wide;
+    std::string rows[2] = {" ", " "};
+    for (int c = 0; c < 8000; ++c) {
+        const double values[2] = {c * 0.5, -c - 1e-3};
+        wide.push_back(Numbers({values[0], values[1]}));
+        for (int r = 0; r < 2; ++r) {
+            char cell[32];
+            std::snprintf(cell, sizeof cell, c ? ",%.15g" : "%.15g", values[r]);
+            rows[r] += cell;
+        }
+    }
+    EXPECT_EQ(Written(',', {Data("Log_Data", wide)}, head), rows[0] + "\n" + rows[1] + "\n");
     if (std::setlocale(LC_ALL, "de_DE.UTF-8")) {  // the host's decimal comma changes nothing
         const std::string lines = Written(' ', {Data("Log_Data", {Numbers({1000.5, 2000.25})})}, head);
         std::setlocale(LC_ALL, "C");
