@@ -196,8 +196,8 @@ ELASFILEERROR CLasWriter::WriteRows(OutputBuffer& out, const CLasSection& sectio
             !Report(static_cast<double>(r) * step / static_cast<double>(rows) + base, message))
             return LASFILE_CANCELLED;
         if (!columns.empty() && out.Reserve(rowRoom, rowCalls)) {
-            out.Advance(detail::FormatGeneral15Row(out.Cursor(), columns.data(), columns.size(), r,
-                                                   m_delimiter));
+            out.Advance(detail::FormatGeneral15Row(out.Cursor(), columns.data(), columns.size(),
+                                                   rows, r, m_delimiter));
             continue;
         }
         const int32_t row = static_cast<int32_t>(r);

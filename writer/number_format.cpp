@@ -278,6 +278,17 @@ QUARL_ALWAYS_INLINE char* FixedNotation(char* out, double value)
     return count <= whole ? out + whole : out + count + 1;
 }
 
+constexpr size_t kPrefetchRows = 64;
+
+QUARL_ALWAYS_INLINE void Prefetch(const double* value)
+{
+#if defined(__GNUC__) || defined(__clang__)
+    __builtin_prefetch(value);
+#else
+    (void)value;
+#endif
+}
+
 }  // namespace
 
 char* FormatGeneral15Fixed(char* out, double value) { return FixedNotation(out, value); }
@@ -288,12 +299,17 @@ char* FormatGeneral15(char* out, double value)
     return FormatGeneral15Slow(out, value);
 }
 
-char* FormatGeneral15Row(char* out, const double* const* columns, size_t count, size_t row,
-                         char delimiter)
+char* FormatGeneral15Row(char* out, const double* const* columns, size_t count, size_t rows,
+                         size_t row, char delimiter)
 {
+    // A row takes one value from each of many columns, more streams than
+    // the processor follows on its own: each cell asks for its column's
+    // value some rows further on, so that it is in the cache when needed.
+    const size_t ahead = rows - row > kPrefetchRows ? row + kPrefetchRows : row;
     *out++ = ' ';
     for (size_t c = 0; c < count; ++c) {
         const double value = columns[c][row];
+        Prefetch(columns[c] + ahead);
         char* end = FixedNotation(out, value);
         out = end ? end : FormatGeneral15Slow(out, value);
         *out++ = delimiter;

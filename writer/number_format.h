@@ -23,11 +23,11 @@ constexpr size_t kFixedNumberMax = 330;
 char* FormatGeneral15(char* out, double value);
 
 // One data row of numbers at `out`: a blank, then "%.15g" of
-// columns[c][row] for each of the `count` columns with `delimiter` behind
-// all but the last, then a line feed. `out` has room for
-// GeneralRowRoom(count) bytes; returns the end.
-char* FormatGeneral15Row(char* out, const double* const* columns, size_t count, size_t row,
-                         char delimiter);
+// columns[c][row] for each of the `count` columns, which hold `rows`
+// values each, with `delimiter` behind all but the last, then a line feed.
+// `out` has room for GeneralRowRoom(count) bytes; returns the end.
+char* FormatGeneral15Row(char* out, const double* const* columns, size_t count, size_t rows,
+                         size_t row, char delimiter);
 constexpr size_t GeneralRowRoom(size_t count) { return 1 + count * (kGeneralNumberMax + 1); }
 
 // The two ways FormatGeneral15 takes. The fast one handles zero and every
