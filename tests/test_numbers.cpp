@@ -122,6 +122,11 @@ TEST(NumberFormat, General15AndFixed8MatchPrintfAndTheFastPathTheSlowOne)
         if (char* end = detail::FormatGeneral15Fixed(buffer, value)) {
             ++answered;
             ASSERT_EQ(std::string(buffer, end), std::string(slow, detail::FormatGeneral15Slow(slow, value)));
+            char* portable = detail::FormatGeneral15FixedPortable(slow, value);
+            ASSERT_TRUE(portable);
+            ASSERT_EQ(std::string(buffer, end), std::string(slow, portable));
+        } else {
+            ASSERT_FALSE(detail::FormatGeneral15FixedPortable(slow, value));
         }
     }
     EXPECT_EQ(mismatches, 0u);

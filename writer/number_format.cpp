@@ -141,10 +141,30 @@ QUARL_ALWAYS_INLINE int LeadingZeroBits(uint64_t x)
 // The 15 digits of n (10^14 <= n < 10^15) as 16 bytes, the last one NUL.
 // n is cut into its first 7 and its last 8 digits, each made 8 digits
 // ("0" in front of the first 7), and the leading "0" is dropped.
+// The eight decimal digits of x (below 10^8) as ASCII bytes in one word,
+// the first digit in the lowest byte. Each step splits every lane of the
+// word in two at once: 4 + 4 digits, then 2 + 2, then 1 + 1.
+QUARL_ALWAYS_INLINE uint64_t EightDigits(uint32_t x)
+{
+    const uint64_t fours = (x / 10000) | (static_cast<uint64_t>(x % 10000) << 32);
+    const uint64_t hundreds = ((fours * 10486) >> 20) & 0x0000007f0000007full;
+    const uint64_t twos = hundreds | ((fours - hundreds * 100) << 16);
+    const uint64_t tens = ((twos * 103) >> 10) & 0x000f000f000f000full;
+    const uint64_t ones = tens | ((twos - tens * 10) << 8);
+    return ones + 0x3030303030303030ull;
+}
+
+QUARL_ALWAYS_INLINE Wide FifteenDigitsPortable(uint64_t n)
+{
+    const uint64_t first = EightDigits(static_cast<uint32_t>(n / 100000000u));
+    const uint64_t last = EightDigits(static_cast<uint32_t>(n % 100000000u));
+    return {last >> 8, (first >> 8) | (last << 56)};
+}
+
 #if defined(__SSE2__) && defined(__x86_64__)
 // Both halves at once in one vector register, by three splits: 4 + 4
 // digits in 32-bit lanes, 2 + 2 in 16-bit lanes, then 1 + 1 in bytes.
-QUARL_ALWAYS_INLINE Wide FifteenDigits(uint64_t n)
+QUARL_ALWAYS_INLINE Wide FifteenDigitsSse2(uint64_t n)
 {
     const auto first = static_cast<long long>(n / 100000000u);
     const auto last = static_cast<long long>(n % 100000000u);
@@ -164,27 +184,17 @@ QUARL_ALWAYS_INLINE Wide FifteenDigits(uint64_t n)
     return {static_cast<uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(fifteen, fifteen))),
             static_cast<uint64_t>(_mm_cvtsi128_si64(fifteen))};
 }
-#else
-// The eight decimal digits of x (below 10^8) as ASCII bytes in one word,
-// the first digit in the lowest byte. Each step splits every lane of the
-// word in two at once: 4 + 4 digits, then 2 + 2, then 1 + 1.
-QUARL_ALWAYS_INLINE uint64_t EightDigits(uint32_t x)
-{
-    const uint64_t fours = (x / 10000) | (static_cast<uint64_t>(x % 10000) << 32);
-    const uint64_t hundreds = ((fours * 10486) >> 20) & 0x0000007f0000007full;
-    const uint64_t twos = hundreds | ((fours - hundreds * 100) << 16);
-    const uint64_t tens = ((twos * 103) >> 10) & 0x000f000f000f000full;
-    const uint64_t ones = tens | ((twos - tens * 10) << 8);
-    return ones + 0x3030303030303030ull;
-}
+#endif
 
+// The way the processor makes fastest.
 QUARL_ALWAYS_INLINE Wide FifteenDigits(uint64_t n)
 {
-    const uint64_t first = EightDigits(static_cast<uint32_t>(n / 100000000u));
-    const uint64_t last = EightDigits(static_cast<uint32_t>(n % 100000000u));
-    return {last >> 8, (first >> 8) | (last << 56)};
-}
+#if defined(__SSE2__) && defined(__x86_64__)
+    return FifteenDigitsSse2(n);
+#else
+    return FifteenDigitsPortable(n);
 #endif
+}
 
 // The digits of `w` from byte `skip` (1 to 15) on.
 QUARL_ALWAYS_INLINE Wide DropBytes(const Wide& w, int skip)
@@ -215,6 +225,7 @@ QUARL_ALWAYS_INLINE int TrailingZeros(const Wide& digits)
 // arithmetic on the binary value, rounded half to even as printf rounds.
 // Null for every other value (exponent notation, subnormals, infinities,
 // NaN), which std::to_chars then formats.
+template <bool kPortableDigits>
 QUARL_ALWAYS_INLINE char* FixedNotation(char* out, double value)
 {
     uint64_t bits;
@@ -255,7 +266,7 @@ QUARL_ALWAYS_INLINE char* FixedNotation(char* out, double value)
 
     // The digits are stored 16 bytes at a time; the bytes behind the
     // number are scratch within the room the caller gives.
-    const Wide digits = FifteenDigits(n);
+    const Wide digits = kPortableDigits ? FifteenDigitsPortable(n) : FifteenDigits(n);
     const int count = 15 - TrailingZeros(digits);
     *out = '-';
     out += negative ? 1 : 0;
@@ -291,11 +302,16 @@ QUARL_ALWAYS_INLINE void Prefetch(const double* value)
 
 }  // namespace
 
-char* FormatGeneral15Fixed(char* out, double value) { return FixedNotation(out, value); }
+char* FormatGeneral15Fixed(char* out, double value) { return FixedNotation<false>(out, value); }
+
+char* FormatGeneral15FixedPortable(char* out, double value)
+{
+    return FixedNotation<true>(out, value);
+}
 
 char* FormatGeneral15(char* out, double value)
 {
-    if (char* end = FixedNotation(out, value)) return end;
+    if (char* end = FixedNotation<false>(out, value)) return end;
     return FormatGeneral15Slow(out, value);
 }
 
@@ -310,7 +326,7 @@ char* FormatGeneral15Row(char* out, const double* const* columns, size_t count, 
     for (size_t c = 0; c < count; ++c) {
         const double value = columns[c][row];
         Prefetch(columns[c] + ahead);
-        char* end = FixedNotation(out, value);
+        char* end = FixedNotation<false>(out, value);
         out = end ? end : FormatGeneral15Slow(out, value);
         *out++ = delimiter;
     }

@@ -35,6 +35,9 @@ constexpr size_t GeneralRowRoom(size_t count) { return 1 + count * (kGeneralNumb
 // with integer arithmetic, and returns null for the rest; the slow one is
 // std::to_chars and handles everything.
 char* FormatGeneral15Fixed(char* out, double value);
+// FormatGeneral15Fixed with the digits always made in 64-bit words, the way
+// taken where there is no SSE2; the tests hold it to the same bytes.
+char* FormatGeneral15FixedPortable(char* out, double value);
 char* FormatGeneral15Slow(char* out, double value);
 
 // "%.15g" of `value` as a string.
