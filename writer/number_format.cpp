@@ -7,9 +7,10 @@
 #include <emmintrin.h>
 #endif
 
-// The formatter's helpers are small and run once per cell; the compiler is
-// told to inline them even where it would not on its own.
-#if defined(__GNUC__) || defined(__clang__)
+// The formatter's helpers are small and run once per cell; an optimising
+// compiler is told to inline them even where it would not on its own. An
+// unoptimised build (debugging, coverage) keeps one copy of each.
+#if (defined(__GNUC__) || defined(__clang__)) && defined(__OPTIMIZE__)
 #define QUARL_ALWAYS_INLINE inline __attribute__((always_inline))
 #else
 #define QUARL_ALWAYS_INLINE inline
@@ -226,6 +227,15 @@ QUARL_ALWAYS_INLINE int TrailingZeros(const Wide& digits)
 // Null for every other value (exponent notation, subnormals, infinities,
 // NaN), which std::to_chars then formats.
 template <bool kPortableDigits>
+QUARL_ALWAYS_INLINE Wide Digits(uint64_t n)
+{
+    if constexpr (kPortableDigits)
+        return FifteenDigitsPortable(n);
+    else
+        return FifteenDigits(n);
+}
+
+template <bool kPortableDigits>
 QUARL_ALWAYS_INLINE char* FixedNotation(char* out, double value)
 {
     uint64_t bits;
@@ -266,7 +276,7 @@ QUARL_ALWAYS_INLINE char* FixedNotation(char* out, double value)
 
     // The digits are stored 16 bytes at a time; the bytes behind the
     // number are scratch within the room the caller gives.
-    const Wide digits = kPortableDigits ? FifteenDigitsPortable(n) : FifteenDigits(n);
+    const Wide digits = Digits<kPortableDigits>(n);
     const int count = 15 - TrailingZeros(digits);
     *out = '-';
     out += negative ? 1 : 0;
