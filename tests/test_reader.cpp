@@ -262,6 +262,16 @@ TEST(Lookup, SectionByNameAndDefinitionOfDataSection)
         EXPECT_EQ(found, c.index < 0 ? "untouched" : reader.GetSection(static_cast<uint64_t>(c.index)).m_name);
         EXPECT_EQ(Access::FindDefinition(reader, c.data, nullptr), c.index) << c.data;
     }
+    // A read file's lookups: the first of two names that differ in case only
+    // is the definition, and a name a host changed counts as it stands.
+    ASSERT_EQ(OpenText(reader, Las30Head("A.M : a\n~log_DEFINITION\nB.M : b\n") + "~Log_Data\n1\n"), LASFILE_OK);
+    ASSERT_EQ(reader.GetSection(4ull).m_curves.at(0).m_definition.m_mnemonic, "A");
+    reader.GetSectionPtr(2)->m_name = "Renamed";
+    CLasSection found;
+    ASSERT_EQ(reader.GetSection("renamed", found), LASFILE_OK);
+    EXPECT_EQ(found.m_params.at(0).m_mnemonic, "A");
+    ASSERT_EQ(reader.GetSection("Log_Definition", found), LASFILE_OK);
+    EXPECT_EQ(found.m_params.at(0).m_mnemonic, "B");
 }
 
 // The lookup tests lengths and compares from the end first; it must find
