@@ -15,19 +15,10 @@
 #include "support/writer_access.h"
 #include "writer/output_file.h"
 
-namespace quarl {
+namespace quarl::test {
 namespace {
 
 using detail::WriterAccess;
-using test::Data;
-using test::FolderEntries;
-using test::Numbers;
-using test::Param;
-using test::ReadFileBytes;
-using test::Record;
-using test::Section;
-using test::TempDir;
-using test::Texts;
 
 const std::string kDepths = " STRT.          1000.00000000 : Starting Depth {F}\n STOP.          %s : Stopping Depth {F}\n"
                             " STEP.             0.50000000 : Step interval between samples {F}\n"
@@ -232,7 +223,7 @@ TEST(FileOutput, EmptyTextCellAndUntypedSectionFail)
     WriterAccess::Sections(w).insert(WriterAccess::Sections(w).begin() + 1, Section("Other", LASSECTION_ANY));
     EXPECT_EQ(w.Write(dir.File("x.las")), LASFILE_BAD_FORMAT);
     EXPECT_EQ(Record(w), "3 Other - -1 -1");
-    EXPECT_FALSE(test::FileExists(dir.File("x.las")));
+    EXPECT_FALSE(FileExists(dir.File("x.las")));
 }
 
 TEST(FileOutput, EveryOutputCallHasItsOwnErrorRecord)
@@ -292,4 +283,4 @@ TEST(FileOutput, AssignmentNeverSharesAnOpenOutput)
 }
 
 }  // namespace
-}  // namespace quarl
+}  // namespace quarl::test

@@ -1,21 +1,14 @@
-// The writer: format choice, the last-error record, AddSection and its
-// rules, Reset and assignment, Validate, the Well section completion and
-// the order of the sections in the file.
+// The writer: format, the last-error record, AddSection and its rules, Reset
+// and assignment, Validate, the Well section completion, the section order.
 #include <gtest/gtest.h>
 
 #include "support/writer_access.h"
 
-namespace quarl {
+namespace quarl::test {
 namespace {
 
 using detail::WriterAccess;
-using test::Data;
-using test::Numbers;
-using test::Param;
-using test::Record;
-using test::Section;
-using test::Texts;
-using Names = std::vector<std::string>;
+using List = std::vector<std::string>;
 
 std::string Format(const CLasWriter& w) { return std::string(WriterAccess::IsLas3(w) ? "3" : "2") + WriterAccess::Delimiter(w); }
 
@@ -81,7 +74,7 @@ TEST(WriterFrame, ShortLas2NamesAreExpandedAfterTheDuplicateTest)
     ASSERT_EQ(w.AddSection(Section("W", LASSECTION_HEADER)), LASFILE_OK);
     ASSERT_EQ(w.AddSection(Section("l", LASSECTION_DATA)), LASFILE_OK);
     ASSERT_EQ(w.AddSection(Section("W", LASSECTION_HEADER)), LASFILE_OK);  // compared with "Well"
-    EXPECT_EQ(test::Names(w), (std::vector<std::string>{"Well", "ASCII", "Well"}));
+    EXPECT_EQ(Names(w), (List{"Well", "ASCII", "Well"}));
     for (const auto& [name, index] : std::vector<std::pair<const char*, int32_t>>{
              {"WELL", 0}, {"ascii", 1}, {"", -1}, {nullptr, -1}, {"Wel", -1}})
         EXPECT_EQ(WriterAccess::FindSectionIndexByName(w, name), index) << (name ? name : "null");
@@ -146,8 +139,8 @@ TEST(WriterRules, SectionNamesOfEachVersion)
     CLasWriter w;
     for (const char* name : {"A", "p", "o", "d", "c", "well", "LOG"})
         ASSERT_EQ(w.AddSection(Section(name, LASSECTION_PARAMETER)), LASFILE_OK);
-    EXPECT_EQ(test::Names(w),
-              (std::vector<std::string>{"ASCII", "Parameter", "Other", "Downhole", "Curve", "well", "LOG"}));
+    EXPECT_EQ(Names(w),
+              (List{"ASCII", "Parameter", "Other", "Downhole", "Curve", "well", "LOG"}));
     for (const char* unchanged : {"X", "", "WW"}) {
         std::string name = unchanged;
         WriterAccess::GetLAS2FullSectionName(w, name);
@@ -157,11 +150,7 @@ TEST(WriterRules, SectionNamesOfEachVersion)
 
 TEST(WriterRules, DataSections)
 {
-    const struct {
-        bool las3;
-        std::vector<CLasCurve> curves;
-        std::string record;
-    } cases[] = {
+    const struct { bool las3; std::vector<CLasCurve> curves; std::string record; } cases[] = {
         {false, {Numbers({1}), Texts({"a"})}, "7 ASCII - 1 -1"},  // text only in LAS 3.0
         {true, {Numbers({1}), Texts({"a"})}, "0 - - -1 -1"}, {false, {Texts({"a"}), Numbers({1})}, "7 ASCII - 0 -1"},
         {true, {Texts({"a"}), Numbers({1})}, "7 Log_Data - 0 -1"},  // the first column is numeric
@@ -183,11 +172,7 @@ TEST(WriterRules, DataSections)
 
 TEST(WriterRules, ParameterFieldsAndPassOrder)
 {
-    const struct {
-        bool las3;
-        std::vector<CLasParam> params;
-        std::string record;
-    } cases[] = {
+    const struct { bool las3; std::vector<CLasParam> params; std::string record; } cases[] = {
         {true, {Param("A.B", "", "", "")}, "10 Tops A.B -1 -1"}, {true, {Param("M", "k g", "", "")}, "10 Tops M -1 -1"},
         {false, {Param("V", "", "1{", "")}, "10 Other V -1 -1"},
         {false, {Param("V", "", "}", "")}, "10 Other V -1 -1"},
@@ -267,16 +252,12 @@ CLasSection Typed(const std::string& text)
     ELASSECTIONTYPE type = LASSECTION_PARAMETER;
     if (name.find("Data") != std::string::npos || name == "ASCII" || name == "LOG" || name == "Core") type = LASSECTION_DATA;
     if (name.find("Definition") != std::string::npos || name == "Curve") type = LASSECTION_DEFINITION;
-    return test::Section(name, type, {}, text.find('|') == std::string::npos ? "" : text.substr(text.find('|') + 1));
+    return Section(name, type, {}, text.find('|') == std::string::npos ? "" : text.substr(text.find('|') + 1));
 }
 
 TEST(SortSections, OrderOfEachVersion)
 {
-    const struct {
-        bool las3;
-        Names given;
-        Names sorted;  // empty: refused, nothing moved
-    } cases[] = {
+    const struct { bool las3; List given; List sorted; } cases[] = {  // empty: refused, nothing moved
         {false, {"ASCII", "Other", "Curve", "Well", "Parameter"}, {"Well", "Parameter", "Curve", "Other", "ASCII"}},
         {false, {"ASCII", "Downhole", "LOG", "curve", "Other", "WELL", "Well"},
          {"WELL", "curve", "Downhole", "LOG", "Other", "Well", "ASCII"}},
@@ -301,14 +282,14 @@ TEST(SortSections, OrderOfEachVersion)
         CLasWriter w;
         w.SetFormat(c.las3, ' ');
         for (const std::string& name : c.given) WriterAccess::Sections(w).push_back(Typed(name));
-        const Names stored = test::Names(w);
+        const List stored = Names(w);
         const bool refused = c.sorted.empty() && !c.given.empty();
         ASSERT_EQ(WriterAccess::SortSections(w), refused ? LASFILE_BAD_FORMAT : LASFILE_OK) << stored.size();
-        EXPECT_EQ(test::Names(w), refused ? stored : c.sorted);
+        EXPECT_EQ(Names(w), refused ? stored : c.sorted);
         EXPECT_EQ(Record(w), refused ? "3 - - -1 -1" : "0 - - -1 -1");
         if (refused) continue;
         EXPECT_EQ(WriterAccess::SortSections(w), LASFILE_OK);  // sorting twice changes nothing
-        EXPECT_EQ(test::Names(w), c.sorted);
+        EXPECT_EQ(Names(w), c.sorted);
     }
 }
 
@@ -384,4 +365,4 @@ TEST(WellCompletion, MissingSections)
 }
 
 }  // namespace
-}  // namespace quarl
+}  // namespace quarl::test
