@@ -277,7 +277,9 @@ TEST(Faults, ReadCancelledOrClosedAtEveryReport)
             closed.SetStatusCallback(&closer, &Hook::Callback);
             const ELASFILEERROR result = reader.Open(path);
             const ELASFILEERROR closedResult = closed.Open(path);
-            if (closer.calls > at) EXPECT_TRUE(closedResult == LASFILE_CANCELLED && !closed.IsOpen() && closed.empty()) << where;
+            if (closer.calls > at) {
+                EXPECT_TRUE(closedResult == LASFILE_CANCELLED && !closed.IsOpen() && closed.empty()) << where;
+            }
             closed.SetStatusCallback(nullptr, nullptr);
             EXPECT_EQ(closed.Open(path), LASFILE_OK) << where;
             if (stop.calls <= at) {  // no report was left to say stop

@@ -295,9 +295,10 @@ TEST(ParameterLine, SplitsEveryFieldByTheByteRules)
         CLasParam p;
         p.m_format = "stale";  // every scanner empties its field first
         EXPECT_EQ(Access::ParseParameterLine(reader, c.line, p), c.fields ? LASFILE_OK : LASFILE_BAD_FORMAT);
-        if (c.fields)
+        if (c.fields) {
             EXPECT_EQ(p.m_mnemonic + "#" + p.m_unit + "#" + p.m_value + "#" + p.m_description + "#" + p.m_format + "#" + p.m_association,
                       c.fields);
+        }
     }
     CLasReader reader;  // what was gathered before the refusal stays
     CLasParam p;
@@ -334,7 +335,9 @@ TEST(VersionLines, VersWrapAndDlmSetTheFormat)
         CLasReader reader;
         EXPECT_EQ(OpenText(reader, std::string("~Version\n") + c.lines + "~Well\nSTEP.M 1 : s\n"), c.result);
         EXPECT_EQ(Access::Format(reader), c.format);
-        if (c.vers) EXPECT_EQ(reader.GetSection(0ull).m_params[0].m_value, c.vers);
+        if (c.vers) {
+            EXPECT_EQ(reader.GetSection(0ull).m_params[0].m_value, c.vers);
+        }
     }
     // A VERS line outside the Version section means nothing.
     CLasReader reader;
