@@ -9,6 +9,7 @@
 
 #include "examples/common/las_tools.h"
 #include "examples/common/svg_plot.h"
+#include "support/writer_access.h"
 
 namespace ex = quarl::examples;
 using quarl::CLasCurve;
@@ -17,22 +18,8 @@ using quarl::CLasSection;
 
 namespace {
 
-CLasCurve Numeric(const std::string& mnemonic, std::vector<double> values)
-{
-    CLasCurve curve;
-    curve.m_definition.m_mnemonic = mnemonic;
-    curve.m_numbers = std::move(values);
-    return curve;
-}
-
-CLasParam Param(const char* mnemonic, const char* unit, const char* value)
-{
-    CLasParam p;
-    p.m_mnemonic = mnemonic;
-    p.m_unit = unit;
-    p.m_value = value;
-    return p;
-}
+CLasParam Param(const char* mnemonic, const char* unit, const char* value) { return quarl::test::Param(mnemonic, unit, value, ""); }
+CLasCurve Numeric(const char* mnemonic, std::vector<double> values) { return quarl::test::Numbers(values, Param(mnemonic, "", "")); }
 
 std::string Scale(const ex::TrackScale& s) { return std::to_string(s.log) + " " + std::to_string(s.left) + " " + std::to_string(s.right); }
 

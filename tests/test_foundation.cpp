@@ -13,7 +13,7 @@
 #include <quarl/quarl.h>
 
 #include "foundation/platform.h"
-#include "support/test_util.h"
+#include "support/writer_access.h"
 
 namespace quarl {
 namespace {
@@ -35,13 +35,7 @@ TEST(Foundation, ResultCodesExceptionAndTxString)
     EXPECT_TRUE(message.empty());
 }
 
-CLasParam Param(const char* mnemonic, const char* value)
-{
-    CLasParam p;
-    p.m_mnemonic = mnemonic;
-    p.m_value = value;
-    return p;
-}
+CLasParam Param(const char* mnemonic, const char* value) { return test::Param(mnemonic, "", value, ""); }
 
 TEST(Foundation, DocumentCurvesAndParameterLookup)
 {
@@ -57,10 +51,7 @@ TEST(Foundation, DocumentCurvesAndParameterLookup)
 
     CLasSection well;
     well.m_params = {Param("", "empty"), Param("STRT", "1"), Param("DEPT", "first"), Param("dept", "second"), Param("W\xC9LL", "latin")};
-    const struct {
-        const char* mnemonic;
-        int32_t index;
-    } cases[] = {{nullptr, -1}, {"", -1},       {"DePt", 2},    {"strt", 1},    {"w\xC9ll", 4},
+    const struct { const char* mnemonic; int32_t index; } cases[] = {{nullptr, -1}, {"", -1},       {"DePt", 2},    {"strt", 1},    {"w\xC9ll", 4},
                  {"DEP", -1},   {"DEPTH", -1}, {" DEPT", -1}, {"DEPT ", -1}, {"W\xE9LL", -1}};
     for (const auto& c : cases) {
         CLasParam out = Param("KEEP", "me");

@@ -1,14 +1,11 @@
-// The reader: the frame (first line, lines that count, progress,
-// cancellation, failures, IsValidFile, Close, assignment), section headers
-// and dispatch, parameter and Version lines, data sections, what a host
-// takes out, and the data stepping check.
+// The reader: the frame, progress and cancellation, section headers and
+// dispatch, parameter and Version lines, data sections, what a host takes
+// out, and the data stepping check.
 #include <gtest/gtest.h>
 
 #include <clocale>
 #include <cstring>
 #include <iterator>
-#include <string>
-#include <vector>
 
 #include "foundation/number_parse.h"
 #include "foundation/platform.h"
@@ -24,11 +21,7 @@ const std::string kSmall = "~Version\nVERS. 2.0 : v\nWRAP. NO : w\n~Well\nSTEP.M
 
 TEST(ReaderFrame, WhatOpenKeepsOfEachFile)
 {
-    const struct {
-        std::string text;
-        ELASFILEERROR result;
-        std::string sections;
-    } cases[] = {
+    const struct { std::string text; ELASFILEERROR result; std::string sections; } cases[] = {
         // The first line that counts begins with "~V" in either case.
         {"~VERSION INFORMATION\nVERS. 2.0 : v\n", LASFILE_OK, "VERSION:3(1)"}, {"~v\n", LASFILE_IO_FAILED, "v:3(0)"},
         {"~Vxyz\nVERS. 2.0 : v\n", LASFILE_OK, ""},  // passes the test, but no row reads "Vxyz"
@@ -67,17 +60,17 @@ TEST(ReaderFrame, WhatOpenKeepsOfEachFile)
     EXPECT_TRUE(reader.empty());
 }
 
+// Keeps every report; answers "stop" to the `stopAt`-th, counted from 1.
 struct Recorder {
     std::vector<double> percents;
     std::vector<std::string> messages;
-    int stopAtCall = -1;  // 1-based; -1 never
-
+    int stopAt = -1;
     static int32_t Record(void* context, double percent, const char* message)
     {
         auto* self = static_cast<Recorder*>(context);
         self->percents.push_back(percent);
         self->messages.push_back(message);
-        return static_cast<int>(self->percents.size()) == self->stopAtCall ? 1 : 0;
+        return static_cast<int>(self->percents.size()) == self->stopAt;
     }
 };
 
@@ -102,13 +95,7 @@ TEST(ReaderProgress, ReportsAtEveryTenthPhysicalLineAndStops)
     EXPECT_EQ(all.percents[2], 100.0);
     for (const std::string& message : all.messages) EXPECT_EQ(message, "Reading " + path);
 
-    const struct {
-        std::string text;
-        int stopAt;
-        ELASFILEERROR result;
-        size_t reports;
-        std::string sections;
-    } cases[] = {
+    const struct { std::string text; int stopAt; ELASFILEERROR result; size_t reports; std::string sections; } cases[] = {
         {Lines(25, 10, "# comment\n"), -1, LASFILE_OK, 2u, "Version:3(23)"},  // no report on a comment
         {Lines(25), 1, LASFILE_CANCELLED, 2u, "Version:3(8)"},  // the final report all the same
         {Lines(25), 3, LASFILE_CANCELLED, 3u, "Version:3(24)"},
@@ -118,7 +105,7 @@ TEST(ReaderProgress, ReportsAtEveryTenthPhysicalLineAndStops)
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
         Recorder recorder;
-        recorder.stopAtCall = c.stopAt;
+        recorder.stopAt = c.stopAt;
         reader.SetStatusCallback(&recorder, &Recorder::Record);
         EXPECT_EQ(OpenText(reader, c.text), c.result);
         EXPECT_EQ(recorder.percents.size(), c.reports);
@@ -146,8 +133,7 @@ TEST(ReaderFrame, IsValidFileCloseAndAssignment)
     ASSERT_EQ(OpenText(target, kSmall + "~P\nX.M 1 : x\n"), LASFILE_OK);
     ASSERT_EQ(OpenText(reader, "~V\nVERS. 3.0 : v\nWRAP. YES : w\nDLM. COMMA : d\n~W\nSTEP.M 1 : s\n"), LASFILE_OK);
     target = reader;
-    EXPECT_FALSE(target.IsOpen());
-    EXPECT_TRUE(reader.IsOpen());
+    EXPECT_TRUE(!target.IsOpen() && reader.IsOpen());
     EXPECT_EQ(target.GetSectionPtr(1), reader.GetSectionPtr(1));
     EXPECT_EQ(Access::Format(target), "3 W ,");
     target = target;
@@ -170,10 +156,7 @@ TEST(SectionHeader, NameAssociationAndSplit)
     EXPECT_FALSE(ParseSectionHeader(nullptr, &name, &association));
     EXPECT_FALSE(ParseSectionHeader("~A", nullptr, &association));
     EXPECT_EQ(name, "old");
-    const struct {
-        const char* line;
-        const char* parsed;  // "name|association"
-    } cases[] = {
+    const struct { const char* line; const char* parsed; } cases[] = {  // "name|association"
         {"~Well Information | x", "Well|"}, {"~Log_Data|Log_Definition extra", "Log_Data|Log_Definition"},
         {"~ \tLog_Data", "Log_Data|"}, {"~", "|"},
         {"  Core_Data[2]  |\t Core_Definition[2]|x", "Core_Data[2]|Core_Definition[2]"},
@@ -201,33 +184,23 @@ TEST(Dispatch, SectionsAreReadAsTheirNameSays)
 {
     const std::string v2 = "~VeRsIoN\nVERS. 2.0 : v\n~W\nSTEP.M 1 : s\n";
     const std::string v3 = "~Version\nVERS. 3.0 : v\n~Well\nSTEP.M 1 : s\n";
-    const struct {
-        std::string text;
-        ELASFILEERROR result;
-        std::string sections;  // behind Version and Well
-    } cases[] = {
-        {v2 + "~PARAMETER\nA.M 1 : a\n~p\n~cUrVe\nDEPT.M : d\n~a\n1\n", LASFILE_OK,
-         "PARAMETER:0(1) p:0(0) cUrVe:1/32(1) a:2/16|cUrVe{1}"},
+    const struct { std::string text; ELASFILEERROR result; std::string sections; } cases[] = {  // behind Version and Well
+        {v2 + "~PARAMETER\nA.M 1 : a\n~p\n~cUrVe\nDEPT.M : d\n~a\n1\n", LASFILE_OK, "PARAMETER:0(1) p:0(0) cUrVe:1/32(1) a:2/16|cUrVe{1}"},
         {v2 + "~Log_Parameter\n~Log_Definition\nD.M : d\n~Log_Data\n5\n", LASFILE_OK,
          "Log_Parameter:0(0) Log_Definition:1/32(1) Log_Data:2/16|Log_Definition{5}"},
         {v2 + "~C\nD.M : d\n~A_B_Data | C\n1\n~Log\n2\n~L\n3\n~ASCII\n4\n", LASFILE_OK,
          "C:1/32(1) A_B_Data:2|C{1} Log:2/16|C{2} L:2/16|C{3} ASCII:2/16|C{4}"},
-        // Unknown names are skipped whole; a known suffix is read without
-        // asking whether a definition exists.
-        {v2 + "~Other\nfree text : { | }\n~Tops\nA.M 1 : a\n~\nx\n~Drilling\n1 2\n~P\nA.M 1 : a\n", LASFILE_OK,
-         "P:0(1)"},
+        // Unknown names are skipped whole; a known suffix is read without asking for a definition.
+        {v2 + "~Other\nfree text : { | }\n~Tops\nA.M 1 : a\n~\nx\n~Drilling\n1 2\n~P\nA.M 1 : a\n", LASFILE_OK, "P:0(1)"},
         {v2 + "~Drilling_Data\n1 2\n", LASFILE_BAD_FORMAT, ""},
         // "Other" is data in version 3 only, and only with a definition.
         {v3 + "~Other_Definition\nX.M : x\n~Other\n7\n", LASFILE_OK, "Other_Definition:1(1) Other:2|Other_Definition{7}"},
         {v3 + "~Other\n7\n~P\nA.M 1 : a\n", LASFILE_OK, "P:0(1)"},
         {v2 + "~Other_Definition\nX.M : x\n~Other\n7\n", LASFILE_OK, "Other_Definition:1(1)"},
-        // Indexed sections are read as their suffix says; Curve[1] finds no
-        // definition and is skipped.
+        // Indexed sections are read as their suffix says; Curve[1] finds no definition and is skipped.
         {v2 + "~Core_Definition\nA.M : a\n~Core_Parameter[2]\nP.M 1 : p\n~Core_Definition[2]\nB.M : b\nC.M : c\n"
-              "~Core_Data[2]\n1 2\n~Core_Data\n3\n~Curve[1]\n4\n",
-         LASFILE_OK,
-         "Core_Definition:1(1) Core_Parameter[2]:0(1) Core_Definition[2]:1(2) "
-         "Core_Data[2]:2|Core_Definition[2]{1;2} Core_Data:2|Core_Definition{3}"},
+              "~Core_Data[2]\n1 2\n~Core_Data\n3\n~Curve[1]\n4\n", LASFILE_OK,
+         "Core_Definition:1(1) Core_Parameter[2]:0(1) Core_Definition[2]:1(2) Core_Data[2]:2|Core_Definition[2]{1;2} Core_Data:2|Core_Definition{3}"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
@@ -251,17 +224,24 @@ TEST(Lookup, SectionByNameAndDefinitionOfDataSection)
     EXPECT_EQ(Access::FindSectionIndexByName(reader, ""), -1);
     EXPECT_EQ(Access::FindSectionIndexByName(reader, "well"), 1);  // the first in any case
     EXPECT_EQ(Access::FindSectionIndexByName(reader, "Wel"), -1);
-    const struct {
-        const char* data;
-        int32_t index;
-    } cases[] = {{"Log_Data[2]", 4}, {"", -1}, {"core_data", 5}, {"Core_Data[3]", 5}, {"Core", 5},
-                 {"Core_Run[2]", 6}, {"Core_Run", -1}, {"Other_Data", -1}};
+    const struct { const char* data; int32_t index; } cases[] = {{"Log_Data[2]", 4}, {"", -1}, {"core_data", 5}, {"Core_Data[3]", 5},
+                                                                 {"Core", 5}, {"Core_Run[2]", 6}, {"Core_Run", -1}, {"Other_Data", -1}};
     for (const auto& c : cases) {
         std::string found = "untouched";
         EXPECT_EQ(Access::FindDefinition(reader, c.data, &found), c.index) << c.data;
         EXPECT_EQ(found, c.index < 0 ? "untouched" : reader.GetSection(static_cast<uint64_t>(c.index)).m_name);
         EXPECT_EQ(Access::FindDefinition(reader, c.data, nullptr), c.index) << c.data;
     }
+    // A read file's lookups: the first of two names that differ in case only
+    // is the definition, and a name a host changed counts as it stands.
+    ASSERT_EQ(OpenText(reader, Las30Head("A.M : a\n~log_DEFINITION\nB.M : b\n") + "~Log_Data\n1\n"), LASFILE_OK);
+    ASSERT_EQ(reader.GetSection(4ull).m_curves.at(0).m_definition.m_mnemonic, "A");
+    reader.GetSectionPtr(2)->m_name = "Renamed";
+    CLasSection found;
+    ASSERT_EQ(reader.GetSection("renamed", found), LASFILE_OK);
+    EXPECT_EQ(found.m_params.at(0).m_mnemonic, "A");
+    ASSERT_EQ(reader.GetSection("Log_Definition", found), LASFILE_OK);
+    EXPECT_EQ(found.m_params.at(0).m_mnemonic, "B");
 }
 
 // The lookup tests lengths and compares from the end first; it must find
@@ -286,11 +266,8 @@ TEST(Lookup, FindSectionIndexByNameEqualsAPlainComparison)
 
 TEST(ParameterLine, SplitsEveryFieldByTheByteRules)
 {
-    const struct {
-        const char* line;
-        bool isLas3;
-        const char* fields;  // mnemonic#unit#value#description#format#association, or null: refused
-    } cases[] = {
+    // "mnemonic#unit#value#description#format#association", or null: refused.
+    const struct { const char* line; bool isLas3; const char* fields; } cases[] = {
         {"DEPT.M 100.5 : Depth", false, "DEPT#M#100.5#Depth##"},
         {"  STRT .M   1.0   :  start  ", false, "STRT#M#1.0#start##"},
         {"DATE.   12:30:00 : taken", false, "DATE##12#30:00 : taken##"},
@@ -299,23 +276,17 @@ TEST(ParameterLine, SplitsEveryFieldByTheByteRules)
         {"A.M 1   ", false, "A#M#1   ###"}, {"A.M 1 |x", false, "A#M#1 |x###"}, {"A.M 1|2 : x", false, "A#M#1|2#x##"},
         {"A.M 1 : x | y | z", true, "A#M#1#x | y##z"}, {"A.M 1 : d {a} {b}", false, "A#M#1#d {a}#{b}#"},
         {"A.M 1 : d | a {F}", true, "A#M#1#d#{F}#a {F}"}, {"A.M 1 : d {F} tail", false, "A#M#1#d#{F}#"},
-        {"A.M 1 : d {F", false, "A#M#1#d##"},
-        {"A.M 1 : d } x", false, "A#M#1#d } x##"},
+        {"A.M 1 : d {F", false, "A#M#1#d##"}, {"A.M 1 : d } x", false, "A#M#1#d } x##"},
         {"A.M 1 \t: d\t", false, "A#M#1#d##"}, {"A\t.M 1 : d", false, "A#M#1#d##"},
         {"A.M 1 : : {x} | {y}", false, "A#M#1#: {x}#{y}#{y}"}, {"vers", false, "vers#####"},
         {"VERS\t3.0 : x", false, "VERS##3.0#x##"}, {"VERS 3.0 : x", false, "VERS 3#0##x##"},
         {"VERS.2.0 : x", false, "VERS#2.0##x##"}, {"VERS.X|Y 5 : x", false, "VERS#X#.X|Y 5#x##"},
-        {"~A.B c : d", false, "~A#B#c#d##"}, {"A:B.M 1", false, nullptr},
-        {"A{.M 1", false, nullptr},
-        {"A|.M 1", false, nullptr},
-        {"A}.M 1", false, nullptr},
-        {"   ", false, nullptr}, {"", false, nullptr}, {"no period here", false, nullptr}, {"A\tB.M 1", false, nullptr},
-        {"VERS   ", false, nullptr},
-        {"A.M{ 1 : x", false, nullptr},
-        {"A.M| 1 : x", false, nullptr}, {"A.M 1{2} : x", false, nullptr},
-        {"A.M 1} : x", false, nullptr},
-        {"A.M 1 |x", true, nullptr}, {"A.M 1|2 : x", true, nullptr}, {" ~Well", false, nullptr},
-        {"A.XY{Z 1 : d", false, nullptr},  // what was gathered stays
+        {"~A.B c : d", false, "~A#B#c#d##"}, {"A:B.M 1", false, nullptr}, {"A{.M 1", false, nullptr},
+        {"A|.M 1", false, nullptr}, {"A}.M 1", false, nullptr}, {"   ", false, nullptr}, {"", false, nullptr},
+        {"no period here", false, nullptr}, {"A\tB.M 1", false, nullptr}, {"VERS   ", false, nullptr},
+        {"A.M{ 1 : x", false, nullptr}, {"A.M| 1 : x", false, nullptr}, {"A.M 1{2} : x", false, nullptr},
+        {"A.M 1} : x", false, nullptr}, {"A.M 1 |x", true, nullptr}, {"A.M 1|2 : x", true, nullptr},
+        {" ~Well", false, nullptr},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string("'") + c.line + "' las3=" + std::to_string(c.isLas3));
@@ -323,15 +294,13 @@ TEST(ParameterLine, SplitsEveryFieldByTheByteRules)
         Access::SetLas3(reader, c.isLas3);
         CLasParam p;
         p.m_format = "stale";  // every scanner empties its field first
-        const ELASFILEERROR result = Access::ParseParameterLine(reader, c.line, p);
-        EXPECT_EQ(result, c.fields ? LASFILE_OK : LASFILE_BAD_FORMAT);
+        EXPECT_EQ(Access::ParseParameterLine(reader, c.line, p), c.fields ? LASFILE_OK : LASFILE_BAD_FORMAT);
         if (c.fields) {
-            EXPECT_EQ(p.m_mnemonic + "#" + p.m_unit + "#" + p.m_value + "#" + p.m_description + "#" + p.m_format + "#" +
-                          p.m_association,
+            EXPECT_EQ(p.m_mnemonic + "#" + p.m_unit + "#" + p.m_value + "#" + p.m_description + "#" + p.m_format + "#" + p.m_association,
                       c.fields);
         }
     }
-    CLasReader reader;
+    CLasReader reader;  // what was gathered before the refusal stays
     CLasParam p;
     ASSERT_EQ(Access::ParseParameterLine(reader, "A.XY{Z 1 : d", p), LASFILE_BAD_FORMAT);
     EXPECT_EQ(p.m_mnemonic + "." + p.m_unit, "A.XY");
@@ -339,12 +308,8 @@ TEST(ParameterLine, SplitsEveryFieldByTheByteRules)
 
 TEST(VersionLines, VersWrapAndDlmSetTheFormat)
 {
-    const struct {
-        const char* lines;
-        ELASFILEERROR result;
-        const char* format;  // version, wrapped, delimiter
-        const char* vers;    // value of the VERS line, or null
-    } cases[] = {
+    // The format as "version wrapped delimiter", and the value of the VERS line unless null.
+    const struct { const char* lines; ELASFILEERROR result; const char* format; const char* vers; } cases[] = {
         // VERS decides version 3 by its first byte.
         {"VERS. 1.2 : x\n", LASFILE_OK, "2 -  ", "1.2"}, {"VERS. 3.0 : x\n", LASFILE_OK, "3 -  ", "3.0"},
         {"VERS. A : x\n", LASFILE_OK, "3 -  ", "A"}, {"VERS. \xC3\xA9 : x\n", LASFILE_OK, "2 -  ", nullptr},
@@ -393,14 +358,9 @@ const std::string kTwoTexts = "T. : t {S}\nU. : u {S}\n";
 
 TEST(DataSection, RowsBecomeCurves)
 {
-    const struct {
-        std::string text;
-        ELASFILEERROR result;
-        std::string last;  // the last section read, or all behind the Curve section
-    } cases[] = {
+    const struct { std::string text; ELASFILEERROR result; std::string last; } cases[] = {  // all behind Curve
         // Numeric or text by the format of the definition; "{}" is no numeric format.
-        {Las20Head("DEPT.M : d {F}\nNAME. : n {S}\nN.M : n {i5}\nE. : e {}\nX. : x {E}\n") +
-             "~A  ignored words\n1.5 abc 3 4 5e2\n",
+        {Las20Head("DEPT.M : d {F}\nNAME. : n {S}\nN.M : n {i5}\nE. : e {}\nX. : x {E}\n") + "~A  ignored words\n1.5 abc 3 4 5e2\n",
          LASFILE_OK, "A:2/16|Curve{1.5;\"abc\";3;\"4\";500}"},
         // Short and long rows; a line of tabs is a row; atof of a bad number is 0.
         {Las20Head(kThree) + "~A\n1.0 2.0\n1 2 3 4\n \t 7\t\t8   9\n#c\nx 1e 0x10\n\t\n", LASFILE_OK,
@@ -477,10 +437,8 @@ TEST(DataSection, NumbersCutWhileConvertedEqualAtofOfTheToken)
             EXPECT_EQ(std::memcmp(&want, &got, sizeof got), 0) << token;
         }
     }
-    EXPECT_EQ(LastSection(Las30Head(kThree, ".") + "~Log_Data\n1.5.2\n").m_curves[1].m_numbers,
-              Numbers{5});
-    EXPECT_EQ(LastSection(Las30Head(kThree, "E") + "~Log_Data\n1E5E2\n").m_curves[0].m_numbers,
-              Numbers{1});
+    EXPECT_EQ(LastSection(Las30Head(kThree, ".") + "~Log_Data\n1.5.2\n").m_curves[1].m_numbers, Numbers{5});
+    EXPECT_EQ(LastSection(Las30Head(kThree, "E") + "~Log_Data\n1E5E2\n").m_curves[0].m_numbers, Numbers{1});
 }
 
 // A host in a locale with a decimal comma still reads "1.5" as 1.5.
@@ -497,8 +455,7 @@ TEST(DataSection, NumbersIgnoreTheHostLocale)
 
 const std::string kFile = Las20Head("D.M : d\n") + "~Parameter\nP.M 1 : p\n~A\n1\n2\n";
 
-// The caught exception as "module:file:code:message", or "" when nothing
-// was thrown.
+// The caught exception as "module:file:code:message", or "" when none was thrown.
 template <typename Call>
 std::string Thrown(Call call)
 {
@@ -578,20 +535,12 @@ TEST(ReaderAccess, ReferencesAndPointersThrowWhenThereIsNothing)
     EXPECT_EQ(Thrown([&] { reader.GetWellHeadersPtr(); }), internal);
     EXPECT_EQ(Thrown([&] { reader.GetSection(1ull); }), range);
     EXPECT_EQ(Thrown([&] { reader.GetVersionHeaders(); }), "");
-}
-
-TEST(ReaderAccess, SharedPointersOutliveTheReader)
-{
-    std::shared_ptr<CLasSection> kept;
-    {
-        CLasReader reader;
-        ASSERT_EQ(OpenText(reader, kFile), LASFILE_OK);
-        kept = reader.GetSectionPtr(4);
-        kept->m_name = "Changed";
-        EXPECT_EQ(reader.GetSection(4ull).m_name, "Changed");
-        reader.Close();
-        EXPECT_TRUE(reader.empty());
-    }
+    // A shared pointer outlives the reader's hold on its section.
+    ASSERT_EQ(OpenText(reader, kFile), LASFILE_OK);
+    std::shared_ptr<CLasSection> kept = reader.GetSectionPtr(4);
+    kept->m_name = "Changed";
+    EXPECT_EQ(reader.GetSection(4ull).m_name, "Changed");
+    reader.Close();
     EXPECT_EQ(Dump(*kept), "Changed:2/16|Curve{1,2}");
 }
 
@@ -603,30 +552,22 @@ std::string File(const char* step, const std::string& rows, const char* curves =
 TEST(Stepping, DepthsAgainstTheStep)
 {
     const std::string core = "~Core_Definition\nDEPT.M : d\n~Core_Data\n1\n7\n";
-    const struct {
-        std::string text;
-        ELASFILEERROR opened;  // a data header as the last line reads as LASFILE_IO_FAILED
-        ELASFILEERROR result;
-    } cases[] = {
-        {File("0.5", "1.0\n1.5\n2.0\n"), LASFILE_OK, LASFILE_OK},
-        {File("0.5", "1.0\n1.5\n2.1\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
-        {File("-0.5", "2.0\n1.5\n1.0\n"), LASFILE_OK, LASFILE_OK},
-        {File("0.5", "2.0\n1.5\n1.0\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
+    // A data header as the last line opens as LASFILE_IO_FAILED.
+    const struct { std::string text; ELASFILEERROR opened; ELASFILEERROR result; } cases[] = {
+        {File("0.5", "1.0\n1.5\n2.0\n"), LASFILE_OK, LASFILE_OK}, {File("0.5", "1.0\n1.5\n2.1\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
+        {File("-0.5", "2.0\n1.5\n1.0\n"), LASFILE_OK, LASFILE_OK}, {File("0.5", "2.0\n1.5\n1.0\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
         {File("0", "3\n3\n3\n"), LASFILE_OK, LASFILE_OK}, {File("0", "3\n3\n4\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
         {File("abc", "3\n4\n"), LASFILE_OK, LASFILE_BAD_FORMAT}, {File("1", "5\n"), LASFILE_OK, LASFILE_OK},
         {File("1", ""), LASFILE_IO_FAILED, LASFILE_OK},
         // Within the absolute tolerance of 1e-7.
-        {File("1", "0\n1.00000005\n"), LASFILE_OK, LASFILE_OK},
-        {File("1", "0\n1.0000002\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
-        // The depth column: M__DEPTH before DEPTH, any case, else column 0;
-        // a text column fails.
+        {File("1", "0\n1.00000005\n"), LASFILE_OK, LASFILE_OK}, {File("1", "0\n1.0000002\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
+        // The depth column: M__DEPTH before DEPTH, any case, else column 0; a text column fails.
         {File("1", "7 0 5\n9 0 6\n", "GR.API : g\nDEPTH.M : d\nM__DEPTH.M : m\n"), LASFILE_OK, LASFILE_OK},
         {File("1", "7 5\n9 6\n", "GR.API : g\nDepth.M : d\n"), LASFILE_OK, LASFILE_OK},
         {File("1", "1 9\n2 0\n", "GR.API : g\nX.M : x\n"), LASFILE_OK, LASFILE_OK},
         {File("1", "a\nb\n", "DEPT.M : d {S}\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
         {File("1", "", "DEPT.M : d {S}\n"), LASFILE_IO_FAILED, LASFILE_BAD_FORMAT},
-        // Only log data is tested; a log data section without curves is
-        // passed over, and so is a file without log data.
+        // Only log data is tested; one without curves is passed over, and so is a file without it.
         {File("1", "1\n2\n") + core, LASFILE_OK, LASFILE_OK}, {File("1", "1 2\n9 9\n", ""), LASFILE_OK, LASFILE_OK},
         {"~V\nVERS. 2.0 : v\n~W\nSTEP.M 1 : s\n", LASFILE_OK, LASFILE_OK},
         // Too few sections, no STEP; after a failed read what was read is tested.

@@ -1,8 +1,6 @@
-// Every file of the shared corpus opens without crash, hang or leak, and
-// gives the result code and section count recorded in
-// tests/data/corpus_results.txt, so that any change of behaviour shows.
-// With QUARL_WRITE_CORPUS_RESULTS=1 in the environment the table is printed
-// to standard output instead of being compared.
+// Every file of the shared corpus opens without crash, hang or leak, with the
+// result code and section count in tests/data/corpus_results.txt, so that any
+// change of behaviour shows. QUARL_WRITE_CORPUS_RESULTS=1 prints the table.
 #include <gtest/gtest.h>
 
 #include <cstdlib>

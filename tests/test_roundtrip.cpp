@@ -13,15 +13,8 @@
 #include "examples/common/las_tools.h"
 #include "support/writer_access.h"
 
-namespace quarl {
+namespace quarl::test {
 namespace {
-
-using test::Data;
-using test::Numbers;
-using test::Param;
-using test::ReadFileBytes;
-using test::Section;
-using test::Texts;
 
 std::string G(double v, const char* format = "%.17g")
 {
@@ -117,7 +110,7 @@ TEST(RoundTrip, WrittenFilesReadBackWholeAndAreStable)
     for (const auto& [isLas3, delimiter] : {std::pair{false, ' '}, {true, ' '}, {true, '\t'}, {true, ','}}) {
         SCOPED_TRACE(std::string("delimiter ") + delimiter);
         const std::vector<CLasSection>& given = isLas3 ? las3 : las2;
-        test::TempDir dir;
+        TempDir dir;
         CLasWriter writer;
         ASSERT_EQ(writer.SetFormat(isLas3, delimiter), LASFILE_OK);
         for (const CLasSection& s : given) ASSERT_EQ(writer.AddSection(s), LASFILE_OK) << s.m_name;
@@ -148,9 +141,9 @@ constexpr int kMinimumCorpusRoundTrips = 70;
 
 TEST(RoundTrip, CorpusAndSamplesSurviveConversion)
 {
-    const std::vector<std::string> files = test::CorpusFiles();
-    if (files.empty()) GTEST_SKIP() << "no corpus at " << test::CorpusDir();
-    test::TempDir dir;
+    const std::vector<std::string> files = CorpusFiles();
+    if (files.empty()) GTEST_SKIP() << "no corpus at " << CorpusDir();
+    TempDir dir;
     const std::string out = dir.File("out.las");
     // Real files often give a STOP or STEP their depths do not follow, which
     // the writer refuses: the range is taken from the data, values untouched.
@@ -181,9 +174,9 @@ TEST(RoundTrip, CorpusAndSamplesSurviveConversion)
     // The bundled LAS 3.0 sample, text column and all, with the comma.
     options.toLas3 = true;
     options.delimiter = ',';
-    ASSERT_EQ(examples::ConvertFile(test::SampleFile("sample_las30.las"), out, options).code, LASFILE_OK);
-    EXPECT_EQ(Values(out, "%.15g"), Values(test::SampleFile("sample_las30.las"), "%.15g"));
+    ASSERT_EQ(examples::ConvertFile(SampleFile("sample_las30.las"), out, options).code, LASFILE_OK);
+    EXPECT_EQ(Values(out, "%.15g"), Values(SampleFile("sample_las30.las"), "%.15g"));
 }
 
 }  // namespace
-}  // namespace quarl
+}  // namespace quarl::test

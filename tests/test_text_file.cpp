@@ -1,7 +1,6 @@
 // CTextFile against a model of lines, the 1024-byte blocks, the percentage,
 // 64-bit sizes, the line store's growth and failures, closed objects and
 // operator=.
-#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -29,14 +28,7 @@ std::string Exact(double v)
     return text;
 }
 
-int OpenDescriptorCount()
-{
-    int count = 0;
-    DIR* dir = opendir("/proc/self/fd");
-    while (dir && readdir(dir)) ++count;
-    if (dir) closedir(dir);
-    return count;
-}
+size_t OpenDescriptorCount() { return test::FolderEntries("/proc/self/fd").size(); }
 
 // Every line, line count and percentage against the model: lines split at
 // line feeds, carriage returns removed, a last line without line feed
@@ -150,7 +142,7 @@ TEST(TextFile, ClosedReopenedAndFailedObjects)
     TempDir dir;
     const std::string first = dir.Write("a", "first\n2\n"), second = dir.Write("b", "second\n");
     CTextFile file;
-    const int before = OpenDescriptorCount();
+    const size_t before = OpenDescriptorCount();
     for (int round = 0; round < 3; ++round) {  // new, closed after a read, closed twice
         EXPECT_TRUE(!file.IsOpen() && !file.GetLine() && file.ReadLine() == LASFILE_IO_FAILED && file.GetLineCount() == 0 &&
                     file.GetFilename() == "") << round;
@@ -186,7 +178,7 @@ TEST(TextFile, AssignmentNeverSharesAStreamOrLineStore)
     TempDir dir;
     std::string bytes;
     for (int i = 0; i < 300; ++i) bytes += "line " + std::to_string(1000 + i) + "\n";  // 10 bytes each
-    const int before = OpenDescriptorCount();
+    const size_t before = OpenDescriptorCount();
     CTextFile source;
     ASSERT_EQ(source.Open(dir.Write("a", bytes)), LASFILE_OK);
     {

@@ -1,21 +1,14 @@
-// The writer: format choice, the last-error record, AddSection and its
-// rules, Reset and assignment, Validate, the Well section completion and
-// the order of the sections in the file.
+// The writer: format, the last-error record, AddSection and its rules, Reset
+// and assignment, Validate, the Well section completion, the section order.
 #include <gtest/gtest.h>
 
 #include "support/writer_access.h"
 
-namespace quarl {
+namespace quarl::test {
 namespace {
 
 using detail::WriterAccess;
-using test::Data;
-using test::Numbers;
-using test::Param;
-using test::Record;
-using test::Section;
-using test::Texts;
-using Names = std::vector<std::string>;
+using List = std::vector<std::string>;
 
 std::string Format(const CLasWriter& w) { return std::string(WriterAccess::IsLas3(w) ? "3" : "2") + WriterAccess::Delimiter(w); }
 
@@ -81,7 +74,7 @@ TEST(WriterFrame, ShortLas2NamesAreExpandedAfterTheDuplicateTest)
     ASSERT_EQ(w.AddSection(Section("W", LASSECTION_HEADER)), LASFILE_OK);
     ASSERT_EQ(w.AddSection(Section("l", LASSECTION_DATA)), LASFILE_OK);
     ASSERT_EQ(w.AddSection(Section("W", LASSECTION_HEADER)), LASFILE_OK);  // compared with "Well"
-    EXPECT_EQ(test::Names(w), (std::vector<std::string>{"Well", "ASCII", "Well"}));
+    EXPECT_EQ(Names(w), (List{"Well", "ASCII", "Well"}));
     for (const auto& [name, index] : std::vector<std::pair<const char*, int32_t>>{
              {"WELL", 0}, {"ascii", 1}, {"", -1}, {nullptr, -1}, {"Wel", -1}})
         EXPECT_EQ(WriterAccess::FindSectionIndexByName(w, name), index) << (name ? name : "null");
@@ -110,6 +103,21 @@ TEST(WriterFrame, ResetAndAssignment)
     EXPECT_EQ(Format(a), "2 ");
     EXPECT_EQ(Record(a), "0 - - -1 -1");
     EXPECT_EQ(a.SetFormat(true, ','), LASFILE_OK);
+
+    // The duplicate test after each way the sections change.
+    const CLasSection extra = Section("Extra_Parameter", LASSECTION_PARAMETER);
+    ASSERT_EQ(a.AddSection(extra), LASFILE_OK);
+    EXPECT_EQ(a.AddSection(extra), LASFILE_DUPLICATE_SECTION);
+    a.Validate();  // appends "Well"
+    EXPECT_EQ(a.AddSection(Section("WELL", LASSECTION_PARAMETER)), LASFILE_DUPLICATE_SECTION);
+    a.Reset();
+    ASSERT_EQ(a.SetFormat(true, ','), LASFILE_OK);
+    EXPECT_EQ(a.AddSection(extra), LASFILE_OK);
+    CLasWriter other;  // LAS 2.0 stores "W" as "Well"
+    ASSERT_EQ(other.AddSection(Section("W", LASSECTION_PARAMETER)), LASFILE_OK);
+    a = other;  // the same number of sections, other names
+    EXPECT_EQ(a.AddSection(Section("well", LASSECTION_PARAMETER)), LASFILE_DUPLICATE_SECTION);
+    EXPECT_EQ(a.AddSection(Section("Parameter", LASSECTION_PARAMETER)), LASFILE_OK);
 }
 
 TEST(WriterRules, SectionNamesOfEachVersion)
@@ -131,8 +139,8 @@ TEST(WriterRules, SectionNamesOfEachVersion)
     CLasWriter w;
     for (const char* name : {"A", "p", "o", "d", "c", "well", "LOG"})
         ASSERT_EQ(w.AddSection(Section(name, LASSECTION_PARAMETER)), LASFILE_OK);
-    EXPECT_EQ(test::Names(w),
-              (std::vector<std::string>{"ASCII", "Parameter", "Other", "Downhole", "Curve", "well", "LOG"}));
+    EXPECT_EQ(Names(w),
+              (List{"ASCII", "Parameter", "Other", "Downhole", "Curve", "well", "LOG"}));
     for (const char* unchanged : {"X", "", "WW"}) {
         std::string name = unchanged;
         WriterAccess::GetLAS2FullSectionName(w, name);
@@ -142,11 +150,7 @@ TEST(WriterRules, SectionNamesOfEachVersion)
 
 TEST(WriterRules, DataSections)
 {
-    const struct {
-        bool las3;
-        std::vector<CLasCurve> curves;
-        std::string record;
-    } cases[] = {
+    const struct { bool las3; std::vector<CLasCurve> curves; std::string record; } cases[] = {
         {false, {Numbers({1}), Texts({"a"})}, "7 ASCII - 1 -1"},  // text only in LAS 3.0
         {true, {Numbers({1}), Texts({"a"})}, "0 - - -1 -1"}, {false, {Texts({"a"}), Numbers({1})}, "7 ASCII - 0 -1"},
         {true, {Texts({"a"}), Numbers({1})}, "7 Log_Data - 0 -1"},  // the first column is numeric
@@ -168,11 +172,7 @@ TEST(WriterRules, DataSections)
 
 TEST(WriterRules, ParameterFieldsAndPassOrder)
 {
-    const struct {
-        bool las3;
-        std::vector<CLasParam> params;
-        std::string record;
-    } cases[] = {
+    const struct { bool las3; std::vector<CLasParam> params; std::string record; } cases[] = {
         {true, {Param("A.B", "", "", "")}, "10 Tops A.B -1 -1"}, {true, {Param("M", "k g", "", "")}, "10 Tops M -1 -1"},
         {false, {Param("V", "", "1{", "")}, "10 Other V -1 -1"},
         {false, {Param("V", "", "}", "")}, "10 Other V -1 -1"},
@@ -245,102 +245,52 @@ TEST(Validate, CreatesLinksAndTestsTheDocument)
     EXPECT_EQ(Validated(true, {Data("Log_Data", {})}).substr(0, 6), "0 - -1");
 }
 
-CLasSection Typed(const std::string& name)
+// A section of the type its name suggests; "name|link" sets the association.
+CLasSection Typed(const std::string& text)
 {
+    const std::string name = text.substr(0, text.find('|'));
     ELASSECTIONTYPE type = LASSECTION_PARAMETER;
-    if (name.find("Data") != std::string::npos || name == "ASCII" || name == "LOG" || name == "Core")
-        type = LASSECTION_DATA;
+    if (name.find("Data") != std::string::npos || name == "ASCII" || name == "LOG" || name == "Core") type = LASSECTION_DATA;
     if (name.find("Definition") != std::string::npos || name == "Curve") type = LASSECTION_DEFINITION;
-    return test::Section(name, type);
+    return Section(name, type, {}, text.find('|') == std::string::npos ? "" : text.substr(text.find('|') + 1));
 }
 
-// Stores the sections as given and sorts them.
-ELASFILEERROR Sort(bool las3, const Names& names, Names* sorted)
+TEST(SortSections, OrderOfEachVersion)
 {
-    CLasWriter w;
-    w.SetFormat(las3, ' ');
-    for (const std::string& name : names) WriterAccess::Sections(w).push_back(Typed(name));
-    const ELASFILEERROR result = WriterAccess::SortSections(w);
-    *sorted = test::Names(w);
-    if (result == LASFILE_OK) {
-        EXPECT_EQ(WriterAccess::SortSections(w), LASFILE_OK);
-        EXPECT_EQ(test::Names(w), *sorted);  // sorting twice changes nothing
+    const struct { bool las3; List given; List sorted; } cases[] = {  // empty: refused, nothing moved
+        {false, {"ASCII", "Other", "Curve", "Well", "Parameter"}, {"Well", "Parameter", "Curve", "Other", "ASCII"}},
+        {false, {"ASCII", "Downhole", "LOG", "curve", "Other", "WELL", "Well"},
+         {"WELL", "curve", "Downhole", "LOG", "Other", "Well", "ASCII"}},
+        {false, {"ASCII", "LOG"}, {"LOG", "ASCII"}},
+        {false, {"ASCII|ascii", "Other"}, {"Other", "ASCII"}},  // main data linked to itself: placed once
+        {true, {"Log_Data", "Log_Definition", "Core_Data", "Tops_Parameter", "Well", "Core_Definition", "Core_Parameter", "Log_Parameter"},
+         {"Well", "Core_Parameter", "Core_Definition", "Core_Data", "Tops_Parameter", "Log_Parameter", "Log_Definition", "Log_Data"}},
+        // A single data section is never grouped, whatever its name.
+        {true, {"Core_Data", "Core_Parameter", "Other_Stuff"}, {"Core_Data", "Core_Parameter", "Other_Stuff"}},
+        // Indexed data sections share the parameter section of their base.
+        {true, {"ASCII", "Core_Parameter[1]", "Core_Data[2]", "Core_Data[1]", "Core_Parameter", "Core_Definition"},
+         {"Core_Parameter", "Core_Definition", "Core_Data[2]", "Core_Data[1]", "Core_Parameter[1]", "ASCII"}},
+        {true, {"Log_Data", "Log_Data[2]"}, {"Log_Data[2]", "Log_Data"}},  // a secondary data section
+        // Definitions are found by link, else by base name.
+        {true, {"Shared", "A_Data|Shared", "B_Data|Shared", "Log_Data", "Log_Definition", "Curve", "C_Data|Curve"},
+         {"Curve", "Shared", "A_Data", "B_Data", "C_Data", "Log_Definition", "Log_Data"}},
+        {true, {"Tops", "ASCII", "Well", "Core_Data", "Log_Data", "Core_Definition"}, {}},  // two log data names
+        {true, {"LOG", "Log_Data"}, {}},
+        {false, {}, {}},
+    };
+    for (const auto& c : cases) {
+        CLasWriter w;
+        w.SetFormat(c.las3, ' ');
+        for (const std::string& name : c.given) WriterAccess::Sections(w).push_back(Typed(name));
+        const List stored = Names(w);
+        const bool refused = c.sorted.empty() && !c.given.empty();
+        ASSERT_EQ(WriterAccess::SortSections(w), refused ? LASFILE_BAD_FORMAT : LASFILE_OK) << stored.size();
+        EXPECT_EQ(Names(w), refused ? stored : c.sorted);
+        EXPECT_EQ(Record(w), refused ? "3 - - -1 -1" : "0 - - -1 -1");
+        if (refused) continue;
+        EXPECT_EQ(WriterAccess::SortSections(w), LASFILE_OK);  // sorting twice changes nothing
+        EXPECT_EQ(Names(w), c.sorted);
     }
-    return result;
-}
-
-TEST(SortSections, Las2Order)
-{
-    Names out;
-    ASSERT_EQ(Sort(false, {"ASCII", "Other", "Curve", "Well", "Parameter"}, &out), LASFILE_OK);
-    EXPECT_EQ(out, (Names{"Well", "Parameter", "Curve", "Other", "ASCII"}));
-    ASSERT_EQ(Sort(false, {"ASCII", "Downhole", "LOG", "curve", "Other", "WELL", "Well"}, &out), LASFILE_OK);
-    EXPECT_EQ(out, (Names{"WELL", "curve", "Downhole", "LOG", "Other", "Well", "ASCII"}));
-    ASSERT_EQ(Sort(false, {}, &out), LASFILE_OK);
-}
-
-TEST(SortSections, Las3Groups)
-{
-    Names out;
-    ASSERT_EQ(Sort(true, {"Log_Data", "Log_Definition", "Core_Data", "Tops_Parameter", "Well", "Core_Definition",
-                          "Core_Parameter", "Log_Parameter"},
-                   &out),
-              LASFILE_OK);
-    EXPECT_EQ(out, (Names{"Well", "Core_Parameter", "Core_Definition", "Core_Data", "Tops_Parameter",
-                          "Log_Parameter", "Log_Definition", "Log_Data"}));
-    // A single data section is never grouped, whatever its name.
-    ASSERT_EQ(Sort(true, {"Core_Data", "Core_Parameter", "Other_Stuff"}, &out), LASFILE_OK);
-    EXPECT_EQ(out, (Names{"Core_Data", "Core_Parameter", "Other_Stuff"}));
-    // Indexed data sections share the parameter section of their base.
-    ASSERT_EQ(Sort(true, {"ASCII", "Core_Parameter[1]", "Core_Data[2]", "Core_Data[1]", "Core_Parameter",
-                          "Core_Definition"},
-                   &out),
-              LASFILE_OK);
-    EXPECT_EQ(out, (Names{"Core_Parameter", "Core_Definition", "Core_Data[2]", "Core_Data[1]",
-                          "Core_Parameter[1]", "ASCII"}));
-    // Log_Data[2] is a secondary data section.
-    ASSERT_EQ(Sort(true, {"Log_Data", "Log_Data[2]"}, &out), LASFILE_OK);
-    EXPECT_EQ(out, (Names{"Log_Data[2]", "Log_Data"}));
-}
-
-TEST(SortSections, TwoLogDataNamesFailAndLoseNothing)
-{
-    const Names given = {"Tops", "ASCII", "Well", "Core_Data", "Log_Data", "Core_Definition"};
-    Names out;
-    CLasWriter w;
-    w.SetFormat(true, ' ');
-    for (const std::string& name : given) WriterAccess::Sections(w).push_back(Typed(name));
-    EXPECT_EQ(WriterAccess::SortSections(w), LASFILE_BAD_FORMAT);
-    EXPECT_EQ(w.GetLastErrorSection(), nullptr);
-    EXPECT_EQ(w.GetLastErrorColumn(), -1);
-    EXPECT_EQ(test::Names(w), given);
-    EXPECT_EQ(Sort(false, {"ASCII", "LOG"}, &out), LASFILE_OK);
-    EXPECT_EQ(Sort(true, {"LOG", "Log_Data"}, &out), LASFILE_BAD_FORMAT);
-}
-
-TEST(SortSections, DefinitionsFoundByLinkOrBaseName)
-{
-    CLasWriter w;
-    w.SetFormat(true, ' ');
-    auto& sections = WriterAccess::Sections(w);
-    for (const char* name : {"Shared", "A_Data", "B_Data", "Log_Data", "Log_Definition", "Curve", "C_Data"})
-        sections.push_back(Typed(name));
-    sections[1].m_association = "Shared";
-    sections[2].m_association = "Shared";
-    sections[6].m_association = "Curve";
-    ASSERT_EQ(WriterAccess::SortSections(w), LASFILE_OK);
-    EXPECT_EQ(test::Names(w), (Names{"Curve", "Shared", "A_Data", "B_Data", "C_Data", "Log_Definition", "Log_Data"}));
-}
-
-TEST(SortSections, MainDataLinkedToItselfIsPlacedOnce)
-{
-    CLasWriter w;
-    auto& sections = WriterAccess::Sections(w);
-    sections.push_back(Typed("ASCII"));
-    sections.push_back(Typed("Other"));
-    sections[0].m_association = "ascii";
-    ASSERT_EQ(WriterAccess::SortSections(w), LASFILE_OK);
-    EXPECT_EQ(test::Names(w), (Names{"Other", "ASCII"}));
 }
 
 // Runs FillWellSection `runs` times on a Well section and an "ASCII" section
@@ -415,4 +365,4 @@ TEST(WellCompletion, MissingSections)
 }
 
 }  // namespace
-}  // namespace quarl
+}  // namespace quarl::test

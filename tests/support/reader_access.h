@@ -1,11 +1,10 @@
-// The test suite's window on the private operations and fields of
-// CLasReader, and helpers that read a LAS text through a scratch file.
+// The tests' window on CLasReader's private parts, helpers that read a LAS
+// text through a scratch file, and a text form of what was read.
 #ifndef QUARL_TESTS_READER_ACCESS_H
 #define QUARL_TESTS_READER_ACCESS_H
 
 #include <memory>
 #include <sstream>
-#include <string>
 
 #include <quarl/reader.h>
 
@@ -14,30 +13,26 @@
 namespace quarl::detail {
 
 struct ReaderAccess {
-    static ELASFILEERROR ParseParameterLine(const CLasReader& reader, const char* line, CLasParam& param)
+    static ELASFILEERROR ParseParameterLine(const CLasReader& r, const char* line, CLasParam& param)
     {
-        return reader.ParseParameterLine(line, param);
+        return r.ParseParameterLine(line, param);
     }
-    static int32_t FindSectionIndexByName(const CLasReader& reader, const char* name)
+    static int32_t FindSectionIndexByName(const CLasReader& r, const char* name) { return r.FindSectionIndexByName(name); }
+    static int32_t FindDefinition(const CLasReader& r, const char* name, std::string* found)
     {
-        return reader.FindSectionIndexByName(name);
+        return r.FindDefinitionSectionForDataSection(name, found);
     }
-    static int32_t FindDefinition(const CLasReader& reader, const char* name, std::string* found)
+    static void AddSection(CLasReader& r, const std::string& name)
     {
-        return reader.FindDefinitionSectionForDataSection(name, found);
+        r.m_sections.push_back(std::make_shared<CLasSection>());
+        r.m_sections.back()->m_name = name;
+        r.m_sections.back()->m_type = LASSECTION_DEFINITION;
     }
-    static void AddSection(CLasReader& reader, const std::string& name)
-    {
-        auto section = std::make_shared<CLasSection>();
-        section->m_name = name;
-        section->m_type = LASSECTION_DEFINITION;
-        reader.m_sections.push_back(section);
-    }
-    static void SetLas3(CLasReader& reader, bool isLas3) { reader.m_isLas3 = isLas3; }
+    static void SetLas3(CLasReader& r, bool isLas3) { r.m_isLas3 = isLas3; }
     // "3 W ," for LAS 3.0, wrapped, comma; "2 - " for LAS 2.0, unwrapped, blank.
-    static std::string Format(const CLasReader& reader)
+    static std::string Format(const CLasReader& r)
     {
-        return std::string(reader.m_isLas3 ? "3 " : "2 ") + (reader.m_isWrapped ? "W " : "- ") + reader.m_delimiter;
+        return std::string(r.m_isLas3 ? "3 " : "2 ") + (r.m_isWrapped ? "W " : "- ") + r.m_delimiter;
     }
 };
 
@@ -47,17 +42,17 @@ namespace quarl::test {
 
 using Access = detail::ReaderAccess;
 
-// Writes `text` to a scratch file and opens it with `reader`. The reader
-// keeps what it read after the scratch folder is gone.
+// Writes `text` to a scratch file and opens it with `reader`, which keeps
+// what it read after the file is gone.
 inline ELASFILEERROR OpenText(CLasReader& reader, const std::string& text)
 {
     TempDir dir;
     return reader.Open(tessel::TxString(dir.Write("t.las", text)));
 }
 
-// One section as text: "name:type", "/flags" when there are any, with the number of parameter lines in
-// parentheses, or for a data section its association and the values of
-// each curve, "Log_Data:2|Log_Definition{1,2;a,b}". Text values are quoted.
+// A section as "name:type", "/flags" when there are any, and the number of
+// parameter lines in parentheses, or for a data section its association and
+// the values of each curve: "Log_Data:2|Log_Definition{1,2;"a","b"}".
 inline std::string Dump(const CLasSection& s)
 {
     std::ostringstream out;
@@ -70,14 +65,10 @@ inline std::string Dump(const CLasSection& s)
     out << '|' << s.m_association << '{';
     for (size_t c = 0; c < s.m_curves.size(); ++c) {
         out << (c ? ";" : "");
-        const CLasCurve& curve = s.m_curves[c];
-        for (int32_t r = 0; r < curve.size(); ++r) {
+        for (size_t r = 0; r < static_cast<size_t>(s.m_curves[c].size()); ++r) {
             out << (r ? "," : "");
-            if (curve.m_isNumeric) {
-                out << curve.m_numbers[static_cast<size_t>(r)];
-            } else {
-                out << '"' << curve.m_strings[static_cast<size_t>(r)] << '"';
-            }
+            if (s.m_curves[c].m_isNumeric) out << s.m_curves[c].m_numbers[r];
+            else out << '"' << s.m_curves[c].m_strings[r] << '"';
         }
     }
     out << '}';
@@ -88,21 +79,18 @@ inline std::string Dump(const CLasSection& s)
 inline std::string Dump(const CLasReader& reader, size_t first = 0)
 {
     std::string text;
-    for (size_t i = first; i < reader.size(); ++i)
-        text += (text.empty() ? "" : " ") + Dump(reader.GetSection(static_cast<uint64_t>(i)));
+    for (size_t i = first; i < reader.size(); ++i) text += (text.empty() ? "" : " ") + Dump(reader.GetSection(uint64_t{i}));
     return text;
 }
 
-// The head of a LAS 2.0 file: Version (with `wrap` and `extra` lines), Well
-// and Curve sections with the given mnemonic lines.
+// A LAS 2.0 head: Version (with `wrap` and `extra` lines), Well, and Curve with `curves`.
 inline std::string Las20Head(const std::string& curves, const char* wrap = "NO", const std::string& extra = "")
 {
     return std::string("~Version\nVERS. 2.0 : v\nWRAP. ") + wrap + " : w\n" + extra +
            "~Well\nSTRT.M 1 : s\nSTOP.M 3 : s\nSTEP.M 1 : s\n~Curve\n" + curves;
 }
 
-// The head of a LAS 3.0 file with the given delimiter word and a
-// Log_Definition section.
+// A LAS 3.0 head with the delimiter word `dlm` and Log_Definition with `definitions`.
 inline std::string Las30Head(const std::string& definitions, const char* dlm = "SPACE", const char* wrap = "NO")
 {
     return std::string("~Version\nVERS. 3.0 : v\nWRAP. ") + wrap + " : w\nDLM. " + dlm +

@@ -1,117 +1,79 @@
 #include "support/test_util.h"
 
-#include <dirent.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
 #include "foundation/line_store.h"
 
+namespace fs = std::filesystem;
+
 namespace quarl::test {
 
 namespace {
 
-void RemoveTree(const std::string& path)
-{
-    if (DIR* dir = opendir(path.c_str())) {
-        while (dirent* entry = readdir(dir)) {
-            const std::string name = entry->d_name;
-            if (name == "." || name == "..") continue;
-            const std::string child = path + "/" + name;
-            struct stat st {};
-            if (lstat(child.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
-                RemoveTree(child);
-            } else {
-                unlink(child.c_str());
-            }
-        }
-        closedir(dir);
-    }
-    rmdir(path.c_str());
-}
-
-int g_failAt = 0;
-int g_failCount = 0;
-int g_calls = 0;
+int g_failAt = 0, g_failCount = 0, g_calls = 0;
 
 void* FailingAlloc(size_t bytes)
 {
     ++g_calls;
-    if (g_calls >= g_failAt && g_calls < g_failAt + g_failCount) return nullptr;
-    return std::malloc(bytes);
+    return g_calls >= g_failAt && g_calls < g_failAt + g_failCount ? nullptr : std::malloc(bytes);
 }
 
 }  // namespace
 
 TempDir::TempDir()
 {
-    const char* base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base && *base ? base : "/tmp") + "/quarl-test-XXXXXX";
-    std::vector<char> buffer(pattern.begin(), pattern.end());
-    buffer.push_back('\0');
-    if (!mkdtemp(buffer.data())) throw std::runtime_error("mkdtemp failed");
-    m_path = buffer.data();
+    std::string pattern = (fs::temp_directory_path() / "quarl-test-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
+    m_path = pattern;
 }
 
 TempDir::~TempDir()
 {
-    RemoveTree(m_path);
+    std::error_code ignored;
+    fs::remove_all(m_path, ignored);
 }
 
 std::string TempDir::Write(const std::string& name, const std::string& bytes) const
 {
-    const std::string path = File(name);
-    std::ofstream out(path, std::ios::binary);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    return path;
+    std::ofstream(File(name), std::ios::binary) << bytes;
+    return File(name);
 }
 
 std::string ReadFileBytes(const std::string& path)
 {
-    std::ifstream in(path, std::ios::binary);
     std::ostringstream all;
-    all << in.rdbuf();
+    all << std::ifstream(path, std::ios::binary).rdbuf();
     return all.str();
 }
 
-bool FileExists(const std::string& path)
+bool FileExists(const std::string& path) { return fs::exists(path); }
+
+std::vector<std::string> FolderEntries(const std::string& path)
 {
-    struct stat st {};
-    return stat(path.c_str(), &st) == 0;
+    std::vector<std::string> names;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(path, error)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
-std::string CorpusDir()
-{
-    return QUARL_CORPUS_DIR;
-}
+std::string CorpusDir() { return QUARL_CORPUS_DIR; }
 
 std::vector<std::string> CorpusFiles()
 {
     std::vector<std::string> files;
-    if (DIR* dir = opendir(CorpusDir().c_str())) {
-        while (dirent* entry = readdir(dir)) {
-            const std::string name = entry->d_name;
-            if (name.size() > 4 && (name.substr(name.size() - 4) == ".las" ||
-                                    name.substr(name.size() - 4) == ".LAS")) {
-                files.push_back(CorpusDir() + "/" + name);
-            }
-        }
-        closedir(dir);
-    }
-    std::sort(files.begin(), files.end());
+    for (const std::string& name : FolderEntries(CorpusDir()))
+        if (name.size() > 4 && (name.compare(name.size() - 4, 4, ".las") == 0 || name.compare(name.size() - 4, 4, ".LAS") == 0))
+            files.push_back(CorpusDir() + "/" + name);
     return files;
 }
 
-std::string SampleFile(const std::string& name)
-{
-    return std::string(QUARL_SAMPLE_DIR) + "/" + name;
-}
+std::string SampleFile(const std::string& name) { return std::string(QUARL_SAMPLE_DIR) + "/" + name; }
 
 FailingLineStore::FailingLineStore(int failAt, int count)
 {
@@ -121,14 +83,8 @@ FailingLineStore::FailingLineStore(int failAt, int count)
     detail::g_lineStoreAlloc = &FailingAlloc;
 }
 
-FailingLineStore::~FailingLineStore()
-{
-    detail::g_lineStoreAlloc = &std::malloc;
-}
+FailingLineStore::~FailingLineStore() { detail::g_lineStoreAlloc = &std::malloc; }
 
-int FailingLineStore::calls() const
-{
-    return g_calls;
-}
+int FailingLineStore::calls() const { return g_calls; }
 
 }  // namespace quarl::test

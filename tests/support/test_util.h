@@ -1,10 +1,8 @@
-// Helpers shared by the test programs: scratch files and folders, reading a
-// file back, the shared corpus, and a line store allocator that fails on
-// purpose.
+// Helpers shared by the test programs: scratch folders, files read back, the
+// shared corpus, and a line store allocator that fails on purpose.
 #ifndef QUARL_TESTS_TEST_UTIL_H
 #define QUARL_TESTS_TEST_UTIL_H
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -19,9 +17,9 @@ public:
     TempDir& operator=(const TempDir&) = delete;
 
     const std::string& path() const { return m_path; }
-    // Writes `bytes` to a file of that name in the folder; returns its path.
-    std::string Write(const std::string& name, const std::string& bytes) const;
     std::string File(const std::string& name) const { return m_path + "/" + name; }
+    // Writes `bytes` to the file `name` in the folder; returns its path.
+    std::string Write(const std::string& name, const std::string& bytes) const;
 
 private:
     std::string m_path;
@@ -29,6 +27,8 @@ private:
 
 std::string ReadFileBytes(const std::string& path);
 bool FileExists(const std::string& path);
+// The names in a folder, sorted.
+std::vector<std::string> FolderEntries(const std::string& path);
 
 // The .las files of the shared corpus, sorted; empty when it is absent.
 std::vector<std::string> CorpusFiles();

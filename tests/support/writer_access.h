@@ -1,9 +1,7 @@
-// The tests' window on the private operations and fields of CLasWriter.
+// The tests' window on CLasWriter's private parts, and small builders of
+// documents.
 #ifndef QUARL_TESTS_WRITER_ACCESS_H
 #define QUARL_TESTS_WRITER_ACCESS_H
-
-#include <string>
-#include <vector>
 
 #include <quarl/writer.h>
 
@@ -17,22 +15,10 @@ struct WriterAccess {
     static char Delimiter(const CLasWriter& w) { return w.m_delimiter; }
     static bool HasOpenOutput(const CLasWriter& w) { return w.m_file != nullptr; }
     static const tessel::TxString& Filename(const CLasWriter& w) { return w.m_filename; }
-    static int32_t FindSectionIndexByName(const CLasWriter& w, const char* name)
-    {
-        return w.FindSectionIndexByName(name);
-    }
-    static int32_t CountSectionsByType(const CLasWriter& w, ELASSECTIONTYPE type)
-    {
-        return w.CountSectionsByType(type);
-    }
-    static ELASFILEERROR ValidateDataSection(CLasWriter& w, const CLasSection& s)
-    {
-        return w.ValidateDataSection(s);
-    }
-    static void GetLAS2FullSectionName(const CLasWriter& w, std::string& name)
-    {
-        w.GetLAS2FullSectionName(name);
-    }
+    static int32_t FindSectionIndexByName(const CLasWriter& w, const char* name) { return w.FindSectionIndexByName(name); }
+    static int32_t CountSectionsByType(const CLasWriter& w, ELASSECTIONTYPE type) { return w.CountSectionsByType(type); }
+    static ELASFILEERROR ValidateDataSection(CLasWriter& w, const CLasSection& s) { return w.ValidateDataSection(s); }
+    static void GetLAS2FullSectionName(const CLasWriter& w, std::string& name) { w.GetLAS2FullSectionName(name); }
     static ELASFILEERROR FillWellSection(CLasWriter& w) { return w.FillWellSection(); }
     static ELASFILEERROR SortSections(CLasWriter& w) { return w.SortSections(); }
 };
@@ -41,10 +27,8 @@ struct WriterAccess {
 
 namespace quarl::test {
 
-// Small builders for documents in the tests.
-inline CLasParam Param(const std::string& mnemonic, const std::string& unit,
-                       const std::string& value, const std::string& description,
-                       const std::string& format = "", const std::string& association = "")
+inline CLasParam Param(const std::string& mnemonic, const std::string& unit, const std::string& value,
+                       const std::string& description, const std::string& format = "", const std::string& association = "")
 {
     CLasParam p;
     p.m_mnemonic = mnemonic;
@@ -56,8 +40,8 @@ inline CLasParam Param(const std::string& mnemonic, const std::string& unit,
     return p;
 }
 
-inline CLasSection Section(const std::string& name, ELASSECTIONTYPE type,
-                           std::vector<CLasParam> params = {}, const std::string& association = "")
+inline CLasSection Section(const std::string& name, ELASSECTIONTYPE type, std::vector<CLasParam> params = {},
+                           const std::string& association = "")
 {
     CLasSection s;
     s.m_name = name;
@@ -70,7 +54,6 @@ inline CLasSection Section(const std::string& name, ELASSECTIONTYPE type,
 inline CLasCurve Numbers(std::vector<double> values, const CLasParam& definition = CLasParam())
 {
     CLasCurve c;
-    c.m_isNumeric = true;
     c.m_numbers = std::move(values);
     c.m_definition = definition;
     return c;
@@ -80,12 +63,11 @@ inline CLasCurve Texts(std::vector<std::string> values)
 {
     CLasCurve c;
     c.m_isNumeric = false;
-    for (std::string& v : values) c.m_strings.push_back(CLasString(v));
+    c.m_strings.assign(values.begin(), values.end());
     return c;
 }
 
-inline CLasSection Data(const std::string& name, std::vector<CLasCurve> curves,
-                        const std::string& association = "")
+inline CLasSection Data(const std::string& name, std::vector<CLasCurve> curves, const std::string& association = "")
 {
     CLasSection s = Section(name, LASSECTION_DATA, {}, association);
     s.m_curves = std::move(curves);
@@ -101,7 +83,7 @@ inline std::string Record(const CLasWriter& w)
            std::to_string(w.GetLastErrorColumn()) + " " + std::to_string(w.GetLastErrorRow());
 }
 
-// Names of the stored sections, in order.
+// The names of the stored sections, in order.
 inline std::vector<std::string> Names(CLasWriter& w)
 {
     std::vector<std::string> names;
