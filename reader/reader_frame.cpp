@@ -103,6 +103,7 @@ ELASFILEERROR CLasReader::PassLeadingComment()
 ELASFILEERROR CLasReader::Open(const tessel::TxString& path)
 {
     m_sections.clear();
+    m_notes.clear();
     m_isLas3 = false;
     m_isWrapped = false;
     m_delimiter = ' ';
@@ -165,6 +166,8 @@ CLasReader& CLasReader::operator=(const CLasReader& other)
     m_isLas3 = other.m_isLas3;
     m_isWrapped = other.m_isWrapped;
     m_delimiter = other.m_delimiter;
+    m_options = other.m_options;
+    m_notes = other.m_notes;
     return *this;
 }
 

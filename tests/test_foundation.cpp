@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <exception>
 #include <random>
+#include <set>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -36,6 +37,21 @@ TEST(Foundation, ResultCodesExceptionAndTxString)
 }
 
 CLasParam Param(const char* mnemonic, const char* value) { return test::Param(mnemonic, "", value, ""); }
+
+TEST(Foundation, EveryResultCodeHasItsOwnNameAndDescription)
+{
+    std::set<std::string> names, descriptions;
+    for (int32_t code = LASFILE_OK; code <= LASFILE_BAD_NAME; ++code) {
+        names.insert(ResultName(static_cast<ELASFILEERROR>(code)));
+        descriptions.insert(ResultDescription(static_cast<ELASFILEERROR>(code)));
+    }
+    EXPECT_EQ(names.size(), 11u);
+    EXPECT_EQ(descriptions.size(), 11u);
+    EXPECT_EQ(names.count("LASFILE_UNKNOWN"), 0u);
+    EXPECT_STREQ(ResultName(LASFILE_MISSING_SECTION), "LASFILE_MISSING_SECTION");
+    EXPECT_STREQ(ResultName(static_cast<ELASFILEERROR>(11)), "LASFILE_UNKNOWN");
+    EXPECT_STREQ(ResultDescription(static_cast<ELASFILEERROR>(-1)), "unknown result");
+}
 
 TEST(Foundation, DocumentCurvesAndParameterLookup)
 {

@@ -18,62 +18,11 @@ namespace quarl::examples {
 
 // ---------------------------------------------------------------- result codes
 
-inline const char* ResultName(ELASFILEERROR code)
-{
-    switch (code) {
-        case LASFILE_OK:
-            return "LASFILE_OK";
-        case LASFILE_IO_FAILED:
-            return "LASFILE_IO_FAILED";
-        case LASFILE_OUT_OF_MEMORY:
-            return "LASFILE_OUT_OF_MEMORY";
-        case LASFILE_BAD_FORMAT:
-            return "LASFILE_BAD_FORMAT";
-        case LASFILE_NOT_ALLOWED_IN_VERSION:
-            return "LASFILE_NOT_ALLOWED_IN_VERSION";
-        case LASFILE_MISSING_SECTION:
-            return "LASFILE_MISSING_SECTION";
-        case LASFILE_WRONG_STATE:
-            return "LASFILE_WRONG_STATE";
-        case LASFILE_BAD_VALUE:
-            return "LASFILE_BAD_VALUE";
-        case LASFILE_CANCELLED:
-            return "LASFILE_CANCELLED";
-        case LASFILE_DUPLICATE_SECTION:
-            return "LASFILE_DUPLICATE_SECTION";
-        case LASFILE_BAD_NAME:
-            return "LASFILE_BAD_NAME";
-    }
-    return "LASFILE_UNKNOWN";
-}
+using quarl::ResultName;
 
 inline const char* ResultMeaning(ELASFILEERROR code)
 {
-    switch (code) {
-        case LASFILE_OK:
-            return "success";
-        case LASFILE_IO_FAILED:
-            return "the file could not be opened, read or written, or ended too early";
-        case LASFILE_OUT_OF_MEMORY:
-            return "out of memory";
-        case LASFILE_BAD_FORMAT:
-            return "text or data without the form LAS requires";
-        case LASFILE_NOT_ALLOWED_IN_VERSION:
-            return "not allowed in this LAS version";
-        case LASFILE_MISSING_SECTION:
-            return "a required section is missing or does not fit its data";
-        case LASFILE_WRONG_STATE:
-            return "operation not possible in this state";
-        case LASFILE_BAD_VALUE:
-            return "a value or column is not allowed";
-        case LASFILE_CANCELLED:
-            return "cancelled";
-        case LASFILE_DUPLICATE_SECTION:
-            return "the section is already present";
-        case LASFILE_BAD_NAME:
-            return "a name breaks the rules of the LAS version";
-    }
-    return "unknown result";
+    return quarl::ResultDescription(code);
 }
 
 inline const char* SectionTypeName(ELASSECTIONTYPE type)

@@ -21,6 +21,43 @@ class RowBytes;      // how the bytes of a data row behave
 class SectionNameIndex;
 }
 
+// How CLasReader::Open reads. The default is the strict reading: every rule
+// of the format as it stands, nothing relaxed, everything kept.
+struct CLasReadOptions {
+    // Relaxes a few well-defined rules so that files written by real tools
+    // read as they mean; each relaxed rule that fires leaves a note.
+    bool lenient = false;
+    // Reads every section but keeps no data values: the curves of a data
+    // section have their definitions and no values.
+    bool headersOnly = false;
+    // The most a read may allocate for values and sections, in bytes; 0 is
+    // no bound. A read that would pass it ends with LASFILE_OUT_OF_MEMORY
+    // and keeps what was read up to there.
+    uint64_t maxBytes = 0;
+};
+
+// What a read noticed and the host may want to know. Every read, strict or
+// lenient, collects them in the order of the file.
+enum ELASNOTEKIND : int32_t {
+    LASNOTE_READ_STOPPED = 0,       // the read failed here; the text says why
+    LASNOTE_SECTION_SKIPPED = 1,    // a section nothing reads was passed over
+    LASNOTE_SHORT_ROW = 2,          // a row with fewer values than curves was filled
+    LASNOTE_LONG_ROW = 3,           // values behind the last curve were dropped
+    LASNOTE_NOT_A_NUMBER = 4,       // a numeric token that is no number was read as 0
+    LASNOTE_VALUE_CUT = 5,          // a parameter value ended at a colon inside it
+    LASNOTE_HEADER_AT_END = 6,      // a section header is the last line of the file
+    LASNOTE_BUDGET_EXCEEDED = 7,    // the read passed CLasReadOptions::maxBytes
+    LASNOTE_LENIENT = 8,            // a rule was relaxed in lenient reading
+};
+
+// One note: the 1-based physical line of the file it is about, its kind and
+// a short text in words.
+struct CLasNote {
+    uint64_t line = 0;
+    ELASNOTEKIND kind = LASNOTE_READ_STOPPED;
+    CLasString text;
+};
+
 class QUARL_API CLasReader {
 public:
     using SectionList = std::vector<std::shared_ptr<CLasSection>>;
@@ -38,6 +75,19 @@ public:
     bool IsValidFile(const tessel::TxString& path);
     bool IsOpen() const { return m_file.IsOpen(); }
     void SetStatusCallback(void* context, LasStatusCallback callback);
+    // The options of the next Open; they stay until they are set again.
+    void SetOptions(const CLasReadOptions& options) { m_options = options; }
+    const CLasReadOptions& GetOptions() const { return m_options; }
+
+    // What the last Open found out about the file: version 3, wrap mode and
+    // the column delimiter of the data rows (' ', ',' or '\t', or the byte
+    // a DLM line named).
+    bool IsLas3() const { return m_isLas3; }
+    bool IsWrapped() const { return m_isWrapped; }
+    char GetDelimiter() const { return m_delimiter; }
+    // The notes of the last Open, in the order of the file; empty before
+    // the first Open. Close keeps them.
+    const std::vector<CLasNote>& GetNotes() const { return m_notes; }
 
     // Shares the source's sections. Never two owners of one stream: the
     // target's file is closed first and the copy's file is closed.
@@ -104,6 +154,8 @@ private:
     bool m_isLas3;
     bool m_isWrapped;
     char m_delimiter;
+    CLasReadOptions m_options;
+    std::vector<CLasNote> m_notes;
     // The sections by name while Open reads, null otherwise.
     std::unique_ptr<detail::SectionNameIndex> m_nameIndex;
 };

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include <quarl/export.h>
+
 namespace quarl {
 
 // The result of every operation that can fail. 0 is the only success.
@@ -31,6 +33,13 @@ enum ELASSECTIONTYPE : int32_t {
     LASSECTION_HEADER = 3,
     LASSECTION_ANY = 99,
 };
+
+// The name of a result code as written in this header ("LASFILE_BAD_FORMAT"),
+// and a one-line description of what it means. Both give a static text that
+// never changes; a value outside the enumeration gives "LASFILE_UNKNOWN" and
+// "unknown result".
+QUARL_API const char* ResultName(ELASFILEERROR code);
+QUARL_API const char* ResultDescription(ELASFILEERROR code);
 
 // Progress and cancellation. Called on the caller's thread with the context
 // as registered, the share of the work done (0 to 100) and a message that is

@@ -57,11 +57,21 @@ foreach(class IN LISTS required)
   endif()
 endforeach()
 
+# The free functions of the interface.
+set(functions ResultName ResultDescription)
+foreach(function IN LISTS functions)
+  if(NOT exported_text MATCHES "(^|\n)quarl::${function}\\(")
+    list(APPEND failures "quarl::${function} is not exported")
+  endif()
+endforeach()
+
 # Whatever else of the namespace is visible is an internal that leaked.
 string(JOIN "|" allowed CTextFile CLasString CLasCurve CLasSection CLasReader CLasWriter)
+string(JOIN "|" allowed_functions ${functions})
 foreach(symbol IN LISTS exported)
   if(symbol MATCHES "^(typeinfo for |typeinfo name for |vtable for |guard variable for )?quarl::"
      AND NOT symbol MATCHES "^quarl::(${allowed})::"
+     AND NOT symbol MATCHES "^quarl::(${allowed_functions})\\("
      # a standard template instantiated for an exported class, whose
      # demangled name starts with its return type
      AND NOT symbol MATCHES "^quarl::[A-Za-z_:]+( const)?[*&]* std::")
