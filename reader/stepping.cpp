@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "foundation/number_parse.h"
-#include "reader/section_index.h"
+#include "foundation/section_index.h"
 
 namespace quarl {
 

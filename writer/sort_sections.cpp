@@ -9,7 +9,7 @@
 #include <quarl/writer.h>
 
 #include "foundation/platform.h"
-#include "reader/section_names.h"
+#include "foundation/section_names.h"
 
 namespace quarl {
 

@@ -4,8 +4,8 @@
 
 #include <quarl/writer.h>
 
-#include "reader/section_index.h"
-#include "reader/section_names.h"
+#include "foundation/section_index.h"
+#include "foundation/section_names.h"
 
 namespace quarl {
 

@@ -3,8 +3,8 @@
 #include <quarl/writer.h>
 
 #include "foundation/platform.h"
-#include "reader/section_index.h"
-#include "writer/output_file.h"
+#include "foundation/section_index.h"
+#include "writer/output_stream.h"
 
 namespace quarl {
 

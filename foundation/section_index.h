@@ -2,8 +2,8 @@
 // sections are compared by name ignoring the case of ASCII letters, as in a
 // linear search for the first match, so that a file of many sections is
 // read in linear time.
-#ifndef QUARL_READER_SECTION_INDEX_H
-#define QUARL_READER_SECTION_INDEX_H
+#ifndef QUARL_FOUNDATION_SECTION_INDEX_H
+#define QUARL_FOUNDATION_SECTION_INDEX_H
 
 #include <cstdint>
 #include <string>

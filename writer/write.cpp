@@ -7,7 +7,7 @@
 
 #include <quarl/writer.h>
 
-#include "writer/output_file.h"
+#include "writer/output_stream.h"
 
 namespace quarl {
 

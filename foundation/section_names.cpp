@@ -1,4 +1,4 @@
-#include "reader/section_names.h"
+#include "foundation/section_names.h"
 
 #include "foundation/platform.h"
 

@@ -1,7 +1,7 @@
 // Section headers and names: how a "~" line is taken apart, and the two
 // families of names that mean the log curves. Shared by reader and writer.
-#ifndef QUARL_READER_SECTION_NAMES_H
-#define QUARL_READER_SECTION_NAMES_H
+#ifndef QUARL_FOUNDATION_SECTION_NAMES_H
+#define QUARL_FOUNDATION_SECTION_NAMES_H
 
 #include <string>
 
