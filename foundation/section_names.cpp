@@ -59,6 +59,19 @@ bool ParseSectionHeader(const char* line, std::string* name, std::string* associ
     return true;
 }
 
+bool IsVersionSectionName(const char* name)
+{
+    return AsciiEqualNoCase(name, "Version") || AsciiEqualNoCase(name, "V");
+}
+
+bool IsMainDataName(const char* name)
+{
+    for (const char* mainName : kMainDataNames) {
+        if (AsciiEqualNoCase(name, mainName)) return true;
+    }
+    return false;
+}
+
 bool IsKnownSuffix(const std::string& suffix)
 {
     return AsciiEqualNoCase(suffix.c_str(), "_Data") ||
