@@ -2,6 +2,8 @@
 // and assignment, Validate, the Well section completion, the section order.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "support/writer_access.h"
 
 namespace quarl::test {
@@ -341,6 +343,8 @@ TEST(WellCompletion, PresentValuesAreTestedWithTheAbsoluteTolerance)
         {{Param("STEP", "", "3", "")}, {1}, "0 - - -1 -1: STEP=3 STRT"},
         {{Param("STEP", "", "-0.5", "")}, {2, 1.5, 1}, "0 - - -1 -1: STEP=-0.5 STRT"},
         {{Param("STEP", "", "0.5", "")}, {2, 1.5, 1}, "3 ASCII STEP 0 1: STEP=0.5 STRT=2.00000000 STOP=1.00000000"},
+        // A NaN difference is not greater than the tolerance.
+        {{Param("STRT", "", "nan", ""), Param("STOP", "", "2", "")}, {1, NAN}, "0 - - -1 -1: STRT=nan STOP=2"},
     };
     for (const auto& c : cases) {
         const std::string got = Fill(c.well, {Numbers(c.depths)});
@@ -349,6 +353,8 @@ TEST(WellCompletion, PresentValuesAreTestedWithTheAbsoluteTolerance)
     // Uneven data without STEP passes the first run and fails the second at row 2.
     EXPECT_EQ(Fill({}, {Numbers({100, 101, 103})}, 1).substr(0, 12), "0 - - -1 -1:");
     EXPECT_EQ(Fill({}, {Numbers({100, 101, 103})}, 2).substr(0, 19), "3 ASCII STEP 0 2: S");
+    // A NaN depth gives the same on every run.
+    EXPECT_EQ(Fill({}, {Numbers({NAN, 1, 2})}, 2).substr(0, 12), "0 - - -1 -1:");
 }
 
 TEST(WellCompletion, MissingSections)
