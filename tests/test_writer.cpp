@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "support/writer_access.h"
+#include "writer/curve_limit.h"
 
 namespace quarl::test {
 namespace {
@@ -166,6 +167,21 @@ TEST(WriterRules, DataSections)
         w.AddSection(Data(c.las3 ? "Log_Data" : "ASCII", c.curves));
         EXPECT_EQ(Record(w), c.record);
     }
+    // A curve longer than a signed 32-bit count is refused before the row
+    // test could see it cut to its length modulo 2^32. The bound is lowered
+    // here: a curve at the real bound, 2^31 values, takes 16 GB.
+    const size_t bound = detail::g_maxCurveValues;
+    detail::g_maxCurveValues = 4;
+    for (const auto& c : {std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4, 5}), Numbers({1})}, "7 Log_Data - 0 -1"),
+                          std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4, 5}), Texts({"a", "b", "c", "d", "e"})}, "7 Log_Data - 0 -1"),
+                          std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4}), Texts({"a", "b", "c", "d"})}, "0 - - -1 -1")}) {
+        CLasWriter w;
+        w.SetFormat(true, ' ');
+        w.AddSection(Data("Log_Data", c.first));
+        EXPECT_EQ(Record(w), c.second);
+    }
+    detail::g_maxCurveValues = bound;
+    EXPECT_EQ(bound, size_t{INT32_MAX});
     // The type is tested first when the rule is run on its own.
     CLasWriter w;
     EXPECT_EQ(WriterAccess::ValidateDataSection(w, Section("ASCII", LASSECTION_PARAMETER)), LASFILE_BAD_VALUE);
