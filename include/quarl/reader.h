@@ -137,12 +137,12 @@ public:
     uint64_t size() const { return m_sections.size(); }
     uint64_t GetSectionCount() const { return m_sections.size(); }
     bool empty() const { return m_sections.empty(); }
-    const_iterator begin() const { return m_sections.cbegin(); }
-    const_iterator cbegin() const { return m_sections.cbegin(); }
-    const_iterator end() const { return m_sections.cend(); }
-    const_iterator cend() const { return m_sections.cend(); }
-    const_reverse_iterator rbegin() const { return m_sections.crbegin(); }
-    const_reverse_iterator rend() const { return m_sections.crend(); }
+    const_iterator begin() const { return NoteSectionsLent(), m_sections.cbegin(); }
+    const_iterator cbegin() const { return NoteSectionsLent(), m_sections.cbegin(); }
+    const_iterator end() const { return NoteSectionsLent(), m_sections.cend(); }
+    const_iterator cend() const { return NoteSectionsLent(), m_sections.cend(); }
+    const_reverse_iterator rbegin() const { return NoteSectionsLent(), m_sections.crbegin(); }
+    const_reverse_iterator rend() const { return NoteSectionsLent(), m_sections.crend(); }
     int32_t CountSectionsByType(ELASSECTIONTYPE type) const;
     ELASFILEERROR GetSectionNames(ELASSECTIONTYPE type, std::vector<CLasString>& names) const;
 
@@ -223,6 +223,8 @@ private:
     ELASFILEERROR ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
                               bool& headerReached);
     void StoreSection(std::shared_ptr<CLasSection> section);
+    // A host was given sections it can change (rename) while a read runs.
+    void NoteSectionsLent() const;
 
     CTextFile m_file;
     LasStatusCallback m_statusCallback;
