@@ -3,7 +3,7 @@
 #include <quarl/reader.h>
 
 #include "foundation/platform.h"
-#include "reader/section_index.h"
+#include "foundation/section_index.h"
 
 namespace quarl {
 
