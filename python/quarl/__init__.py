@@ -149,22 +149,26 @@ class LasFile:
         """The first curve, normally the depth."""
         return self[0]
 
-    def df(self):
+    def df(self, copy: bool = False):
         """The main data section as a pandas DataFrame indexed by the first
-        curve, with the NULL value as NaN. The numeric curves are copied once
-        into one block; text curves become object columns."""
+        curve, with the NULL value as NaN. A numeric curve without NULL
+        values is not copied: its column shares memory with the LasFile, as
+        las[...] does; `copy=True` gives a frame of its own."""
         import pandas as pd
         data, keys = self.data_section, self.keys
         if data is None or not keys:
             return pd.DataFrame()
-        numeric = [i for i in range(len(keys)) if data.curve_is_numeric(i)]
         null = self.null
-        block = data.numeric_block(numeric, np.nan if null is None else null)
-        frame = pd.DataFrame(block, columns=[keys[i] for i in numeric], copy=False)
-        for i in range(len(keys)):
-            if i not in numeric:
-                frame.insert(i, keys[i], data.curve_values(i))
-        return frame.set_index(keys[0])
+        columns = {}
+        for i, key in enumerate(keys):
+            values = data.curve_values(i)
+            if null is not None and values.dtype.kind == "f":
+                hits = values == null
+                if hits.any():
+                    values = np.where(hits, np.nan, values)
+            columns[key] = values
+        index = pd.Index(columns.pop(keys[0]), name=keys[0], copy=copy)
+        return pd.DataFrame(columns, index=index, copy=copy)
 
     @property
     def result_name(self) -> str:
