@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 namespace quarl::apps {
 
@@ -32,6 +33,16 @@ std::string FormatNumber(double value, int digits)
     char buffer[64];
     std::snprintf(buffer, sizeof buffer, "%.*g", digits, value);
     return buffer;
+}
+
+std::string RoundTripNumber(double value)
+{
+    std::string text;
+    for (int digits = 1; digits <= 17; ++digits) {
+        text = FormatNumber(value, digits);
+        if (!std::isfinite(value) || std::strtod(text.c_str(), nullptr) == value) break;
+    }
+    return text;
 }
 
 std::string JsonString(const std::string& text)
