@@ -45,6 +45,14 @@ std::string RoundTripNumber(double value)
     return text;
 }
 
+std::string Shorten(const std::string& text, size_t max)
+{
+    if (text.size() <= max) return text;
+    size_t cut = max > 1 ? max - 1 : 0;
+    while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;
+    return text.substr(0, cut) + "\xE2\x80\xA6";
+}
+
 std::string JsonString(const std::string& text)
 {
     std::string out = "\"";

@@ -19,6 +19,9 @@ std::string FormatNumber(double value, int digits = 6);
 // a value written out compares equal to the one it came from.
 std::string RoundTripNumber(double value);
 
+// Cuts a text to `max` bytes with an ellipsis, never inside a UTF-8 sequence.
+std::string Shorten(const std::string& text, size_t max);
+
 // A JSON string literal, quotes included. Bytes of 0x80 and above pass as
 // they are, so UTF-8 text stays readable; control bytes are escaped.
 std::string JsonString(const std::string& text);
