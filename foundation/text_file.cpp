@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include "foundation/line_store.h"
 #include "foundation/platform.h"
@@ -269,42 +270,71 @@ ELASFILEERROR CTextFile::ReadCarriageReturnLine()
     }
 }
 
+// Bytes are taken from the file in blocks of this size while lines are
+// passed over: no line is copied, only its line feed is looked for.
+constexpr size_t kSkipBlock = 1 << 18;
+
 ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
 {
     if (!m_file || !m_line) return LASFILE_IO_FAILED;
-    for (;;) {
-        if (m_bufferPos >= m_bufferLength) {
-            m_bufferPos = m_bufferLength;
-            if (PrimeIO() < 1) break;
-        }
-        // A line that may be the one sought, with the carriage returns that
-        // ReadLine drops, goes through ReadLine.
-        const char head = m_buffer[m_bufferPos];
-        if (m_crLines || head == first || head == '\r') {
+    if (m_crLines || m_form >= kFormUtf16Le || first == '\r' || first == '\n') {
+        // Decoded text has no byte offsets to go back to: line by line.
+        for (;;) {
             const ELASFILEERROR result = ReadLine();
             if (result != LASFILE_OK) return result;
             ++passed;
             if (m_line[0] == first) return LASFILE_OK;
-            continue;
-        }
-        for (;;) {
-            const char* start = m_buffer + m_bufferPos;
-            const void* feed = std::memchr(start, '\n', m_bufferLength - m_bufferPos);
-            if (feed) {
-                m_bufferPos += static_cast<uint32_t>(static_cast<const char*>(feed) - start) + 1;
-                ++m_lineCount;
-                ++passed;
-                break;
-            }
-            m_bufferPos = m_bufferLength;
-            if (PrimeIO() < 1) {
-                ++passed;  // a last line without a line feed
-                m_line[0] = '\0';
-                m_lineLength = 0;
-                return LASFILE_IO_FAILED;
-            }
         }
     }
+    // From the start of the next line on, the stream is read in large blocks.
+    uint64_t offset = m_bufferStart + m_bufferPos;
+    if (SeekStream(m_file, static_cast<int64_t>(offset), SEEK_SET) != 0) return LASFILE_IO_FAILED;
+    m_bufferLength = 0;
+    m_bufferPos = 0;
+    std::vector<char> block(kSkipBlock);
+    bool pending = false;  // bytes since the last line feed
+    bool onlyCr = true;    // and all of them carriage returns, which ReadLine drops
+    for (;;) {
+        const size_t got = std::fread(block.data(), 1, block.size(), m_file);
+        if (got == 0) break;
+        const char* begin = block.data();
+        const char* end = begin + got;
+        const char* hit = nullptr;
+        for (const char* from = begin; !hit;) {
+            const char* mark = static_cast<const char*>(std::memchr(from, first, static_cast<size_t>(end - from)));
+            if (!mark) break;
+            const char* start = mark;
+            while (start > begin && start[-1] == '\r') --start;
+            if (start > begin ? start[-1] == '\n' : !pending || onlyCr) hit = start;
+            from = mark + 1;
+        }
+        const char* stop = hit ? hit : end;
+        const char* tail = begin;
+        for (const char* p = begin; p < stop;) {
+            const char* feed = static_cast<const char*>(std::memchr(p, '\n', static_cast<size_t>(stop - p)));
+            if (!feed) break;
+            ++passed;
+            ++m_lineCount;
+            pending = false;
+            onlyCr = true;
+            p = tail = feed + 1;
+        }
+        for (const char* q = tail; q < stop && onlyCr; ++q) {
+            pending = true;
+            onlyCr = *q == '\r';
+        }
+        if (tail < stop) pending = true;
+        if (hit) {
+            if (SeekStream(m_file, static_cast<int64_t>(offset + static_cast<uint64_t>(hit - begin)), SEEK_SET) != 0)
+                return LASFILE_IO_FAILED;
+            const ELASFILEERROR result = ReadLine();
+            if (result == LASFILE_OK) ++passed;
+            return result;
+        }
+        offset += got;
+    }
+    if (pending) ++passed;  // a last line without a line feed
+    m_bufferStart = offset;
     m_line[0] = '\0';
     m_lineLength = 0;
     return LASFILE_IO_FAILED;

@@ -253,7 +253,7 @@ ELASFILEERROR CLasReader::ReadFile()
 
     do {
         result = ReadSection();
-    } while (result == LASFILE_OK && StartsWithHeader(m_file.GetLine()));
+    } while (result == LASFILE_OK && StartsWithHeader(Line()));
 
     // The final report comes after every run of the loop, good or not, and
     // a stop on it replaces whatever the loop gave.
