@@ -9,8 +9,8 @@
 
 #include "foundation/number_parse.h"
 #include "foundation/platform.h"
+#include "foundation/section_names.h"
 #include "reader/reader_rules.h"
-#include "reader/section_names.h"
 
 namespace quarl {
 

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "foundation/platform.h"
-#include "reader/section_index.h"
-#include "reader/section_names.h"
+#include "foundation/section_index.h"
+#include "foundation/section_names.h"
 
 namespace quarl {
 
@@ -54,7 +54,7 @@ ELASFILEERROR CLasReader::ReadSection()
     name = title;
     const std::string tail = NameTail(name);
 
-    if (NameIsOneOf(name, "version", "v") || NameIsOneOf(name, "well", "w") ||
+    if (IsVersionSectionName(name.c_str()) || NameIsOneOf(name, "well", "w") ||
         NameIsOneOf(name, "parameter", "p"))
         return ReadParameterSection(false);
     if (NameIsOneOf(name, "curve", "c")) return ReadParameterSection(true);

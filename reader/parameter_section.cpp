@@ -7,8 +7,9 @@
 #include <memory>
 #include <string>
 
+#include "foundation/delimiter_words.h"
 #include "foundation/platform.h"
-#include "reader/section_names.h"
+#include "foundation/section_names.h"
 #include "reader/reader_rules.h"
 
 namespace quarl {
@@ -31,11 +32,8 @@ long LeadingInteger(const char* text)
 
 bool IsHeaderName(const std::string& name)
 {
-    static const char* const kNames[] = {"Version", "V", "Well", "W"};
-    for (const char* header : kNames) {
-        if (AsciiEqualNoCase(name.c_str(), header)) return true;
-    }
-    return false;
+    return IsVersionSectionName(name.c_str()) || AsciiEqualNoCase(name.c_str(), "Well") ||
+           AsciiEqualNoCase(name.c_str(), "W");
 }
 
 ELASSECTIONTYPE ParameterSectionType(const std::string& name, bool isDefinition)
@@ -47,10 +45,8 @@ ELASSECTIONTYPE ParameterSectionType(const std::string& name, bool isDefinition)
 char DelimiterFromValue(const CLasString& value, char current)
 {
     if (value.empty()) return current;
-    if (AsciiEqualNoCase(value.c_str(), "SPACE")) return ' ';
-    if (AsciiEqualNoCase(value.c_str(), "COMMA")) return ',';
-    if (AsciiEqualNoCase(value.c_str(), "TAB")) return '\t';
-    return value[0];
+    char named = current;
+    return DelimiterOfWord(value.c_str(), &named) ? named : value[0];
 }
 
 }  // namespace
@@ -91,8 +87,7 @@ ELASFILEERROR CLasReader::ReadParameterSection(bool isDefinition)
     if (!ParseSectionHeader(line, &name, nullptr)) return LASFILE_BAD_FORMAT;
     name = SectionTitle(name);
     if (!Spend(sizeof(CLasSection) + name.size())) return LASFILE_OUT_OF_MEMORY;
-    const bool isVersion = AsciiEqualNoCase(name.c_str(), "Version") ||
-                           AsciiEqualNoCase(name.c_str(), "V");
+    const bool isVersion = IsVersionSectionName(name.c_str());
 
     auto stored = std::make_shared<CLasSection>();
     stored->m_type = ParameterSectionType(name, isDefinition);

@@ -7,8 +7,8 @@
 #include <string>
 
 #include "foundation/platform.h"
-#include "reader/section_index.h"
-#include "reader/section_names.h"
+#include "foundation/section_index.h"
+#include "foundation/section_names.h"
 
 namespace quarl {
 

@@ -57,6 +57,7 @@ private:
     ELASFILEERROR SetLastError(ELASFILEERROR code, const char* section, const char* param,
                                int32_t column, int32_t row);
     int32_t FindSectionIndexByName(const char* name) const;
+    int32_t FindMainDataSection() const;
     bool HasSectionNamed(const char* name);
     int32_t CountSectionsByType(ELASSECTIONTYPE type) const;
     ELASFILEERROR ValidateSectionName(const CLasSection& section);

@@ -7,9 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "common/las_tools.h"
+#include "support/command_line.h"
+#include "support/conversion.h"
 
-namespace ex = quarl::examples;
+namespace ex = quarl::apps;
 
 namespace {
 
@@ -60,13 +61,7 @@ int main(int argc, char** argv)
                     return 2;
                 }
             } else {
-                if (value == "space")
-                    options.delimiter = ' ';
-                else if (value == "tab")
-                    options.delimiter = '\t';
-                else if (value == "comma")
-                    options.delimiter = ',';
-                else {
+                if (!ex::ParseDelimiterName(value, &options.delimiter)) {
                     std::fprintf(stderr,
                                  "quarl-convert: --delimiter wants space, tab or comma, not '%s'\n",
                                  value.c_str());

@@ -21,9 +21,11 @@
 #define QUARL_FILENO(f) fileno(f)
 #endif
 
-#include "common/las_tools.h"
+#include "support/command_line.h"
+#include "support/log_facts.h"
+#include "support/text.h"
 
-namespace ex = quarl::examples;
+namespace ex = quarl::apps;
 
 namespace {
 
@@ -97,9 +99,17 @@ const char* SteppingMeaning(quarl::ELASFILEERROR code)
         case quarl::LASFILE_WRONG_STATE:
             return "fewer than two sections were read";
         default:
-            return ex::ResultMeaning(code);
+            return quarl::ResultDescription(code);
     }
 }
+
+// The format of a file: the VERS text, and what the reader made of it.
+struct Format {
+    std::string version = "?";
+    bool isLas3 = false;
+    bool isWrapped = false;
+    char delimiter = ' ';
+};
 
 // Everything printed about one file.
 struct Facts {
@@ -108,7 +118,7 @@ struct Facts {
     bool opened = false;
     long long bytes = -1;
     double seconds = 0.0;
-    ex::FileFormat format;
+    Format format;
     bool hasNull = false;
     double nullValue = 0.0;
     quarl::ELASFILEERROR stepping = quarl::LASFILE_WRONG_STATE;
@@ -162,13 +172,13 @@ void PrintText(const Facts& f)
 {
     std::printf("%s\n", f.path.c_str());
     if (!f.opened) {
-        std::printf("  cannot be opened: %s (%s)\n", ex::ResultName(f.result),
-                    ex::ResultMeaning(f.result));
+        std::printf("  cannot be opened: %s (%s)\n", quarl::ResultName(f.result),
+                    quarl::ResultDescription(f.result));
         return;
     }
     if (f.result != quarl::LASFILE_OK) {
-        std::printf("  READ FAILED: %s (%s)\n", ex::ResultName(f.result),
-                    ex::ResultMeaning(f.result));
+        std::printf("  READ FAILED: %s (%s)\n", quarl::ResultName(f.result),
+                    quarl::ResultDescription(f.result));
         if (f.sections.empty()) {
             std::printf("  nothing was read%s\n", f.result == quarl::LASFILE_BAD_FORMAT
                                                       ? ": the file does not start like a LAS file"
@@ -239,7 +249,8 @@ void PrintText(const Facts& f)
         std::printf("\n  (min and max leave out the NULL value %s)\n",
                     ex::FormatNumber(f.nullValue, 15).c_str());
 
-    std::printf("\nStepping: %s: %s%s\n", ex::ResultName(f.stepping), SteppingMeaning(f.stepping),
+    std::printf("\nStepping: %s: %s%s\n", quarl::ResultName(f.stepping),
+                SteppingMeaning(f.stepping),
                 f.step.empty() || f.stepping == quarl::LASFILE_MISSING_SECTION
                     ? ""
                     : (" (STEP " + f.step + ")").c_str());
@@ -251,7 +262,7 @@ std::string Json(const Facts& f)
 {
     std::string j = "{\n";
     j += "  \"file\": " + ex::JsonString(f.path) + ",\n";
-    j += "  \"result\": " + ex::JsonString(ex::ResultName(f.result)) + ",\n";
+    j += "  \"result\": " + ex::JsonString(quarl::ResultName(f.result)) + ",\n";
     j += "  \"ok\": " + std::string(f.result == quarl::LASFILE_OK ? "true" : "false") + ",\n";
     j += "  \"bytes\": " + std::to_string(f.bytes) + ",\n";
     j += "  \"read_seconds\": " + ex::JsonNumber(f.seconds) + ",\n";
@@ -313,7 +324,7 @@ std::string Json(const Facts& f)
         first = false;
     }
     j += first ? "],\n" : "\n  ],\n";
-    j += "  \"stepping\": " + ex::JsonString(ex::ResultName(f.stepping)) + "\n}";
+    j += "  \"stepping\": " + ex::JsonString(quarl::ResultName(f.stepping)) + "\n}";
     return j;
 }
 
@@ -366,7 +377,12 @@ int main(int argc, char** argv)
         if (progress.lastWidth >= 0 && !progress.done) std::fprintf(stderr, "\n");
         f.opened = reader.IsOpen();
         f.sections.assign(reader.begin(), reader.end());
-        if (!f.sections.empty()) f.format = ex::FormatOf(f.sections[0].get());
+        if (!f.sections.empty()) {
+            f.format.version = ex::VersionText(f.sections[0].get());
+            f.format.isLas3 = reader.IsLas3();
+            f.format.isWrapped = reader.IsWrapped();
+            f.format.delimiter = reader.GetDelimiter();
+        }
         if (f.sections.size() > 1) {
             f.hasNull = ex::NullValueOf(f.sections[1].get(), &f.nullValue);
             quarl::CLasParam step;
@@ -379,7 +395,7 @@ int main(int argc, char** argv)
         if (f.result != quarl::LASFILE_OK) {
             status = 1;
             std::fprintf(stderr, "quarl-info: %s: %s (%s)%s\n", f.path.c_str(),
-                         ex::ResultName(f.result), ex::ResultMeaning(f.result),
+                         quarl::ResultName(f.result), quarl::ResultDescription(f.result),
                          !f.opened ? "; the file cannot be opened"
                          : f.sections.empty() && f.result == quarl::LASFILE_BAD_FORMAT
                              ? "; not a LAS file"

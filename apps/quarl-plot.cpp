@@ -8,10 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "common/las_tools.h"
-#include "common/svg_plot.h"
+#include "support/command_line.h"
+#include "support/log_facts.h"
+#include "support/svg_plot.h"
+#include "support/text.h"
 
-namespace ex = quarl::examples;
+namespace ex = quarl::apps;
 
 namespace {
 
@@ -25,15 +27,6 @@ void Usage(std::FILE* to)
         "  --section NAME        the data section to draw (default: the log data)\n"
         "  --height PX           height of the depth range in pixels (default: from the rows)\n"
         "  --track-width PX      width of one track in pixels (default: 150)\n");
-}
-
-bool ParsePixels(const char* text, double low, double high, double* out)
-{
-    char* end = nullptr;
-    const double value = std::strtod(text, &end);
-    if (end == text || *end != '\0' || !(value >= low && value <= high)) return false;
-    *out = value;
-    return true;
 }
 
 }  // namespace
@@ -63,13 +56,13 @@ int main(int argc, char** argv)
         } else if (arg == "--section") {
             sectionName = value("--section");
         } else if (arg == "--height") {
-            if (!ParsePixels(value("--height"), 100, 20000, &height)) {
+            if (!ex::ParseNumberIn(value("--height"), 100, 20000, &height)) {
                 std::fprintf(stderr,
                              "quarl-plot: --height wants a number of pixels from 100 to 20000\n");
                 return 2;
             }
         } else if (arg == "--track-width") {
-            if (!ParsePixels(value("--track-width"), 60, 1000, &trackWidth)) {
+            if (!ex::ParseNumberIn(value("--track-width"), 60, 1000, &trackWidth)) {
                 std::fprintf(
                     stderr, "quarl-plot: --track-width wants a number of pixels from 60 to 1000\n");
                 return 2;
@@ -93,8 +86,8 @@ int main(int argc, char** argv)
     const quarl::ELASFILEERROR code = reader.Open(tessel::TxString(in));
     if (code != quarl::LASFILE_OK) {
         std::fprintf(
-            stderr, "quarl-plot: %s: %s (%s)%s\n", in.c_str(), ex::ResultName(code),
-            ex::ResultMeaning(code),
+            stderr, "quarl-plot: %s: %s (%s)%s\n", in.c_str(), quarl::ResultName(code),
+            quarl::ResultDescription(code),
             reader.empty() ? (code == quarl::LASFILE_BAD_FORMAT ? "; not a LAS file" : "") : "");
         return 1;
     }

@@ -1,4 +1,4 @@
-# Runs one example program and checks how it ends: the exit code, and a
+# Runs one of the programs and checks how it ends: the exit code, and a
 # pattern that its output (stdout and stderr together) must contain. A crash
 # is never an exit code, so it always fails the check.
 #   -DPROGRAM=... -DARGS=a;b;c -DEXPECT_CODE=1 -DEXPECT_OUTPUT=regex
