@@ -1,5 +1,5 @@
-# Installs headers, both shared libraries, a CMake package (quarl::quarl)
-# and a pkg-config file.
+# Installs headers, both shared libraries, the programs, a CMake package
+# (quarl::quarl) and a pkg-config file.
 include(CMakePackageConfigHelpers)
 
 set(QUARL_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/quarl)
@@ -9,6 +9,9 @@ install(TARGETS quarl tessel EXPORT quarlTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+if(QUARL_BUILD_APPS)
+  install(TARGETS ${QUARL_APPS} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/quarl DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/tessel/include/tessel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 

@@ -27,6 +27,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/section_names.h"
 #include "fuzz_common.h"
 
 namespace {
@@ -225,7 +226,7 @@ int32_t Callback(void* context, double percent, const char*)
 template <typename List, typename Get>
 const CLasSection* MainData(const List& sections, Get get)
 {
-    for (const char* name : {"ASCII", "LOG", "Log_Data"}) {
+    for (const char* name : quarl::kMainDataNames) {
         for (const auto& entry : sections) {
             const CLasSection& section = get(entry);
             if (section.m_type == quarl::LASSECTION_DATA && strcasecmp(section.m_name.c_str(), name) == 0)

@@ -8,7 +8,7 @@
 
 #include "foundation/number_parse.h"
 #include "foundation/platform.h"
-#include "reader/section_names.h"
+#include "foundation/section_names.h"
 
 namespace quarl {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "reader/section_names.h"
+#include "foundation/section_names.h"
 
 namespace quarl {
 

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "foundation/platform.h"
-#include "reader/section_index.h"
-#include "reader/section_names.h"
+#include "foundation/section_index.h"
+#include "foundation/section_names.h"
 
 namespace quarl {
 
@@ -38,7 +38,7 @@ ELASFILEERROR CLasReader::ReadSection()
     ParseSectionHeader(line, &name, nullptr);
     const std::string tail = NameTail(name);
 
-    if (NameIsOneOf(name, "version", "v") || NameIsOneOf(name, "well", "w") ||
+    if (IsVersionSectionName(name.c_str()) || NameIsOneOf(name, "well", "w") ||
         NameIsOneOf(name, "parameter", "p"))
         return ReadParameterSection(false);
     if (NameIsOneOf(name, "curve", "c")) return ReadParameterSection(true);
@@ -53,6 +53,11 @@ ELASFILEERROR CLasReader::ReadSection()
     return SkipSection();
 }
 
+void CLasReader::NoteSectionsLent() const
+{
+    if (m_nameIndex) m_nameIndex->NoteSectionsLent();
+}
+
 // Every section that the reader stores comes through here, so that the
 // index of a read in progress knows it.
 void CLasReader::StoreSection(std::shared_ptr<CLasSection> section)
@@ -63,12 +68,20 @@ void CLasReader::StoreSection(std::shared_ptr<CLasSection> section)
 }
 
 // While Open reads, only StoreSection adds sections, so the index answers;
-// otherwise a host may have renamed sections since, and the names are
-// searched as they stand.
+// it is built again when a host that holds sections may have renamed them
+// from its callback. Otherwise the names are searched as they stand.
 int32_t CLasReader::FindSectionIndexByName(const char* name) const
 {
     if (!name || !*name) return -1;
-    if (m_nameIndex) return m_nameIndex->Find(name);
+    if (m_nameIndex) {
+        if (m_nameIndex->IsStale()) {  // a host may have renamed sections it holds
+            m_nameIndex->Clear();
+            for (size_t i = 0; i < m_sections.size(); ++i)
+                m_nameIndex->Add(m_sections[i]->m_name.c_str(), static_cast<int32_t>(i));
+            m_nameIndex->NoteRebuilt();
+        }
+        return m_nameIndex->Find(name);
+    }
     // Folding the case keeps the length, so a stored name can only match
     // when its text up to its first NUL is as long as `name`. The bytes are
     // compared from the end, where names such as "Core_Data[12]" differ.

@@ -7,8 +7,9 @@
 #include <memory>
 #include <string>
 
+#include "foundation/delimiter_words.h"
 #include "foundation/platform.h"
-#include "reader/section_names.h"
+#include "foundation/section_names.h"
 
 namespace quarl {
 
@@ -30,11 +31,8 @@ long LeadingInteger(const char* text)
 
 bool IsHeaderName(const std::string& name)
 {
-    static const char* const kNames[] = {"Version", "V", "Well", "W"};
-    for (const char* header : kNames) {
-        if (AsciiEqualNoCase(name.c_str(), header)) return true;
-    }
-    return false;
+    return IsVersionSectionName(name.c_str()) || AsciiEqualNoCase(name.c_str(), "Well") ||
+           AsciiEqualNoCase(name.c_str(), "W");
 }
 
 ELASSECTIONTYPE ParameterSectionType(const std::string& name, bool isDefinition)
@@ -46,10 +44,8 @@ ELASSECTIONTYPE ParameterSectionType(const std::string& name, bool isDefinition)
 char DelimiterFromValue(const CLasString& value, char current)
 {
     if (value.empty()) return current;
-    if (AsciiEqualNoCase(value.c_str(), "SPACE")) return ' ';
-    if (AsciiEqualNoCase(value.c_str(), "COMMA")) return ',';
-    if (AsciiEqualNoCase(value.c_str(), "TAB")) return '\t';
-    return value[0];
+    char named = current;
+    return DelimiterOfWord(value.c_str(), &named) ? named : value[0];
 }
 
 }  // namespace
@@ -87,8 +83,7 @@ ELASFILEERROR CLasReader::ReadParameterSection(bool isDefinition)
     if (!line || line[0] != '~') return LASFILE_BAD_FORMAT;
     std::string name;
     if (!ParseSectionHeader(line, &name, nullptr)) return LASFILE_BAD_FORMAT;
-    const bool isVersion = AsciiEqualNoCase(name.c_str(), "Version") ||
-                           AsciiEqualNoCase(name.c_str(), "V");
+    const bool isVersion = IsVersionSectionName(name.c_str());
 
     auto stored = std::make_shared<CLasSection>();
     stored->m_type = ParameterSectionType(name, isDefinition);

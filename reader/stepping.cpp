@@ -2,16 +2,13 @@
 // Well section (the second section of the list) declares.
 #include <quarl/reader.h>
 
-#include <cmath>
-
+#include "foundation/depth_steps.h"
 #include "foundation/number_parse.h"
-#include "reader/section_index.h"
+#include "foundation/section_index.h"
 
 namespace quarl {
 
 namespace {
-
-constexpr double kDepthTolerance = 1e-7;
 
 // The column of "DEPT", else "M__DEPTH", else "DEPTH", else the first one.
 size_t DepthColumn(const CLasSection& definition)
@@ -22,15 +19,6 @@ size_t DepthColumn(const CLasSection& definition)
         if (index >= 0) return static_cast<size_t>(index);
     }
     return 0;
-}
-
-// A difference equal to the tolerance passes.
-bool StepsEvenly(const std::vector<double>& depths, double step)
-{
-    for (size_t row = 1; row < depths.size(); ++row) {
-        if (std::fabs(depths[row - 1] + step - depths[row]) > kDepthTolerance) return false;
-    }
-    return true;
 }
 
 }  // namespace
@@ -59,7 +47,7 @@ ELASFILEERROR CLasReader::CheckDataStepping() const
         if (column >= section->m_curves.size()) continue;
         const CLasCurve& depth = section->m_curves[column];
         if (!depth.m_isNumeric) return LASFILE_BAD_FORMAT;
-        if (!StepsEvenly(depth.m_numbers, step)) return LASFILE_BAD_FORMAT;
+        if (FirstUnevenStep(depth.m_numbers, step) != 0) return LASFILE_BAD_FORMAT;
     }
     return LASFILE_OK;
 }

@@ -13,7 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "support/writer_access.h"
-#include "writer/output_file.h"
+#include "writer/output_stream.h"
 
 namespace quarl::test {
 namespace {

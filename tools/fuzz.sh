@@ -3,7 +3,7 @@
 # fails on the first finding (crash, leak, timeout, sanitizer report).
 #
 #   CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DQUARL_FUZZ=ON \
-#     -DQUARL_BUILD_TESTS=OFF -DQUARL_BUILD_EXAMPLES=OFF -DQUARL_INSTALL=OFF
+#     -DQUARL_BUILD_TESTS=OFF -DQUARL_BUILD_APPS=OFF -DQUARL_BUILD_EXAMPLES=OFF -DQUARL_INSTALL=OFF
 #   cmake --build build-fuzz
 #   tools/fuzz.sh [SECONDS_PER_TARGET] [BUILD_DIR]
 #

@@ -15,7 +15,7 @@ build=${1:-build}
 [ -f "$build/build.ninja" ] || cmake -S . -B "$build" -G Ninja >/dev/null
 cmake --build "$build"
 failed=0
-for test in "$build"/tests/test_*; do
+for test in "$build"/tests/test_* "$build"/apps/tests/test_*; do
   [ -x "$test" ] || continue
   start=$(date +%s)
   # The limit tests measure a child's peak memory, which valgrind's own

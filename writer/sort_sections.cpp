@@ -3,13 +3,13 @@
 // complete, so a failure leaves every section where it was.
 #include <algorithm>
 #include <string>
-#include <unordered_map>
+#include <map>
 #include <vector>
 
 #include <quarl/writer.h>
 
-#include "foundation/platform.h"
-#include "reader/section_names.h"
+#include "foundation/section_index.h"
+#include "foundation/section_names.h"
 
 namespace quarl {
 
@@ -20,13 +20,13 @@ constexpr size_t kNone = static_cast<size_t>(-1);
 // The sections not yet placed and the order built so far. The sections
 // still to place keep the order of the stored list; each name leads to the
 // positions of the sections of that name (ASCII case folded), so that a
-// lookup by name and the count of data sections take constant time on
-// average and a document of many sections sorts in linear time.
+// lookup by name takes logarithmic time and the count of data sections
+// constant time, whatever the names.
 struct Placement {
     explicit Placement(const std::vector<CLasSection>& stored) : sections(stored), placed(stored.size())
     {
         for (size_t i = 0; i < sections.size(); ++i) {
-            byName[Fold(sections[i].m_name)].positions.push_back(i);
+            byName[detail::FoldSectionName(sections[i].m_name.c_str())].positions.push_back(i);
             dataLeft += sections[i].m_type == LASSECTION_DATA ? 1 : 0;
         }
     }
@@ -35,7 +35,7 @@ struct Placement {
     size_t Find(const std::string& name)
     {
         if (name.empty()) return kNone;
-        const auto found = byName.find(Fold(name));
+        const auto found = byName.find(detail::FoldSectionName(name.c_str()));
         if (found == byName.end()) return kNone;
         Positions& same = found->second;
         while (same.next < same.positions.size() && placed[same.positions[same.next]]) ++same.next;
@@ -58,30 +58,17 @@ struct Placement {
     }
     size_t CountData() const { return dataLeft; }
 
-    static std::string Fold(const std::string& name)
-    {
-        std::string folded(name.c_str());  // compared as the C string it is
-        for (char& c : folded) c = AsciiLower(c);
-        return folded;
-    }
-
     struct Positions {
         std::vector<size_t> positions;
         size_t next = 0;  // those before it are placed
     };
     const std::vector<CLasSection>& sections;
     std::vector<bool> placed;
-    std::unordered_map<std::string, Positions> byName;
+    std::map<std::string, Positions> byName;  // ordered: no names can make it slow
     size_t dataLeft = 0;
     size_t secondaryCursor = 0;  // no secondary data section stands before it unplaced
     std::vector<size_t> order;
 };
-
-bool IsLogDataWholeName(const std::string& name)
-{
-    return AsciiEqualNoCase(name.c_str(), "ASCII") || AsciiEqualNoCase(name.c_str(), "LOG") ||
-           AsciiEqualNoCase(name.c_str(), "Log_Data");
-}
 
 std::string BaseName(const CLasSection& section)
 {
@@ -108,7 +95,7 @@ size_t FindSecondaryData(Placement& placement)
     size_t& i = placement.secondaryCursor;
     for (; i < placement.sections.size(); ++i) {
         const CLasSection& section = placement.sections[i];
-        if (!placement.placed[i] && section.m_type == LASSECTION_DATA && !IsLogDataWholeName(section.m_name))
+        if (!placement.placed[i] && section.m_type == LASSECTION_DATA && !IsMainDataName(section.m_name.c_str()))
             return i;
     }
     return kNone;
@@ -118,9 +105,11 @@ size_t FindSecondaryData(Placement& placement)
 // everything else still to be placed goes ahead of them in list order.
 void PlaceMainData(Placement& placement)
 {
-    size_t at = placement.Find("ASCII");
-    if (at == kNone) at = placement.Find("LOG");
-    if (at == kNone) at = placement.Find("Log_Data");
+    size_t at = kNone;
+    for (const char* name : kMainDataNames) {
+        at = placement.Find(name);
+        if (at != kNone) break;
+    }
     std::vector<size_t> last;
     if (at != kNone) {
         const CLasSection& data = placement.sections[at];

@@ -4,8 +4,9 @@
 
 #include <quarl/writer.h>
 
-#include "reader/section_index.h"
-#include "reader/section_names.h"
+#include "foundation/delimiter_words.h"
+#include "foundation/section_index.h"
+#include "foundation/section_names.h"
 
 namespace quarl {
 
@@ -37,7 +38,7 @@ ELASFILEERROR CLasWriter::Validate()
 {
     if (m_writing) return LASFILE_WRONG_STATE;  // from the status callback of a Write
     ClearLastError();
-    if (m_delimiter != ' ' && m_delimiter != '\t' && m_delimiter != ',')
+    if (!DelimiterWord(m_delimiter))
         return SetLastError(LASFILE_BAD_VALUE, nullptr, nullptr, -1, -1);
     CreateMissingSections();
     const ELASFILEERROR sortResult = SortSections();
@@ -55,7 +56,8 @@ void CLasWriter::CreateMissingSections()
 {
     if (FindSectionIndexByName("Well") < 0) AppendSection(m_sections, "Well", LASSECTION_HEADER);
 
-    const int32_t ascii = FindSectionIndexByName("ASCII");
+    // Only the main data section under its first name gets a Curve section.
+    const int32_t ascii = FindSectionIndexByName(kMainDataNames[0]);
     if (ascii >= 0 && FindSectionIndexByName("Curve") < 0) {
         const std::string link = m_sections[static_cast<size_t>(ascii)].m_association;
         if (FindSectionIndexByName(link.c_str()) < 0) {
@@ -65,7 +67,7 @@ void CLasWriter::CreateMissingSections()
     }
     if (!m_isLas3) return;
 
-    const int32_t main = FindSectionIndexByName("ASCII");
+    const int32_t main = FindSectionIndexByName(kMainDataNames[0]);
     // One index of the names for all data sections, kept up to date as
     // sections are appended, rather than one search each.
     detail::SectionNameIndex byName;
@@ -94,9 +96,8 @@ ELASFILEERROR CLasWriter::CheckRequiredSections()
     } else if (FindSectionIndexByName("Curve") < 0 &&
                FindSectionIndexByName("Log_Definition") < 0) {
         missing = "Curve";
-    } else if (FindSectionIndexByName("ASCII") < 0 && FindSectionIndexByName("Log") < 0 &&
-               FindSectionIndexByName("Log_Data") < 0) {
-        missing = "ASCII";
+    } else if (FindMainDataSection() < 0) {
+        missing = kMainDataNames[0];
     }
     if (!missing) return LASFILE_OK;
     return SetLastError(LASFILE_MISSING_SECTION, missing, nullptr, -1, -1);

@@ -1,23 +1,15 @@
 // FillWellSection: the depth range of the Well section against the main
 // data, and the descriptive parameters that a Well section needs.
-#include <cmath>
-
 #include <quarl/writer.h>
 
+#include "foundation/depth_steps.h"
 #include "foundation/number_parse.h"
+#include "foundation/section_names.h"
 #include "writer/number_format.h"
 
 namespace quarl {
 
 namespace {
-
-// Two depths agree when they differ by no more than this.
-constexpr double kDepthTolerance = 1e-07;
-
-bool Agree(double a, double b)
-{
-    return std::fabs(a - b) <= kDepthTolerance;
-}
 
 bool Has(const CLasSection& section, const char* mnemonic)
 {
@@ -62,10 +54,9 @@ ELASFILEERROR CLasWriter::FillWellSection()
     ClearLastError();
     const int32_t wellIndex = FindSectionIndexByName("Well");
     if (wellIndex < 0) return SetLastError(LASFILE_MISSING_SECTION, "Well", nullptr, -1, -1);
-    int32_t dataIndex = FindSectionIndexByName("ASCII");
-    if (dataIndex < 0) dataIndex = FindSectionIndexByName("LOG");
-    if (dataIndex < 0) dataIndex = FindSectionIndexByName("Log_Data");
-    if (dataIndex < 0) return SetLastError(LASFILE_MISSING_SECTION, "ASCII", nullptr, -1, -1);
+    const int32_t dataIndex = FindMainDataSection();
+    if (dataIndex < 0)
+        return SetLastError(LASFILE_MISSING_SECTION, kMainDataNames[0], nullptr, -1, -1);
 
     CLasSection& well = m_sections[static_cast<size_t>(wellIndex)];
     const CLasSection& data = m_sections[static_cast<size_t>(dataIndex)];
@@ -98,12 +89,12 @@ ELASFILEERROR CLasWriter::CheckDepths(const CLasSection& data, CLasSection& well
 
     if (!Has(well, "STRT")) {
         Append(well, "STRT", detail::Fixed8(first), "Starting Depth", "{F}");
-    } else if (!Agree(ValueOf(well, "STRT"), first)) {
+    } else if (!DepthsAgree(ValueOf(well, "STRT"), first)) {
         return SetLastError(LASFILE_BAD_FORMAT, name, "STRT", 0, 0);
     }
     if (!Has(well, "STOP")) {
         Append(well, "STOP", detail::Fixed8(last), "Stopping Depth", "{F}");
-    } else if (!Agree(ValueOf(well, "STOP"), last)) {
+    } else if (!DepthsAgree(ValueOf(well, "STOP"), last)) {
         const int32_t row = static_cast<int32_t>(depths.size()) - 1;
         return SetLastError(LASFILE_BAD_FORMAT, name, "STOP", 0, row);
     }
@@ -114,10 +105,9 @@ ELASFILEERROR CLasWriter::CheckDepths(const CLasSection& data, CLasSection& well
     }
     const double step = ValueOf(well, "STEP");
     if (step == 0.0) return LASFILE_OK;
-    for (size_t i = 1; i < depths.size(); ++i) {
-        if (std::fabs(step + depths[i - 1] - depths[i]) > kDepthTolerance)
-            return SetLastError(LASFILE_BAD_FORMAT, name, "STEP", 0, static_cast<int32_t>(i));
-    }
+    const size_t uneven = FirstUnevenStep(depths, step);
+    if (uneven != 0)
+        return SetLastError(LASFILE_BAD_FORMAT, name, "STEP", 0, static_cast<int32_t>(uneven));
     return LASFILE_OK;
 }
 

@@ -2,9 +2,11 @@
 // last-error record, AddSection and the lookups in the stored sections.
 #include <quarl/writer.h>
 
+#include "foundation/delimiter_words.h"
 #include "foundation/platform.h"
-#include "reader/section_index.h"
-#include "writer/output_file.h"
+#include "foundation/section_index.h"
+#include "foundation/section_names.h"
+#include "writer/output_stream.h"
 
 namespace quarl {
 
@@ -81,7 +83,7 @@ ELASFILEERROR CLasWriter::SetFormat(bool isLas3, char delimiter)
         return SetLastError(LASFILE_NOT_ALLOWED_IN_VERSION, "VERSION", "DLM", -1, -1);
     if (!m_sections.empty()) return SetLastError(LASFILE_WRONG_STATE, nullptr, nullptr, -1, -1);
     m_isLas3 = isLas3;
-    if (delimiter != ' ' && delimiter != '\t' && delimiter != ',')
+    if (!DelimiterWord(delimiter))
         return SetLastError(LASFILE_BAD_VALUE, nullptr, nullptr, -1, -1);
     m_delimiter = delimiter;
     return LASFILE_OK;
@@ -99,8 +101,7 @@ ELASFILEERROR CLasWriter::AddSection(const CLasSection& section)
     if (m_writing) return LASFILE_WRONG_STATE;  // from the status callback of a Write
     ClearLastError();
     const char* name = section.m_name.c_str();
-    if (HasSectionNamed(name) || AsciiEqualNoCase(name, "VERSION") ||
-        AsciiEqualNoCase(name, "V"))
+    if (HasSectionNamed(name) || IsVersionSectionName(name))
         return SetLastError(LASFILE_DUPLICATE_SECTION, name, nullptr, -1, -1);
     const ELASFILEERROR nameResult = ValidateSectionName(section);
     if (nameResult != LASFILE_OK) return SetLastError(nameResult, name, nullptr, -1, -1);
@@ -168,6 +169,17 @@ bool CLasWriter::HasSectionNamed(const char* name)
         m_namesCounted = m_sections.size();
     }
     return m_names->Find(name) >= 0;
+}
+
+// The main data section: the first one named "ASCII", else "LOG", else
+// "Log_Data"; -1 when there is none.
+int32_t CLasWriter::FindMainDataSection() const
+{
+    for (const char* name : kMainDataNames) {
+        const int32_t index = FindSectionIndexByName(name);
+        if (index >= 0) return index;
+    }
+    return -1;
 }
 
 int32_t CLasWriter::CountSectionsByType(ELASSECTIONTYPE type) const

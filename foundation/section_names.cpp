@@ -1,4 +1,4 @@
-#include "reader/section_names.h"
+#include "foundation/section_names.h"
 
 #include "foundation/platform.h"
 
@@ -57,6 +57,19 @@ bool ParseSectionHeader(const char* line, std::string* name, std::string* associ
     p = SkipSpacesAndTabs(p + 1);
     TakeWord(p, association);
     return true;
+}
+
+bool IsVersionSectionName(const char* name)
+{
+    return AsciiEqualNoCase(name, "Version") || AsciiEqualNoCase(name, "V");
+}
+
+bool IsMainDataName(const char* name)
+{
+    for (const char* mainName : kMainDataNames) {
+        if (AsciiEqualNoCase(name, mainName)) return true;
+    }
+    return false;
 }
 
 bool IsKnownSuffix(const std::string& suffix)

@@ -1,25 +1,48 @@
-// The helpers of the example programs that compute numbers: scales and gaps
-// of the log plot, curve statistics, the format read back from a Version
-// section, and the well range taken from the data for conversion.
+// The support of the programs where it computes: scales and gaps of the log
+// plot, curve statistics, the well range taken from the data for conversion,
+// and the conversion of the real files of the corpus.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include "examples/common/las_tools.h"
-#include "examples/common/svg_plot.h"
-#include "support/writer_access.h"
+#include "support/conversion.h"
+#include "support/log_facts.h"
+#include "support/svg_plot.h"
+#include "support/text.h"
 
-namespace ex = quarl::examples;
+namespace ex = quarl::apps;
+namespace fs = std::filesystem;
 using quarl::CLasCurve;
 using quarl::CLasParam;
 using quarl::CLasSection;
+using quarl::LASFILE_OK;
 
 namespace {
 
-CLasParam Param(const char* mnemonic, const char* unit, const char* value) { return quarl::test::Param(mnemonic, unit, value, ""); }
-CLasCurve Numeric(const char* mnemonic, std::vector<double> values) { return quarl::test::Numbers(values, Param(mnemonic, "", "")); }
+CLasParam Param(const char* mnemonic, const char* unit, const char* value)
+{
+    CLasParam p;
+    p.m_mnemonic = mnemonic;
+    p.m_unit = unit;
+    p.m_value = value;
+    return p;
+}
+
+CLasCurve Numeric(const char* mnemonic, std::vector<double> values)
+{
+    CLasCurve c;
+    c.m_isNumeric = true;
+    c.m_definition = Param(mnemonic, "", "");
+    c.m_numbers = std::move(values);
+    return c;
+}
 
 std::string Scale(const ex::TrackScale& s) { return std::to_string(s.log) + " " + std::to_string(s.left) + " " + std::to_string(s.right); }
 
@@ -72,7 +95,7 @@ TEST(PlotCurves, NullAndUnplottableValuesBreakTheLine)
     EXPECT_EQ(Runs({100, -999.25, 101}, {1, 2, 3, 4}, true, false), " 100:1/ 101:3");  // a NULL depth drops its row
 }
 
-TEST(CurveFacts, StatisticsNullValueDepthCurveAndFormat)
+TEST(CurveFacts, StatisticsNullValueAndDepthCurve)
 {
     const CLasCurve curve = Numeric("GR", {45.5, -999.25, 120.0, -999.25, 3.0, NAN});
     const auto stats = [](const CLasCurve& c, bool hasNull) {
@@ -104,17 +127,6 @@ TEST(CurveFacts, StatisticsNullValueDepthCurveAndFormat)
     data.m_curves[0].m_isNumeric = false;
     EXPECT_EQ(ex::DepthCurveIndex(data), -1);
 
-    // The format as the reader takes it: against the period, YES in the unit, delimiter by name.
-    const auto format = [](std::vector<CLasParam> params) {
-        CLasSection version;
-        version.m_params = std::move(params);
-        const ex::FileFormat f = ex::FormatOf(&version);
-        return f.version + " " + std::to_string(f.isLas3) + std::to_string(f.isWrapped) + f.delimiter;
-    };
-    EXPECT_EQ(format({}), "? 00 ");
-    EXPECT_EQ(format({Param("VERS", "", "2.0"), Param("WRAP", "", "NO")}), "2.0 00 ");
-    EXPECT_EQ(format({Param("VERS", "3.0", ""), Param("WRAP", "YES", ""), Param("dlm", "", "comma")}), "3.0 11,");
-    EXPECT_EQ(format({Param("VERS", "", "1.2"), Param("WRAP", "", "yes"), Param("DLM", "", "TAB")}), "1.2 01\t");
 }
 
 TEST(Conversion, WellRangeIsTakenFromTheDataSoTheWriterAcceptsIt)
@@ -140,8 +152,95 @@ TEST(Conversion, WellRangeIsTakenFromTheDataSoTheWriterAcceptsIt)
     EXPECT_EQ(fix({100, 100.5, 101}, "200", "1"), "100 101 0.5 2 ok");
     EXPECT_EQ(fix({100, 101, 103}, "103", "1"), "100 103 0 1 ok");  // uneven: STEP 0
     EXPECT_EQ(fix({100, 100.25, 100.5}, "100.50000", "0.2500"), "100 100.50000 0.2500 0 ok");  // left alone
+    // A depth that ten significant digits cannot hold is written in full.
+    EXPECT_EQ(fix({100, 2707.10009766}, "200", "0"), "100 2707.10009766 0 1 ok");
     // In LAS 3.0 one-letter names are not written in full: nothing is found, nothing changes.
     EXPECT_EQ(fix({100, 100.5}, "200", "1", true), "100 200 1 0 refused");
+}
+
+std::string ReadBytes(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    return bytes.str();
+}
+
+// The bytes of a written file without its "# Filename:" line.
+std::string WithoutFilename(std::string bytes)
+{
+    const size_t start = bytes.find("# Filename: ");
+    if (start == std::string::npos) return bytes;
+    return bytes.erase(start, bytes.find('\n', start) + 1 - start);
+}
+
+// The values of every curve, 15 significant digits each, sorted by curve;
+// text curves are marked "|text ".
+std::string Values(const std::string& path, quarl::ELASFILEERROR* result = nullptr)
+{
+    quarl::CLasReader reader;
+    const quarl::ELASFILEERROR opened = reader.Open(tessel::TxString(path));
+    if (result) *result = opened;
+    std::vector<std::string> curves;
+    for (const auto& s : reader)
+        for (const CLasCurve& c : s->m_curves) {
+            curves.push_back((c.m_isNumeric ? "|" : "|text ") + c.m_definition.m_mnemonic + ":");
+            for (double v : c.m_numbers) curves.back() += ex::FormatNumber(v, 15) + ",";
+            for (const std::string& v : c.m_strings) curves.back() += v + ",";
+        }
+    std::sort(curves.begin(), curves.end());
+    std::string text;
+    for (const std::string& c : curves) text += c;
+    return text;
+}
+
+// Fewer real round trips than this proves nothing about the corpus.
+constexpr int kMinimumCorpusRoundTrips = 70;
+
+TEST(Conversion, CorpusAndSamplesSurviveConversion)
+{
+    std::vector<std::string> files;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(QUARL_CORPUS_DIR, error))
+        if (entry.path().extension() == ".las") files.push_back(entry.path().string());
+    if (files.empty()) GTEST_SKIP() << "no corpus at " << QUARL_CORPUS_DIR;
+    std::sort(files.begin(), files.end());
+    const fs::path dir = fs::path(testing::TempDir()) / "quarl_app_support";
+    fs::create_directories(dir);
+    const std::string out = (dir / "out.las").string();
+    // Real files often give a STOP or STEP their depths do not follow, which
+    // the writer refuses: the range is taken from the data, values untouched.
+    ex::ConvertOptions options;
+    options.fixWellRange = true;
+    int roundTrips = 0;
+    for (const std::string& path : files) {
+        SCOPED_TRACE(path);
+        quarl::ELASFILEERROR read;
+        const std::string original = Values(path, &read);
+        if (read != LASFILE_OK || original.find("|text ") != std::string::npos || original.empty()) continue;
+        std::remove(out.c_str());
+        const ex::ConvertResult first = ex::ConvertFile(path, out, options);
+        if (first.code != LASFILE_OK) {  // only for what the file holds, never for a fault
+            EXPECT_TRUE((first.stage == "add" || first.stage == "write") && first.code != quarl::LASFILE_IO_FAILED &&
+                        first.code != quarl::LASFILE_OUT_OF_MEMORY && first.code != quarl::LASFILE_WRONG_STATE)
+                << first.message;
+            continue;
+        }
+        EXPECT_EQ(Values(out), original);
+        const std::string again = (dir / "again.las").string();
+        ASSERT_EQ(ex::ConvertFile(out, again, options).code, LASFILE_OK);
+        EXPECT_EQ(WithoutFilename(ReadBytes(again)), WithoutFilename(ReadBytes(out))) << "converting the written file again changed it";
+        ++roundTrips;
+    }
+    std::printf("corpus: %zu files, %d round trips\n", files.size(), roundTrips);
+    EXPECT_GE(roundTrips, kMinimumCorpusRoundTrips);
+    // The bundled LAS 3.0 sample, text column and all, with the comma.
+    const std::string sample = std::string(QUARL_SAMPLE_DIR) + "/sample_las30.las";
+    options.toLas3 = true;
+    options.delimiter = ',';
+    ASSERT_EQ(ex::ConvertFile(sample, out, options).code, LASFILE_OK);
+    EXPECT_EQ(Values(out), Values(sample));
+    fs::remove_all(dir);
 }
 
 }  // namespace

@@ -8,10 +8,14 @@
 #include <string>
 #include <vector>
 
-#include "common/las_tools.h"
-#include "common/svg_plot.h"
+#include "support/command_line.h"
+#include "support/file_identity.h"
+#include "support/log_facts.h"
+#include "support/program.h"
+#include "support/svg_plot.h"
+#include "support/text.h"
 
-namespace ex = quarl::examples;
+namespace ex = quarl::apps;
 
 namespace {
 
@@ -27,18 +31,7 @@ void Usage(std::FILE* to)
         "  --track-width PX      width of one track in pixels (default: 150)\n");
 }
 
-bool ParsePixels(const char* text, double low, double high, double* out)
-{
-    char* end = nullptr;
-    const double value = std::strtod(text, &end);
-    if (end == text || *end != '\0' || !(value >= low && value <= high)) return false;
-    *out = value;
-    return true;
-}
-
-}  // namespace
-
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     std::vector<std::string> positional;
     std::vector<std::string> curves, logCurves;
@@ -63,13 +56,13 @@ int main(int argc, char** argv)
         } else if (arg == "--section") {
             sectionName = value("--section");
         } else if (arg == "--height") {
-            if (!ParsePixels(value("--height"), 100, 20000, &height)) {
+            if (!ex::ParseNumberIn(value("--height"), 100, 20000, &height)) {
                 std::fprintf(stderr,
                              "quarl-plot: --height wants a number of pixels from 100 to 20000\n");
                 return 2;
             }
         } else if (arg == "--track-width") {
-            if (!ParsePixels(value("--track-width"), 60, 1000, &trackWidth)) {
+            if (!ex::ParseNumberIn(value("--track-width"), 60, 1000, &trackWidth)) {
                 std::fprintf(
                     stderr, "quarl-plot: --track-width wants a number of pixels from 60 to 1000\n");
                 return 2;
@@ -88,13 +81,18 @@ int main(int argc, char** argv)
     }
     const std::string& in = positional[0];
     const std::string& out = positional[1];
+    if (ex::SameFile(in, out)) {
+        std::fprintf(stderr, "quarl-plot: %s is the input file %s; choose another OUT.svg\n",
+                     out.c_str(), in.c_str());
+        return 2;
+    }
 
     quarl::CLasReader reader;
     const quarl::ELASFILEERROR code = reader.Open(tessel::TxString(in));
     if (code != quarl::LASFILE_OK) {
         std::fprintf(
-            stderr, "quarl-plot: %s: %s (%s)%s\n", in.c_str(), ex::ResultName(code),
-            ex::ResultMeaning(code),
+            stderr, "quarl-plot: %s: %s (%s)%s\n", in.c_str(), quarl::ResultName(code),
+            quarl::ResultDescription(code),
             reader.empty() ? (code == quarl::LASFILE_BAD_FORMAT ? "; not a LAS file" : "") : "");
         return 1;
     }
@@ -223,4 +221,11 @@ int main(int argc, char** argv)
                 ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.back()).c_str(),
                 plot.depthUnit.c_str());
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    return ex::RunGuarded("quarl-plot", Run, argc, argv);
 }

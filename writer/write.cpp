@@ -7,20 +7,14 @@
 
 #include <quarl/writer.h>
 
-#include "writer/output_file.h"
+#include "foundation/delimiter_words.h"
+#include "writer/output_stream.h"
 
 namespace quarl {
 
 namespace {
 
 using detail::OutputBuffer;
-
-const char* DelimiterName(char delimiter)
-{
-    if (delimiter == '\t') return "TAB";
-    if (delimiter == ',') return "COMMA";
-    return "SPACE";
-}
 
 bool IsParameterType(ELASSECTIONTYPE type)
 {
@@ -131,7 +125,7 @@ ELASFILEERROR CLasWriter::WriteHead(OutputBuffer& out)
     bool good = out.Text(version) &&
                 out.Text(std::string(" WRAP.                           NO : ONE LINE PER DEPTH STEP\n"));
     if (good && m_isLas3)
-        good = out.Padded(" DLM .                        ", DelimiterName(m_delimiter), 5, false,
+        good = out.Padded(" DLM .                        ", DelimiterWord(m_delimiter), 5, false,
                           " : DELIMITING CHARACTER BETWEEN DATA COLUMNS\n");
     if (!good) return SetLastError(LASFILE_IO_FAILED, nullptr, nullptr, -1, -1);
     return LASFILE_OK;

@@ -1,4 +1,4 @@
-#include "writer/output_file.h"
+#include "writer/output_stream.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,23 +1,15 @@
-// The log plot of quarl-plot: depth down the page, one track per curve, as a
-// standalone SVG document. Header-only; knows nothing of files, only of
-// depths and values.
-#ifndef QUARL_EXAMPLES_SVG_PLOT_H
-#define QUARL_EXAMPLES_SVG_PLOT_H
+#include "support/svg_plot.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <string>
-#include <utility>
-#include <vector>
 
-#include "las_tools.h"
+#include "support/log_facts.h"
+#include "support/text.h"
 
-namespace quarl::examples {
+namespace quarl::apps {
 
-// A "nice" interval for about `count` steps over `range`: 1, 2 or 5 times a
-// power of ten. A range of zero or less gives 1.
-inline double NiceStep(double range, double count)
+double NiceStep(double range, double count)
 {
     if (!(range > 0) || !(count > 0) || !std::isfinite(range)) return 1.0;
     const double raw = range / count;
@@ -33,17 +25,7 @@ inline double NiceStep(double range, double count)
     return nice * power;
 }
 
-// The scale of one track: the values at its left and right edges.
-struct TrackScale {
-    double left = 0.0;
-    double right = 1.0;
-    bool log = false;
-    double step = 0.25;  // linear: the interval of the vertical grid lines
-};
-
-// A linear scale on nice bounds around [min, max], with about four grid
-// intervals. A single value, or no value (NaN), still gives a usable scale.
-inline TrackScale LinearScale(double min, double max)
+TrackScale LinearScale(double min, double max)
 {
     TrackScale scale;
     if (std::isnan(min) || std::isnan(max)) return scale;
@@ -68,9 +50,7 @@ inline TrackScale LinearScale(double min, double max)
     return scale;
 }
 
-// A logarithmic scale over whole decades around [min, max]. Values of zero
-// or less cannot stand on it; when none is positive, 0.1 to 1000 is used.
-inline TrackScale LogScale(double minPositive, double max)
+TrackScale LogScale(double minPositive, double max)
 {
     TrackScale scale;
     scale.log = true;
@@ -87,9 +67,7 @@ inline TrackScale LogScale(double minPositive, double max)
     return scale;
 }
 
-// Where a value stands between the left (0) and right (1) edge; NaN for a
-// value a log scale cannot show. Not clipped.
-inline double ScalePosition(const TrackScale& scale, double value)
+double ScalePosition(const TrackScale& scale, double value)
 {
     if (scale.log) {
         if (!(value > 0)) return std::nan("");
@@ -100,12 +78,10 @@ inline double ScalePosition(const TrackScale& scale, double value)
     return (value - scale.left) / (scale.right - scale.left);
 }
 
-// The runs of drawable points of a curve, as (depth, value) pairs. A NULL
-// value, a non-finite value or depth, or a value the scale cannot show ends
-// a run, so that it is drawn as a gap.
-inline std::vector<std::vector<std::pair<double, double>>> CurveRuns(
-    const std::vector<double>& depths, const std::vector<double>& values, bool hasNull,
-    double nullValue, bool logScale)
+std::vector<std::vector<std::pair<double, double>>> CurveRuns(const std::vector<double>& depths,
+                                                              const std::vector<double>& values,
+                                                              bool hasNull, double nullValue,
+                                                              bool logScale)
 {
     std::vector<std::vector<std::pair<double, double>>> runs;
     std::vector<std::pair<double, double>> run;
@@ -126,28 +102,9 @@ inline std::vector<std::vector<std::pair<double, double>>> CurveRuns(
     return runs;
 }
 
-struct PlotTrack {
-    std::string mnemonic;
-    std::string unit;
-    std::string description;
-    std::vector<double> values;
-    bool log = false;
-};
+namespace {
 
-struct PlotInput {
-    std::string title;     // well name
-    std::string subtitle;  // file, company, ...
-    std::string depthMnemonic = "DEPT";
-    std::string depthUnit;
-    std::vector<double> depths;
-    std::vector<PlotTrack> tracks;
-    bool hasNull = false;
-    double nullValue = 0.0;
-    double dataHeight = 0.0;  // pixels for the depth range; 0 chooses
-    double trackWidth = 150.0;
-};
-
-inline std::string Px(double value)
+std::string Px(double value)
 {
     char buffer[32];
     std::snprintf(buffer, sizeof buffer, "%.1f", value);
@@ -158,22 +115,15 @@ inline std::string Px(double value)
 }
 
 // A label of a scale or axis value: short, no exponent for common values.
-inline std::string AxisLabel(double value)
+std::string AxisLabel(double value)
 {
     if (std::fabs(value) < 1e-12) return "0";
     return FormatNumber(value, 6);
 }
 
-// Cuts a text to `max` bytes with an ellipsis, never inside a UTF-8 sequence.
-inline std::string Shorten(const std::string& text, size_t max)
-{
-    if (text.size() <= max) return text;
-    size_t cut = max > 1 ? max - 1 : 0;
-    while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;
-    return text.substr(0, cut) + "\xE2\x80\xA6";
-}
+}  // namespace
 
-inline std::string RenderLogPlot(const PlotInput& in)
+std::string RenderLogPlot(const PlotInput& in)
 {
     static const char* const kColours[] = {"#1a7a3a", "#c0392b", "#1f5fa8", "#7d3c98", "#d35400",
                                            "#117a65", "#8e5a1e", "#b03a7a", "#34495e", "#2e86c1"};
@@ -366,6 +316,4 @@ inline std::string RenderLogPlot(const PlotInput& in)
     return s;
 }
 
-}  // namespace quarl::examples
-
-#endif
+}  // namespace quarl::apps

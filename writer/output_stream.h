@@ -1,8 +1,8 @@
 // The writer's output: a temporary file beside the target that replaces the
 // target only once it is complete, and a buffer of the writer's own in front
 // of it that reaches the file in large writes.
-#ifndef QUARL_WRITER_OUTPUT_FILE_H
-#define QUARL_WRITER_OUTPUT_FILE_H
+#ifndef QUARL_WRITER_OUTPUT_STREAM_H
+#define QUARL_WRITER_OUTPUT_STREAM_H
 
 #include <cstddef>
 #include <cstdint>

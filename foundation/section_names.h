@@ -1,7 +1,8 @@
-// Section headers and names: how a "~" line is taken apart, and the two
-// families of names that mean the log curves. Shared by reader and writer.
-#ifndef QUARL_READER_SECTION_NAMES_H
-#define QUARL_READER_SECTION_NAMES_H
+// Section headers and names: how a "~" line is taken apart, the Version
+// section's names, the names of the main data section, and the two families
+// of names that mean the log curves. Shared by reader and writer.
+#ifndef QUARL_FOUNDATION_SECTION_NAMES_H
+#define QUARL_FOUNDATION_SECTION_NAMES_H
 
 #include <string>
 
@@ -23,6 +24,17 @@ bool SplitSectionName(const char* text, bool stripKnownSuffix, std::string* base
 bool IsLogDataName(const char* text);
 // "curve", "c" or "Log_Definition", with any index.
 bool IsLogDefinitionName(const char* text);
+
+// "Version" or "V", ignoring the case of ASCII letters: the first section of
+// every file, which says how the rest is read.
+bool IsVersionSectionName(const char* name);
+
+// The names of the main data section, in the order they are looked for:
+// "ASCII", else "LOG", else "Log_Data". The first is the name a missing
+// main data section is reported under.
+constexpr const char* kMainDataNames[] = {"ASCII", "LOG", "Log_Data"};
+// Whether `name` is one of kMainDataNames as a whole, ignoring case.
+bool IsMainDataName(const char* name);
 
 // Whether a suffix is "_Data", "_Definition" or "_Parameter", ignoring case.
 bool IsKnownSuffix(const std::string& suffix);
