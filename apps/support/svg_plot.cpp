@@ -318,9 +318,10 @@ std::string RenderLogPlot(const PlotInput& in)
              "\" height=\"" + Px(f.headerHeight) +
              "\" fill=\"#fafafa\" stroke=\"#444\" stroke-width=\"1\"/>\n";
         const std::string clip = "clip" + std::to_string(t);
+        // Room above and below the track for the whole dot of a sample there.
         defs += "<clipPath id=\"" + clip + "\"><rect x=\"" + Px(x0) + "\" y=\"" +
-                Px(f.plotTop) + "\" width=\"" + Px(f.trackWidth) + "\" height=\"" +
-                Px(f.height) + "\"/></clipPath>\n";
+                Px(f.plotTop - 3) + "\" width=\"" + Px(f.trackWidth) + "\" height=\"" +
+                Px(f.height + 6) + "\"/></clipPath>\n";
         // The curves' headers are stacked and centred in the header.
         const double blocks = 40.0 * static_cast<double>(track.curves.size());
         double blockTop = headTop + (f.headerHeight - blocks) / 2;
