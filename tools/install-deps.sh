@@ -1,17 +1,19 @@
 #!/bin/sh
 # Installs from Debian 12 (bookworm) what quarl needs to be built and its
-# tests run: the compiler, CMake, Ninja, GoogleTest and pkg-config. With
-# --all also what the rest of CI uses: Google Benchmark, clang 14 with
+# tests run: the compiler, CMake, Ninja, GoogleTest, pkg-config, and Debian's
+# Python 3 with numpy, pandas, pybind11, pytest and distributed for the
+# Python package. With --all also what the rest of CI uses: clang 14 with
 # libFuzzer, gcovr, valgrind, and two host locales (de_DE.UTF-8 with a
 # decimal comma, tr_TR.ISO-8859-9) for the tests that prove the library
 # ignores the host's locale. Runs as root, or through sudo.
 set -eu
 
-packages="cmake ninja-build g++ libgtest-dev libgmock-dev pkg-config"
+packages="cmake ninja-build g++ libgtest-dev pkg-config
+  python3-dev python3-numpy python3-pandas pybind11-dev python3-pybind11 python3-pytest python3-distributed"
 all=no
 if [ "${1:-}" = "--all" ]; then
   all=yes
-  packages="$packages libbenchmark-dev clang-14 libclang-rt-14-dev gcovr valgrind locales"
+  packages="$packages clang-14 libclang-rt-14-dev gcovr valgrind locales"
 fi
 
 if [ "$(id -u)" = 0 ]; then
