@@ -77,10 +77,11 @@ def test_failures_raise_with_their_record(tmp_path):
     assert not (tmp_path / "out.las").exists()
 
 
-def test_a_clean_read_has_no_notes():
-    for path in (LAS20, LAS30):
-        las = quarl.read(path, strict=True)
-        assert (las.notes, las.result_name) == ([], "LASFILE_OK")
+def test_a_clean_read_has_no_notes_but_a_skipped_section():
+    clean = quarl.read(LAS30, strict=True)
+    assert (clean.notes, clean.result_name) == ([], "LASFILE_OK")
+    skipped = quarl.read(LAS20, strict=True)
+    assert [(n.line, "~Other" in n.text) for n in skipped.notes] == [(35, True)]
 
 
 @pytest.mark.skipif(not CORPUS.is_dir(), reason="the shared corpus is not there")
