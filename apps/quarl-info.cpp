@@ -24,6 +24,7 @@
 
 #include "support/command_line.h"
 #include "support/log_facts.h"
+#include "support/program.h"
 #include "support/text.h"
 
 namespace ex = quarl::apps;
@@ -371,9 +372,7 @@ std::string Json(const Facts& f)
     return j;
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     std::vector<std::string> files;
     bool json = false;
@@ -459,4 +458,11 @@ int main(int argc, char** argv)
     }
     if (json && files.size() > 1) std::printf("]\n");
     return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    return ex::RunGuarded("quarl-info", Run, argc, argv);
 }

@@ -9,8 +9,10 @@
 #include <vector>
 
 #include "support/command_line.h"
+#include "support/file_identity.h"
 #include "support/log_facts.h"
 #include "support/plot_request.h"
+#include "support/program.h"
 #include "support/svg_plot.h"
 #include "support/text.h"
 
@@ -39,9 +41,7 @@ void Usage(std::FILE* to)
         "  --track-width PX      width of one track in pixels (default: 150)\n");
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     std::vector<std::string> positional;
     ex::PlotRequest request;
@@ -114,6 +114,11 @@ int main(int argc, char** argv)
     }
     const std::string& in = positional[0];
     const std::string& out = positional[1];
+    if (ex::SameFile(in, out)) {
+        std::fprintf(stderr, "quarl-plot: %s is the input file %s; choose another OUT.svg\n",
+                     out.c_str(), in.c_str());
+        return 2;
+    }
 
     quarl::CLasReader reader;
     const quarl::ELASFILEERROR code = reader.Open(tessel::TxString(in));
@@ -215,4 +220,11 @@ int main(int argc, char** argv)
                 ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.back()).c_str(),
                 plot.depthUnit.c_str());
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    return ex::RunGuarded("quarl-plot", Run, argc, argv);
 }
