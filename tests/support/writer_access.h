@@ -95,7 +95,6 @@ struct ErrorRecord {
     {
         return code == o.code && section == o.section && param == o.param && column == o.column && row == o.row;
     }
-    bool operator!=(const ErrorRecord& o) const { return !(*this == o); }
 };
 
 inline std::ostream& operator<<(std::ostream& out, const ErrorRecord& r)
