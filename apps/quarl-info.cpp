@@ -23,6 +23,7 @@
 
 #include "support/command_line.h"
 #include "support/log_facts.h"
+#include "support/read_notes.h"
 #include "support/text.h"
 
 namespace ex = quarl::apps;
@@ -36,8 +37,10 @@ void Usage(std::FILE* to)
 {
     std::fprintf(
         to,
-        "usage: quarl-info FILE... [--json] [--progress|--no-progress]\n"
+        "usage: quarl-info FILE... [--json] [--strict] [--progress|--no-progress]\n"
         "  --json         print the facts as JSON (an object, or an array for several files)\n"
+        "  --strict       read exactly by the format's rules; by default the files are read\n"
+        "                 leniently and the notes of the read go to stderr\n"
         "  --progress     always show a progress bar on stderr\n"
         "  --no-progress  never show one (default: on a terminal, for files of 4 MB or more)\n");
 }
@@ -124,6 +127,8 @@ struct Facts {
     quarl::ELASFILEERROR stepping = quarl::LASFILE_WRONG_STATE;
     std::string step;
     std::vector<std::shared_ptr<quarl::CLasSection>> sections;
+    bool strict = false;
+    std::vector<quarl::CLasNote> notes;
 };
 
 double MegabytesPerSecond(const Facts& f)
@@ -324,6 +329,11 @@ std::string Json(const Facts& f)
         first = false;
     }
     j += first ? "],\n" : "\n  ],\n";
+    j += "  \"reading\": " + ex::JsonString(f.strict ? "strict" : "lenient") + ",\n";
+    j += "  \"notes\": [";
+    for (size_t i = 0; i < f.notes.size(); ++i)
+        j += std::string(i ? ",\n    " : "\n    ") + ex::NoteJson(f.notes[i]);
+    j += f.notes.empty() ? "],\n" : "\n  ],\n";
     j += "  \"stepping\": " + ex::JsonString(quarl::ResultName(f.stepping)) + "\n}";
     return j;
 }
@@ -334,11 +344,14 @@ int main(int argc, char** argv)
 {
     std::vector<std::string> files;
     bool json = false;
+    bool strict = false;
     int progressMode = 0;  // 0 automatic, 1 always, -1 never
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         if (arg == "--json")
             json = true;
+        else if (arg == "--strict")
+            strict = true;
         else if (arg == "--progress")
             progressMode = 1;
         else if (arg == "--no-progress")
@@ -366,8 +379,10 @@ int main(int argc, char** argv)
         Facts f;
         f.path = files[n];
         f.bytes = FileSize(f.path);
+        f.strict = strict;
 
         quarl::CLasReader reader;
+        reader.SetOptions(ex::ProgramReadOptions(strict));
         Progress progress;
         if (progressMode == 1 || (progressMode == 0 && terminal && f.bytes >= kProgressBytes))
             reader.SetStatusCallback(&progress, &DrawProgress);
@@ -376,6 +391,8 @@ int main(int argc, char** argv)
         f.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         if (progress.lastWidth >= 0 && !progress.done) std::fprintf(stderr, "\n");
         f.opened = reader.IsOpen();
+        f.notes = reader.GetNotes();
+        if (!json) ex::PrintNotesBounded("quarl-info", f.path, f.notes);
         f.sections.assign(reader.begin(), reader.end());
         if (!f.sections.empty()) {
             f.format.version = ex::VersionText(f.sections[0].get());

@@ -10,6 +10,7 @@
 
 #include "support/command_line.h"
 #include "support/log_facts.h"
+#include "support/read_notes.h"
 #include "support/svg_plot.h"
 #include "support/text.h"
 
@@ -26,7 +27,9 @@ void Usage(std::FILE* to)
         "  --log RES,ILD,...     draw these curves on a logarithmic scale\n"
         "  --section NAME        the data section to draw (default: the log data)\n"
         "  --height PX           height of the depth range in pixels (default: from the rows)\n"
-        "  --track-width PX      width of one track in pixels (default: 150)\n");
+        "  --track-width PX      width of one track in pixels (default: 150)\n"
+        "  --strict              read IN exactly by the format's rules; by default it is read\n"
+        "                        leniently and the notes of the read go to stderr\n");
 }
 
 }  // namespace
@@ -37,6 +40,7 @@ int main(int argc, char** argv)
     std::vector<std::string> curves, logCurves;
     std::string sectionName;
     double height = 0.0, trackWidth = 150.0;
+    bool strict = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         auto value = [&](const char* option) -> const char* {
@@ -49,6 +53,8 @@ int main(int argc, char** argv)
         if (arg == "-h" || arg == "--help") {
             Usage(stdout);
             return 0;
+        } else if (arg == "--strict") {
+            strict = true;
         } else if (arg == "--curves") {
             curves = ex::SplitList(value("--curves"));
         } else if (arg == "--log") {
@@ -83,7 +89,9 @@ int main(int argc, char** argv)
     const std::string& out = positional[1];
 
     quarl::CLasReader reader;
+    reader.SetOptions(ex::ProgramReadOptions(strict));
     const quarl::ELASFILEERROR code = reader.Open(tessel::TxString(in));
+    ex::PrintNotesBounded("quarl-plot", in, reader.GetNotes());
     if (code != quarl::LASFILE_OK) {
         std::fprintf(
             stderr, "quarl-plot: %s: %s (%s)%s\n", in.c_str(), quarl::ResultName(code),

@@ -142,8 +142,14 @@ ConvertResult ConvertFile(const std::string& in, const std::string& out,
     }
 
     CLasReader reader;
+    reader.SetOptions(options.read);
     const ELASFILEERROR readCode = reader.Open(tessel::TxString(in));
-    if (readCode != LASFILE_OK) {
+    result.readNotes = reader.GetNotes();
+    if (readCode != LASFILE_OK && options.keepPartial && reader.size() > 1) {
+        result.notes.push_back(std::string("the read stopped with ") + ResultName(readCode) +
+                               " after " + std::to_string(reader.size()) +
+                               " section(s); the rest of the file is not kept");
+    } else if (readCode != LASFILE_OK) {
         result.code = readCode;
         result.stage = "read";
         result.message = std::string("reading ") + in + " failed with " + ResultName(readCode) +
