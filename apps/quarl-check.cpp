@@ -128,7 +128,7 @@ void PrintText(const Check& c)
                 ex::DelimiterName(c.fix.delimiter).c_str(),
                 c.fix.Repaired() ? "yes" : quarl::ResultName(c.fix.readBack));
     if (!c.fix.formatNote.empty()) std::printf("    %s\n", c.fix.formatNote.c_str());
-    for (const std::string& note : conv.notes) std::printf("    changed: %s\n", note.c_str());
+    for (const std::string& note : conv.notes) std::printf("    %s\n", note.c_str());
     for (const std::string& line : NotKept(c)) std::printf("    not kept: %s\n", line.c_str());
 }
 
@@ -165,7 +165,7 @@ std::string Json(const Check& c)
              ", \"delimiter\": " + ex::JsonString(ex::DelimiterName(c.fix.delimiter)) +
              ", \"reads_strictly\": " + (c.fix.Repaired() ? "true" : "false") +
              ", \"format_note\": " + ex::JsonString(c.fix.formatNote) +
-             ", \"changed\": " + StringArray(conv.notes) +
+             ", \"conversion_notes\": " + StringArray(conv.notes) +
              ", \"not_kept\": " + StringArray(NotKept(c)) + "}";
     }
     return j + "\n}";

@@ -147,8 +147,8 @@ ConvertResult ConvertFile(const std::string& in, const std::string& out,
     result.readNotes = reader.GetNotes();
     if (readCode != LASFILE_OK && options.keepPartial && reader.size() > 1) {
         result.notes.push_back(std::string("the read stopped with ") + ResultName(readCode) +
-                               " after " + std::to_string(reader.size()) +
-                               " section(s); the rest of the file is not kept");
+                               " after section " + (*reader.rbegin())->m_name +
+                               " (kept as far as it was read); the rest of the file is not kept");
     } else if (readCode != LASFILE_OK) {
         result.code = readCode;
         result.stage = "read";
