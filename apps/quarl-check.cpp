@@ -4,12 +4,13 @@
 #include <quarl/quarl.h>
 
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
 #include "support/command_line.h"
+#include "support/file_identity.h"
+#include "support/program.h"
 #include "support/read_notes.h"
 #include "support/repair.h"
 #include "support/text.h"
@@ -17,14 +18,6 @@
 namespace ex = quarl::apps;
 
 namespace {
-
-// The same file by device and inode, whatever the spelling or links. A
-// stand-in until the programs share one such check.
-bool SameFileCheck(const std::string& a, const std::string& b)
-{
-    std::error_code error;
-    return std::filesystem::equivalent(a, b, error) && !error;
-}
 
 void Usage(std::FILE* to)
 {
@@ -53,6 +46,7 @@ struct Read {
     quarl::ELASFILEERROR code = quarl::LASFILE_OK;
     bool opened = false;
     size_t sections = 0;
+    uint64_t line = 0;  // where the read ended
     bool las3 = false;
     char delimiter = ' ';
     std::vector<quarl::CLasNote> notes;
@@ -68,6 +62,7 @@ Read ReadOnce(const std::string& path, bool lenient)
     r.code = reader.Open(tessel::TxString(path));
     r.opened = reader.IsOpen();
     r.sections = reader.size();
+    r.line = reader.GetLineNumber();
     r.las3 = reader.IsLas3();
     r.delimiter = reader.GetDelimiter();
     r.notes = reader.GetNotes();
@@ -89,7 +84,8 @@ std::string Summary(const Read& r)
     std::string text = std::string(quarl::ResultName(r.code));
     if (!r.opened) return text + ": the file cannot be opened";
     if (r.code != quarl::LASFILE_OK)
-        text += std::string(" (") + quarl::ResultDescription(r.code) + ")";
+        text += std::string(" (") + quarl::ResultDescription(r.code) + ") at line " +
+                std::to_string(r.line);
     return text + ", " + std::to_string(r.sections) + " section(s), " +
            std::to_string(r.notes.size()) + " note(s)";
 }
@@ -136,7 +132,8 @@ std::string ReadJson(const Read& r)
 {
     std::string j = "{\"result\": " + ex::JsonString(quarl::ResultName(r.code)) +
                     ", \"opened\": " + (r.opened ? "true" : "false") +
-                    ", \"sections\": " + std::to_string(r.sections) + ", \"notes\": [";
+                    ", \"sections\": " + std::to_string(r.sections) +
+                    ", \"line\": " + std::to_string(r.line) + ", \"notes\": [";
     for (size_t i = 0; i < r.notes.size(); ++i)
         j += std::string(i ? ",\n      " : "\n      ") + ex::NoteJson(r.notes[i]);
     return j + (r.notes.empty() ? "]}" : "\n    ]}");
@@ -173,7 +170,7 @@ std::string Json(const Check& c)
 
 }  // namespace
 
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     std::vector<std::string> files;
     std::string fixPath;
@@ -207,9 +204,9 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "quarl-check: --fix repairs one file at a time\n");
         return 2;
     }
-    if (!fixPath.empty() && SameFileCheck(files[0], fixPath)) {
-        std::fprintf(stderr, "quarl-check: --fix %s would overwrite the file it repairs\n",
-                     fixPath.c_str());
+    if (!fixPath.empty() && ex::SameFile(files[0], fixPath)) {
+        std::fprintf(stderr, "quarl-check: %s is the input file %s; choose another OUT\n",
+                     fixPath.c_str(), files[0].c_str());
         return 2;
     }
 
@@ -237,4 +234,9 @@ int main(int argc, char** argv)
     }
     if (json && files.size() > 1) std::printf("]\n");
     return status;
+}
+
+int main(int argc, char** argv)
+{
+    return ex::RunGuarded("quarl-check", Run, argc, argv);
 }

@@ -9,6 +9,8 @@
 
 #include "support/command_line.h"
 #include "support/conversion.h"
+#include "support/file_identity.h"
+#include "support/program.h"
 #include "support/read_notes.h"
 
 namespace ex = quarl::apps;
@@ -34,9 +36,7 @@ void Usage(std::FILE* to)
         "                        leniently and the notes of the read go to stderr\n");
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     std::vector<std::string> positional;
     ex::ConvertOptions options;
@@ -100,8 +100,9 @@ int main(int argc, char** argv)
             ex::DelimiterName(options.delimiter).c_str());
         return 2;
     }
-    if (positional[0] == positional[1]) {
-        std::fprintf(stderr, "quarl-convert: IN and OUT are the same file\n");
+    if (ex::SameFile(positional[0], positional[1])) {
+        std::fprintf(stderr, "quarl-convert: %s is the input file %s; choose another OUT\n",
+                     positional[1].c_str(), positional[0].c_str());
         return 2;
     }
 
@@ -124,4 +125,11 @@ int main(int argc, char** argv)
                 positional[0].c_str(), positional[1].c_str(), options.toLas3 ? "3.0" : "2.0",
                 ex::DelimiterName(options.delimiter).c_str(), result.sectionsAdded);
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    return ex::RunGuarded("quarl-convert", Run, argc, argv);
 }

@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "support/command_line.h"
+#include "support/file_identity.h"
 #include "support/log_facts.h"
+#include "support/program.h"
 #include "support/read_notes.h"
 #include "support/svg_plot.h"
 #include "support/text.h"
@@ -32,9 +34,7 @@ void Usage(std::FILE* to)
         "                        leniently and the notes of the read go to stderr\n");
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     std::vector<std::string> positional;
     std::vector<std::string> curves, logCurves;
@@ -87,6 +87,11 @@ int main(int argc, char** argv)
     }
     const std::string& in = positional[0];
     const std::string& out = positional[1];
+    if (ex::SameFile(in, out)) {
+        std::fprintf(stderr, "quarl-plot: %s is the input file %s; choose another OUT.svg\n",
+                     out.c_str(), in.c_str());
+        return 2;
+    }
 
     quarl::CLasReader reader;
     reader.SetOptions(ex::ProgramReadOptions(strict));
@@ -224,4 +229,11 @@ int main(int argc, char** argv)
                 ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.back()).c_str(),
                 plot.depthUnit.c_str());
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    return ex::RunGuarded("quarl-plot", Run, argc, argv);
 }

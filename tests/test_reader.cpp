@@ -242,6 +242,27 @@ TEST(Lookup, SectionByNameAndDefinitionOfDataSection)
     EXPECT_EQ(found.m_params.at(0).m_mnemonic, "A");
     ASSERT_EQ(reader.GetSection("Log_Definition", found), LASFILE_OK);
     EXPECT_EQ(found.m_params.at(0).m_mnemonic, "B");
+
+    // Renamed by the host from its callback while Open reads: the later data
+    // sections find the definition by its new name, and not by the old one.
+    struct Renamer {
+        CLasReader* reader;
+        static int32_t Rename(void* self, double, const char*)
+        {
+            for (const std::shared_ptr<CLasSection>& section : *static_cast<Renamer*>(self)->reader)
+                if (section->m_name == "Core_Definition") section->m_name = "Drill_Definition";
+            return 0;
+        }
+    } renamer{&reader};
+    reader.SetStatusCallback(&renamer, &Renamer::Rename);
+    std::string text = Las30Head("A.M : a\n") + "~Core_Definition\nX.M : x\n~Other_Parameter\n";
+    for (int i = 0; i < 12; ++i) text += "P.M 1 : p\n";  // a report comes among them
+    text += "~Drill_Data\n1\n~Core_Data\n2\n";
+    EXPECT_EQ(OpenText(reader, text), LASFILE_BAD_FORMAT);  // Core_Data has no definition now
+    const CLasSection& drill = reader.GetSection(reader.size() - 1);
+    EXPECT_EQ(drill.m_name + "|" + drill.m_association, "Drill_Data|Drill_Definition");
+    EXPECT_EQ(drill.m_curves.size(), 1u);
+    reader.SetStatusCallback(nullptr, nullptr);
 }
 
 // The lookup tests lengths and compares from the end first; it must find

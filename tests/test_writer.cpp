@@ -2,7 +2,10 @@
 // and assignment, Validate, the Well section completion, the section order.
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "support/writer_access.h"
+#include "writer/curve_limit.h"
 
 namespace quarl::test {
 namespace {
@@ -164,6 +167,21 @@ TEST(WriterRules, DataSections)
         w.AddSection(Data(c.las3 ? "Log_Data" : "ASCII", c.curves));
         EXPECT_EQ(Record(w), c.record);
     }
+    // A curve longer than a signed 32-bit count is refused before the row
+    // test could see it cut to its length modulo 2^32. The bound is lowered
+    // here: a curve at the real bound, 2^31 values, takes 16 GB.
+    const size_t bound = detail::g_maxCurveValues;
+    detail::g_maxCurveValues = 4;
+    for (const auto& c : {std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4, 5}), Numbers({1})}, "7 Log_Data - 0 -1"),
+                          std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4, 5}), Texts({"a", "b", "c", "d", "e"})}, "7 Log_Data - 0 -1"),
+                          std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4}), Texts({"a", "b", "c", "d"})}, "0 - - -1 -1")}) {
+        CLasWriter w;
+        w.SetFormat(true, ' ');
+        w.AddSection(Data("Log_Data", c.first));
+        EXPECT_EQ(Record(w), c.second);
+    }
+    detail::g_maxCurveValues = bound;
+    EXPECT_EQ(bound, size_t{INT32_MAX});
     // The type is tested first when the rule is run on its own.
     CLasWriter w;
     EXPECT_EQ(WriterAccess::ValidateDataSection(w, Section("ASCII", LASSECTION_PARAMETER)), LASFILE_BAD_VALUE);
@@ -341,6 +359,8 @@ TEST(WellCompletion, PresentValuesAreTestedWithTheAbsoluteTolerance)
         {{Param("STEP", "", "3", "")}, {1}, "0 - - -1 -1: STEP=3 STRT"},
         {{Param("STEP", "", "-0.5", "")}, {2, 1.5, 1}, "0 - - -1 -1: STEP=-0.5 STRT"},
         {{Param("STEP", "", "0.5", "")}, {2, 1.5, 1}, "3 ASCII STEP 0 1: STEP=0.5 STRT=2.00000000 STOP=1.00000000"},
+        // A NaN difference is not greater than the tolerance.
+        {{Param("STRT", "", "nan", ""), Param("STOP", "", "2", "")}, {1, NAN}, "0 - - -1 -1: STRT=nan STOP=2"},
     };
     for (const auto& c : cases) {
         const std::string got = Fill(c.well, {Numbers(c.depths)});
@@ -349,6 +369,8 @@ TEST(WellCompletion, PresentValuesAreTestedWithTheAbsoluteTolerance)
     // Uneven data without STEP passes the first run and fails the second at row 2.
     EXPECT_EQ(Fill({}, {Numbers({100, 101, 103})}, 1).substr(0, 12), "0 - - -1 -1:");
     EXPECT_EQ(Fill({}, {Numbers({100, 101, 103})}, 2).substr(0, 19), "3 ASCII STEP 0 2: S");
+    // A NaN depth gives the same on every run.
+    EXPECT_EQ(Fill({}, {Numbers({NAN, 1, 2})}, 2).substr(0, 12), "0 - - -1 -1:");
 }
 
 TEST(WellCompletion, MissingSections)

@@ -13,41 +13,16 @@ CLasReadOptions ProgramReadOptions(bool strict)
     return options;
 }
 
-const char* NoteKindName(ELASNOTEKIND kind)
-{
-    switch (kind) {
-        case LASNOTE_READ_STOPPED:
-            return "LASNOTE_READ_STOPPED";
-        case LASNOTE_SECTION_SKIPPED:
-            return "LASNOTE_SECTION_SKIPPED";
-        case LASNOTE_SHORT_ROW:
-            return "LASNOTE_SHORT_ROW";
-        case LASNOTE_LONG_ROW:
-            return "LASNOTE_LONG_ROW";
-        case LASNOTE_NOT_A_NUMBER:
-            return "LASNOTE_NOT_A_NUMBER";
-        case LASNOTE_VALUE_CUT:
-            return "LASNOTE_VALUE_CUT";
-        case LASNOTE_HEADER_AT_END:
-            return "LASNOTE_HEADER_AT_END";
-        case LASNOTE_BUDGET_EXCEEDED:
-            return "LASNOTE_BUDGET_EXCEEDED";
-        case LASNOTE_LENIENT:
-            return "LASNOTE_LENIENT";
-    }
-    return "LASNOTE_UNKNOWN";
-}
-
 std::string NoteLine(const CLasNote& note)
 {
     const std::string where = note.line ? "line " + std::to_string(note.line) + ": " : "";
-    return where + NoteKindName(note.kind) + ": " + std::string(note.text);
+    return where + LasNoteKindName(note.kind) + ": " + std::string(note.text);
 }
 
 std::string NoteJson(const CLasNote& note)
 {
     return "{\"line\": " + std::to_string(note.line) +
-           ", \"kind\": " + JsonString(NoteKindName(note.kind)) +
+           ", \"kind\": " + JsonString(LasNoteKindName(note.kind)) +
            ", \"text\": " + JsonString(note.text) + "}";
 }
 
@@ -70,6 +45,8 @@ bool NoteLosesData(const CLasNote& note)
         case LASNOTE_NOT_A_NUMBER:
         case LASNOTE_VALUE_CUT:
         case LASNOTE_BUDGET_EXCEEDED:
+        case LASNOTE_TEXT_BEFORE_SECTIONS:
+        case LASNOTE_LINE_PASSED_OVER:
             return true;
         default:
             return false;

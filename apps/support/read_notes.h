@@ -14,9 +14,6 @@ namespace quarl::apps {
 // The read options of a program: lenient unless it was given --strict.
 CLasReadOptions ProgramReadOptions(bool strict);
 
-// The name of a note kind, "LASNOTE_SHORT_ROW"; "LASNOTE_UNKNOWN" otherwise.
-const char* NoteKindName(ELASNOTEKIND kind);
-
 // "line 12: LASNOTE_SHORT_ROW: <text>"; a note about the whole file has no line.
 std::string NoteLine(const CLasNote& note);
 // {"line": 12, "kind": "LASNOTE_SHORT_ROW", "text": "..."}

@@ -121,15 +121,6 @@ std::string AxisLabel(double value)
     return FormatNumber(value, 6);
 }
 
-// Cuts a text to `max` bytes with an ellipsis, never inside a UTF-8 sequence.
-std::string Shorten(const std::string& text, size_t max)
-{
-    if (text.size() <= max) return text;
-    size_t cut = max > 1 ? max - 1 : 0;
-    while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;
-    return text.substr(0, cut) + "\xE2\x80\xA6";
-}
-
 }  // namespace
 
 std::string RenderLogPlot(const PlotInput& in)

@@ -152,6 +152,8 @@ TEST(Conversion, WellRangeIsTakenFromTheDataSoTheWriterAcceptsIt)
     EXPECT_EQ(fix({100, 100.5, 101}, "200", "1"), "100 101 0.5 2 ok");
     EXPECT_EQ(fix({100, 101, 103}, "103", "1"), "100 103 0 1 ok");  // uneven: STEP 0
     EXPECT_EQ(fix({100, 100.25, 100.5}, "100.50000", "0.2500"), "100 100.50000 0.2500 0 ok");  // left alone
+    // A depth that ten significant digits cannot hold is written in full.
+    EXPECT_EQ(fix({100, 2707.10009766}, "200", "0"), "100 2707.10009766 0 1 ok");
     // In LAS 3.0 one-letter names are not written in full: nothing is found, nothing changes.
     EXPECT_EQ(fix({100, 100.5}, "200", "1", true), "100 200 1 0 refused");
 }

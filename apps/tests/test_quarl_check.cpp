@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,37 @@ int RunCheck(const std::string& args, double* seconds)
 
 std::string Quoted(const std::string& path) { return "'" + path + "'"; }
 
+// Read strictly this file stops at the PROV line; read leniently, PROV has
+// an empty unit and the short last row is filled with the NULL value.
+const char kLenientOnly[] =
+    "~Version\nVERS. 2.0 :\nWRAP. NO :\n~Well\nSTRT.M 1 :\nSTOP.M 3 :\nSTEP.M 1 :\nNULL. -999.25 :\n"
+    "PROV   :PROVINCE\n~Curves\nDEPT.M :\nGR.API :\n~A\n1 45\n2 46\n3\n";
+
+TEST(QuarlCheck, FixWritesTheLenientReadingSoThatItReadsStrictly)
+{
+    const fs::path dir = fs::path(testing::TempDir()) / "quarl_check_fix";
+    fs::create_directories(dir);
+    const std::string in = (dir / "in.las").string(), out = (dir / "out.las").string();
+    std::ofstream(in, std::ios::binary) << kLenientOnly;
+    double seconds = 0.0;
+    EXPECT_EQ(RunCheck(Quoted(in), &seconds), 1);
+    ASSERT_EQ(RunCheck("--fix " + Quoted(out) + " " + Quoted(in), &seconds), 0);
+    quarl::CLasReader back;
+    ASSERT_EQ(back.Open(tessel::TxString(out)), quarl::LASFILE_OK);
+    EXPECT_TRUE(back.GetNotes().empty());
+    quarl::CLasParam prov;
+    EXPECT_GE(back.GetWellHeaders().FindParameterByMnemonic("PROV", &prov), 0);
+    EXPECT_EQ(std::string(prov.m_description), "PROVINCE");
+    const quarl::CLasSection& data = back.GetSection(back.size() - 1);
+    ASSERT_EQ(data.m_curves.size(), 2u);
+    EXPECT_EQ(data.m_curves[1].m_numbers, (std::vector<double>{45, 46, -999.25}));
+    back.Close();
+    fs::remove_all(dir);
+}
+
+// Fewer repairs than this would hide a --fix that fails everywhere.
+constexpr int kMinimumRepairs = 85;
+
 TEST(QuarlCheck, EveryCorpusFileEndsWithZeroOrOneAndItsRepairReadsStrictly)
 {
 #if defined(_WIN32)
@@ -81,6 +113,7 @@ TEST(QuarlCheck, EveryCorpusFileEndsWithZeroOrOneAndItsRepairReadsStrictly)
     std::printf("corpus: %zu files, exit 0: %d, exit 1: %d, repaired: %d, slowest %.3f s (%s)\n",
                 files.size(), codes[0], codes[1], repaired, slowest, slowestFile.c_str());
     EXPECT_LT(slowest, 10.0) << "a run that long is a hang, not a slow file";
+    EXPECT_GE(repaired, kMinimumRepairs);
     fs::remove_all(dir);
 }
 

@@ -1,4 +1,6 @@
 // CLasReader: turns a LAS 1.2, 2.0 or 3.0 file into a list of sections.
+// Open reads the whole file; the host then takes the sections out through
+// the accessors, and calls Close.
 #ifndef QUARL_READER_H
 #define QUARL_READER_H
 
@@ -25,33 +27,61 @@ class SectionNameIndex;
 // of the format as it stands, nothing relaxed, everything kept.
 struct CLasReadOptions {
     // Relaxes a few well-defined rules so that files written by real tools
-    // read as they mean; each relaxed rule that fires leaves a note.
+    // read as they mean; each relaxed rule that fires leaves a note of its
+    // own kind (LASNOTE_DECODED to LASNOTE_ARRAY_FORMAT below). Off, the
+    // result of every read is exactly the strict one.
     bool lenient = false;
     // Reads every section but keeps no data values: the curves of a data
-    // section have their definitions and no values.
+    // section have their definitions and no values. The rows are passed
+    // over without being cut into values, so a row that a full read would
+    // refuse (a missing delimiter) does not end the read, and the status
+    // callback hears of the rows of a data section once, at its end.
     bool headersOnly = false;
-    // The most a read may allocate for values and sections, in bytes; 0 is
-    // no bound. A read that would pass it ends with LASFILE_OUT_OF_MEMORY
-    // and keeps what was read up to there.
+    // The most a read may keep, in bytes; 0 is no bound. What counts: each
+    // stored section, parameter line and curve with the bytes of its texts,
+    // 8 bytes per number and the size of a string plus its bytes per text
+    // value. A read that would pass it ends with LASFILE_OUT_OF_MEMORY and
+    // a LASNOTE_BUDGET_EXCEEDED note; what was read up to there stays, with
+    // every curve of a data section one length (the row that did not fit is
+    // not stored). The line store of the file is not counted.
     uint64_t maxBytes = 0;
 };
 
 // What a read noticed and the host may want to know. Every read, strict or
 // lenient, collects them in the order of the file.
 enum ELASNOTEKIND : int32_t {
+    // Made in every read.
     LASNOTE_READ_STOPPED = 0,       // the read failed here; the text says why
     LASNOTE_SECTION_SKIPPED = 1,    // a section nothing reads was passed over
     LASNOTE_SHORT_ROW = 2,          // a row with fewer values than curves was filled
     LASNOTE_LONG_ROW = 3,           // values behind the last curve were dropped
     LASNOTE_NOT_A_NUMBER = 4,       // a numeric token that is no number was read as 0
-    LASNOTE_VALUE_CUT = 5,          // a parameter value ended at a colon inside it
+    LASNOTE_VALUE_CUT = 5,          // a parameter value ended at a colon inside a time (12:30)
     LASNOTE_HEADER_AT_END = 6,      // a section header is the last line of the file
     LASNOTE_BUDGET_EXCEEDED = 7,    // the read passed CLasReadOptions::maxBytes
-    LASNOTE_LENIENT = 8,            // a rule was relaxed in lenient reading
+    LASNOTE_MORE_NOTES = 8,         // notes of one kind past the cap, counted here
+    // Made only in lenient reads, one kind for each relaxed rule.
+    LASNOTE_DECODED = 16,           // a byte-order mark, UTF-16/32 text or CR line ends
+    LASNOTE_TEXT_BEFORE_SECTIONS = 17,  // lines in front of the first "~" line passed over
+    LASNOTE_NO_VERSION_FIRST = 18,  // the file does not start with a Version section
+    LASNOTE_SECTION_TITLE = 19,     // "~Curves", "~Params", "~Asc"... read as the standard title
+    LASNOTE_HEADER_INDENTED = 20,   // a "~" line behind blanks read as a section header
+    LASNOTE_NO_PERIOD = 21,         // a parameter line without a period: empty unit
+    LASNOTE_LINE_PASSED_OVER = 22,  // a line of a parameter section that is no parameter line
+    LASNOTE_VALUE_WITH_COLONS = 23, // a value that holds colons kept them
+    LASNOTE_LAS12_WELL_VALUE = 24,  // a LAS 1.2 Well line: the value taken from behind the colon
+    LASNOTE_NULL_FILLED = 25,       // a short row filled with the Well section's NULL value
+    LASNOTE_COLUMNS_FROM_HEADER = 26,   // a data section without definition named its columns
+    LASNOTE_LEADING_TAB = 27,       // a tab at the start of a tab-delimited row passed over
+    LASNOTE_ARRAY_FORMAT = 28,      // an "{AF..}"-style format read as numeric
 };
 
+// The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
+// other value.
+QUARL_API const char* LasNoteKindName(ELASNOTEKIND kind);
+
 // One note: the 1-based physical line of the file it is about, its kind and
-// a short text in words.
+// a short text in words. Line 0 means the file as a whole.
 struct CLasNote {
     uint64_t line = 0;
     ELASNOTEKIND kind = LASNOTE_READ_STOPPED;
@@ -67,54 +97,125 @@ public:
     CLasReader();
     ~CLasReader();
 
-    // Reads the whole file. The reader stays open with what was read, also
-    // after a failure; the host calls Close.
+    // Reads the whole file into the list of sections, in file order, under
+    // the options set by SetOptions (the default is the strict reading). First
+    // empties the list and the notes, closes an open file and resets IsLas3,
+    // IsWrapped and GetDelimiter. Returns:
+    //   LASFILE_OK             the file was read to its end.
+    //   LASFILE_IO_FAILED      the path cannot be opened (the reader stays
+    //                          closed); the file is empty or holds nothing but
+    //                          a comment; it ends right behind a section
+    //                          header, or inside a wrapped data row.
+    //   LASFILE_OUT_OF_MEMORY  a line could not be stored.
+    //   LASFILE_BAD_FORMAT     the first line that counts does not begin with
+    //                          "~V" in either case; a parameter line cannot be
+    //                          split; a data section has no definition; a data
+    //                          row lacks its delimiter.
+    //   LASFILE_CANCELLED      the status callback said stop, also when it did
+    //                          so only on the final report of 100.
+    // The read ends at the first failure and keeps what it read: every
+    // section before it, and the section being read as far as it got (a data
+    // section without a definition is not kept). Blank lines and lines whose
+    // first byte behind spaces and backslashes is "#" are passed over. Except
+    // for a path that cannot be opened, the reader is open afterwards, good
+    // result or not, until Close. The notes of the read are in GetNotes; a
+    // failed read's last one is LASNOTE_READ_STOPPED at the line where it
+    // stopped, and GetLineNumber gives that line. Lenient reading may pass
+    // over what the strict reading refuses: each rule it relaxes leaves a note.
     ELASFILEERROR Open(const tessel::TxString& path);
+    // Closes the file and empties the list; shared pointers that a host
+    // holds stay valid. Keeps the callback, the options, the notes and what
+    // IsLas3, IsWrapped and GetDelimiter say. Does nothing on a closed reader.
     void Close();
-    // Whether the file starts like a LAS file. Leaves the reader closed.
+    // Whether the file starts as Open requires: a "#" line first is passed
+    // over, then the first line that counts begins with "~V" in either case.
+    // False for a file that cannot be opened or is empty, and when the status
+    // callback says stop. Leaves the reader closed; the sections of an
+    // earlier read stay in the list (see the accessors).
     bool IsValidFile(const tessel::TxString& path);
     bool IsOpen() const { return m_file.IsOpen(); }
+    // Registers the callback and its context for every later Open and
+    // IsValidFile; a null callback ends the reports. Open reports at every
+    // tenth physical line that counts and once with 100 at its end, with the
+    // message "Reading " and the path.
     void SetStatusCallback(void* context, LasStatusCallback callback);
     // The options of the next Open; they stay until they are set again.
+    // IsValidFile follows the lenient option too: leniently, a file is valid
+    // when a "~" line stands anywhere before its data.
     void SetOptions(const CLasReadOptions& options) { m_options = options; }
     const CLasReadOptions& GetOptions() const { return m_options; }
 
-    // What the last Open found out about the file: version 3, wrap mode and
-    // the column delimiter of the data rows (' ', ',' or '\t', or the byte
-    // a DLM line named).
+    // What the last Open found in the Version section, kept until the next
+    // Open: version 3 (a VERS value that begins with a byte from "3" up), wrap
+    // mode (a WRAP value that begins with "Y" or "y", or a "Y" right behind
+    // the period) and the column delimiter of the data rows (' ', or what a
+    // DLM line names: SPACE, COMMA or TAB, or else its first byte). A new
+    // reader says false, false and ' '.
     bool IsLas3() const { return m_isLas3; }
     bool IsWrapped() const { return m_isWrapped; }
     char GetDelimiter() const { return m_delimiter; }
     // The notes of the last Open, in the order of the file; empty before
-    // the first Open. Close keeps them.
+    // the first Open. Close keeps them; the next Open replaces them. At most
+    // 100 notes of one kind are kept; past that, one LASNOTE_MORE_NOTES note
+    // at the end says how many more there were and the line of the last.
     const std::vector<CLasNote>& GetNotes() const { return m_notes; }
+    // The 1-based physical line of the file at which the last Open ended:
+    // the line of the failure, or the last line of the file. 0 before the
+    // first Open and when the file could not be opened.
+    uint64_t GetLineNumber() const { return m_lineNumber; }
 
-    // Shares the source's sections. Never two owners of one stream: the
-    // target's file is closed first and the copy's file is closed.
+    // Shares the source's sections (the same objects, by shared pointer) and
+    // copies its callback, options, notes and format. Never two owners of one
+    // stream: the target's file is closed first, and the target is closed.
     CLasReader& operator=(const CLasReader& other);
 
-    // Counting and iteration over the sections as they stand.
+    // Counting and iteration over the list as it stands, open or closed. The
+    // iterators' elements are the shared pointers; Open and Close invalidate
+    // them. LASSECTION_ANY counts and names every section; any other type
+    // only the sections of exactly that type. GetSectionNames empties `names`
+    // first and always returns LASFILE_OK.
     uint64_t size() const { return m_sections.size(); }
     uint64_t GetSectionCount() const { return m_sections.size(); }
     bool empty() const { return m_sections.empty(); }
-    const_iterator begin() const { return m_sections.cbegin(); }
-    const_iterator cbegin() const { return m_sections.cbegin(); }
-    const_iterator end() const { return m_sections.cend(); }
-    const_iterator cend() const { return m_sections.cend(); }
-    const_reverse_iterator rbegin() const { return m_sections.crbegin(); }
-    const_reverse_iterator rend() const { return m_sections.crend(); }
+    const_iterator begin() const { return NoteSectionsLent(), m_sections.cbegin(); }
+    const_iterator cbegin() const { return NoteSectionsLent(), m_sections.cbegin(); }
+    const_iterator end() const { return NoteSectionsLent(), m_sections.cend(); }
+    const_iterator cend() const { return NoteSectionsLent(), m_sections.cend(); }
+    const_reverse_iterator rbegin() const { return NoteSectionsLent(), m_sections.crbegin(); }
+    const_reverse_iterator rend() const { return NoteSectionsLent(), m_sections.crend(); }
     int32_t CountSectionsByType(ELASSECTIONTYPE type) const;
     ELASFILEERROR GetSectionNames(ELASSECTIONTYPE type, std::vector<CLasString>& names) const;
 
-    // Access by copy, with result codes.
+    // Access by copy, with result codes. A deep copy of the section goes to
+    // `section` (a data section's copy holds all its values). Each returns
+    // LASFILE_WRONG_STATE when the reader is not open, and leaves `section`
+    // untouched on any failure. The Version and the Well section are the
+    // first and the second of the list, by place alone; with fewer sections
+    // the header getters give LASFILE_WRONG_STATE.
     ELASFILEERROR GetVersionHeaders(CLasSection& section) const;
     ELASFILEERROR GetWellHeaders(CLasSection& section) const;
+    // LASFILE_BAD_VALUE when `index` is not below size().
+    //
+    // GetSection(0, s) does not compile: a literal 0 converts as well to the
+    // index as to a null name, and the call is ambiguous. Write
+    // GetSection(0u, s), or pass a variable of an integer type. Any other
+    // integer literal selects the index.
     ELASFILEERROR GetSection(uint32_t index, CLasSection& section) const;
+    // The first section whose whole name equals `name`, ignoring the case of
+    // ASCII letters. LASFILE_BAD_VALUE when none does, and for null or "".
     ELASFILEERROR GetSection(const char* name, CLasSection& section) const;
+    // Empties `sections`, then copies every section into it, or every one
+    // behind the first two when `includeHeaders` is false (whatever those two
+    // are). LASFILE_WRONG_STATE, with `sections` untouched, when not open.
     ELASFILEERROR GetSections(std::vector<CLasSection>& sections, bool includeHeaders) const;
 
-    // Access without copying; these throw tessel::Exception when there is
-    // nothing to refer to.
+    // Access without copying, open or closed. They throw tessel::Exception
+    // (and no other type) when there is nothing to refer to: an empty list
+    // for the Version section, fewer than two sections for the Well section,
+    // an index not below size(). A reference stays valid until the list is
+    // next emptied; a shared pointer keeps its section alive through Close
+    // and the reader's end, and what a host changes through it every later
+    // access sees.
     const CLasSection& GetVersionHeaders() const;
     const CLasSection& GetWellHeaders() const;
     const CLasSection& GetSection(uint64_t index) const;
@@ -122,7 +223,23 @@ public:
     std::shared_ptr<CLasSection> GetWellHeadersPtr() const;
     std::shared_ptr<CLasSection> GetSectionPtr(uint64_t index) const;
 
-    // Whether the depths of the log data advance by the Well section's STEP.
+    // Whether the depths of every log data section (CLasSection::
+    // kFlagLogData) advance by the STEP of the second section, the Well
+    // section by place. The depth column is the one defined as DEPT, else
+    // M__DEPTH, else DEPTH, else the first. Changes nothing. Returns:
+    //   LASFILE_OK               every log data section steps evenly, or there
+    //                            is none; one without curves is passed over.
+    //   LASFILE_WRONG_STATE      the reader is not open, or holds fewer than
+    //                            two sections.
+    //   LASFILE_MISSING_SECTION  the second section has no STEP parameter.
+    //   LASFILE_BAD_VALUE        a log data section's m_association names no
+    //                            stored section.
+    //   LASFILE_BAD_FORMAT       a depth column holds text, or a depth differs
+    //                            from the one before plus STEP by more than
+    //                            1e-07.
+    // STEP is read like atof, so text that is no number is 0 and any change
+    // of depth then fails; falling depths need a negative STEP. The first
+    // fault ends the test.
     ELASFILEERROR CheckDataStepping() const;
 
 private:
@@ -146,6 +263,31 @@ private:
     ELASFILEERROR ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
                               bool& headerReached);
     void StoreSection(std::shared_ptr<CLasSection> section);
+    // A host was given sections it can change (rename) while a read runs.
+    void NoteSectionsLent() const;
+
+    // Notes, the budget and the relaxed rules.
+    ELASFILEERROR ReadFile();
+    const char* Line() const;
+    bool CountNote(ELASNOTEKIND kind, uint64_t line);
+    void Note(ELASNOTEKIND kind, const std::string& text) { NoteAt(m_lineNumber, kind, text); }
+    void NoteAt(uint64_t line, ELASNOTEKIND kind, const std::string& text);
+    void FinishNotes(ELASFILEERROR result);
+    ELASFILEERROR Stop(ELASFILEERROR result, const char* why);
+    bool Spend(uint64_t bytes);
+    void LookAtLine();
+    ELASFILEERROR PassLeadingText();
+    ELASFILEERROR HeaderAtEnd(const std::string& name);
+    std::string SectionTitle(const std::string& name) const;
+    ELASFILEERROR ParseParameterLineAs(const char* line, CLasParam& param, bool lenient,
+                                       unsigned& relaxed) const;
+    ELASFILEERROR ReadParameterLine(CLasSection& section, bool isVersion);
+    void ApplyLas12WellLine(const CLasSection& section, CLasParam& param);
+    ELASFILEERROR MakeCurvesFromHeader(CLasSection& section);
+    double OddNumber(const CLasCurve& curve, const char* begin, const char* end);
+    void FillShortRow(std::vector<CLasCurve>& curves, size_t column);
+    void NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count);
+    ELASFILEERROR PassDataRows(const std::string& name);
 
     CTextFile m_file;
     LasStatusCallback m_statusCallback;
@@ -156,6 +298,21 @@ private:
     char m_delimiter;
     CLasReadOptions m_options;
     std::vector<CLasNote> m_notes;
+    // The physical line of the current line, and for a lenient read the
+    // blanks in front of a "~" that make it a header.
+    uint64_t m_lineNumber = 0;
+    size_t m_lineOffset = 0;
+    // Bytes kept so far against m_options.maxBytes.
+    uint64_t m_bytesKept = 0;
+    // Why the read stopped, set where it stopped; empty while it goes on.
+    std::string m_stopReason;
+    // Notes per kind so far, and the line of the last one past the cap.
+    uint32_t m_noteCounts[32] = {};
+    uint64_t m_noteLastLines[32] = {};
+    // The VERS line named a version before 2 (LAS 1.2).
+    bool m_isVersion1 = false;
+    // What a short row is filled with: 0, or leniently the NULL value.
+    double m_fillValue = 0.0;
     // The sections by name while Open reads, null otherwise.
     std::unique_ptr<detail::SectionNameIndex> m_nameIndex;
 };

@@ -13,8 +13,9 @@
 namespace quarl {
 
 // Reads a file in blocks of 1024 bytes and delivers it line by line. A line
-// feed ends a line; carriage returns are dropped wherever they stand. The
-// current line stays valid until the next ReadLine, Close or Open.
+// feed ends a line; carriage returns are dropped wherever they stand; a last
+// line without a line feed is delivered as well. It knows nothing of LAS.
+// The current line stays valid until the next ReadLine, Close or Open.
 class QUARL_API CTextFile {
 public:
     static constexpr uint32_t kBufferSize = 1024;
@@ -23,14 +24,23 @@ public:
     CTextFile();
     ~CTextFile();
 
-    // Opens the file and reads its first line. An empty file is
-    // LASFILE_IO_FAILED.
+    // Closes what was open, opens the file for reading and reads its first
+    // line, which GetLine then gives. Returns LASFILE_IO_FAILED when the path
+    // cannot be opened (the object stays closed), and when a seek fails or
+    // the file has no byte (it is then open, with no line to read);
+    // LASFILE_OUT_OF_MEMORY when the line store cannot be had (open, GetLine
+    // null); otherwise what ReadLine gives for the first line.
     ELASFILEERROR Open(const tessel::TxString& path);
+    // Closes the stream, forgets the path, releases the line store and sets
+    // the line count to 0. Does nothing on a closed object.
     void Close();
     bool IsOpen() const { return m_file != nullptr; }
 
-    // Reads the next line. LASFILE_IO_FAILED when no byte is left (the line
-    // is then empty) or the object is closed.
+    // Reads the next line into the line store. Returns LASFILE_IO_FAILED when
+    // no byte is left (the line is then empty, and stays so on every further
+    // call) or the object is closed; LASFILE_OUT_OF_MEMORY when the store
+    // cannot grow: the bytes so far stay as the line, the byte that did not
+    // fit is lost, and the next call goes on behind it.
     ELASFILEERROR ReadLine();
 
     // The current line, NUL-terminated; null when no file is open.
@@ -38,8 +48,16 @@ public:
     // Length of the current line in bytes (a NUL byte in it is counted).
     size_t GetLineLength() const { return m_file ? m_lineLength : 0; }
 
-    // How far through the file the bytes taken so far reach, 0 to 100.
+    // Passes over lines up to the next one whose first byte is `first`,
+    // which becomes the current line just as ReadLine gives it; `passed`
+    // grows by the number of lines moved over, that one included. At the
+    // end of the file: LASFILE_IO_FAILED and an empty current line.
+    ELASFILEERROR SkipToLineStartingWith(char first, uint64_t& passed);
+
+    // How far through the file the bytes taken so far reach, 0 to 100, exact
+    // to the byte; 100 once the end is reached. Meaningful while open.
     double GetPercentRead() const;
+    // The path given to Open; empty when closed.
     tessel::TxString GetFilename() const { return m_filename; }
     // Lines ended by a line feed since Open.
     uint32_t GetLineCount() const { return m_lineCount; }
@@ -48,10 +66,36 @@ public:
     // first, and the copy of an open source is a closed object.
     CTextFile& operator=(const CTextFile& other);
 
+    // The text forms that Open can recognise when decoding is on.
+    enum ETextForm : uint8_t {
+        kFormBytes = 0,   // the bytes as they are
+        kFormUtf8Bom,     // UTF-8 behind a byte-order mark, which is passed over
+        kFormUtf16Le,     // UTF-16 (with a byte-order mark, or ASCII text with
+        kFormUtf16Be,     //   every other byte zero), delivered as UTF-8
+        kFormUtf32Le,     // UTF-32 with a byte-order mark, delivered as UTF-8
+        kFormUtf32Be,
+    };
+    // Decoding applies from the next Open on and stays until it is set
+    // again; it is off by default, and then every byte is delivered as it
+    // is. On, Open looks at the head of the file: a byte-order mark is passed
+    // over, UTF-16 and UTF-32 text is delivered as UTF-8, and a file whose
+    // first block holds carriage returns but no line feed has its carriage
+    // returns read as line ends (a line feed directly behind one is then
+    // part of that line end).
+    void SetDecoding(bool on) { m_decode = on; }
+    bool GetDecoding() const { return m_decode; }
+    // What the last Open found; kFormBytes and false while decoding is off.
+    ETextForm GetTextForm() const { return static_cast<ETextForm>(m_form); }
+    bool HasCarriageReturnLines() const { return m_crLines; }
+
 private:
     CTextFile(CTextFile& other);  // not offered
     int32_t PrimeIO();
+    int32_t PrimeDecoded();
     bool GrowLineStore(size_t needed);
+    void DetectTextForm();
+    ELASFILEERROR ReadCarriageReturnLine();
+    bool AppendByte(char c);
 
     std::FILE* m_file;
     tessel::TxString m_filename;
@@ -64,6 +108,10 @@ private:
     size_t m_lineCapacity;
     uint32_t m_lineCount;
     size_t m_lineLength;
+    bool m_decode = false;
+    uint8_t m_form = kFormBytes;
+    bool m_crLines = false;
+    bool m_afterCarriageReturn = false;
 };
 
 }  // namespace quarl
