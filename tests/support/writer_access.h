@@ -3,7 +3,11 @@
 #ifndef QUARL_TESTS_WRITER_ACCESS_H
 #define QUARL_TESTS_WRITER_ACCESS_H
 
-#include <quarl/writer.h>
+#include <ostream>
+#include <string>
+#include <utility>
+
+#include <quarl/quarl.h>
 
 #include "support/test_util.h"
 
@@ -72,6 +76,40 @@ inline CLasSection Data(const std::string& name, std::vector<CLasCurve> curves, 
     CLasSection s = Section(name, LASSECTION_DATA, {}, association);
     s.m_curves = std::move(curves);
     return s;
+}
+
+// The writer's last-error record, field by field; "" stands for no section
+// or mnemonic, -1 for no column or row. ErrorRecord{} is a clear record.
+struct ErrorRecord {
+    ELASFILEERROR code;
+    std::string section;
+    std::string param;
+    int32_t column;
+    int32_t row;
+
+    ErrorRecord(ELASFILEERROR c = LASFILE_OK, std::string s = "", std::string p = "", int32_t col = -1, int32_t r = -1)
+        : code(c), section(std::move(s)), param(std::move(p)), column(col), row(r)
+    {
+    }
+
+    bool operator==(const ErrorRecord& o) const
+    {
+        return code == o.code && section == o.section && param == o.param && column == o.column && row == o.row;
+    }
+    bool operator!=(const ErrorRecord& o) const { return !(*this == o); }
+};
+
+inline std::ostream& operator<<(std::ostream& out, const ErrorRecord& r)
+{
+    return out << ResultName(r.code) << " section '" << r.section << "' param '" << r.param << "' column " << r.column
+               << " row " << r.row;
+}
+
+inline ErrorRecord LastError(const CLasWriter& w)
+{
+    const char* section = w.GetLastErrorSection();
+    const char* param = w.GetLastErrorParam();
+    return {w.GetLastError(), section ? section : "", param ? param : "", w.GetLastErrorColumn(), w.GetLastErrorRow()};
 }
 
 // The last-error record as "code section param column row", "-" for null.
