@@ -14,11 +14,12 @@ namespace quarl::apps {
 struct ConvertOptions {
     bool toLas3 = false;
     char delimiter = ' ';
-    bool mapNames = true;          // rename the log group between the versions
-    bool dropUnsupported = false;  // leave out sections the writer refuses
-    bool fixWellRange = false;     // make STRT, STOP and STEP agree with the data
-    CLasReadOptions read;          // how IN is read (default: strictly)
-    bool keepPartial = false;      // after a failed read, write what was read, with a note
+    bool mapNames = true;           // rename the log group between the versions
+    bool dropUnsupported = false;   // leave out sections the writer refuses
+    bool fixWellRange = false;      // make STRT, STOP and STEP agree with the data
+    CLasReadOptions read;           // how IN is read (default: strictly)
+    bool keepPartial = false;       // after a failed read, write what was read, with a note
+    bool dropRefusedLines = false;  // leave out parameter lines the writer refuses, with a note
 };
 
 struct ConvertResult {

@@ -17,6 +17,7 @@ ConvertResult Attempt(const std::string& in, const std::string& out, bool las3, 
     options.fixWellRange = true;
     options.read = read;
     options.keepPartial = true;
+    options.dropRefusedLines = drop;
     return ConvertFile(in, out, options);
 }
 

@@ -50,10 +50,11 @@ int RunCheck(const std::string& args, double* seconds)
 std::string Quoted(const std::string& path) { return "'" + path + "'"; }
 
 // Read strictly this file stops at the PROV line; read leniently, PROV has
-// an empty unit and the short last row is filled with the NULL value.
+// an empty unit and the short last row is filled with the NULL value. The BS
+// line may give a name the writer refuses: that line goes, not its section.
 const char kLenientOnly[] =
     "~Version\nVERS. 2.0 :\nWRAP. NO :\n~Well\nSTRT.M 1 :\nSTOP.M 3 :\nSTEP.M 1 :\nNULL. -999.25 :\n"
-    "PROV   :PROVINCE\n~Curves\nDEPT.M :\nGR.API :\n~A\n1 45\n2 46\n3\n";
+    "PROV   :PROVINCE\nBS    222 : BIT SIZE\n~Curves\nDEPT.M :\nGR.API :\n~A\n1 45\n2 46\n3\n";
 
 TEST(QuarlCheck, FixWritesTheLenientReadingSoThatItReadsStrictly)
 {
