@@ -4,7 +4,6 @@
 #include <quarl/quarl.h>
 
 #include <cstdio>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -33,15 +32,6 @@ void Usage(std::FILE* to)
         "             when OUT was written and reads strictly without notes\n");
 }
 
-// A read bounds what it keeps by the file's size, so that a small file that
-// asks for huge tables ends with a result code instead of exhausting memory.
-uint64_t BudgetFor(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary | std::ios::ate);
-    const long long size = in ? static_cast<long long>(in.tellg()) : 0;
-    return 64ULL * 1024 * 1024 + 64ULL * static_cast<uint64_t>(size > 0 ? size : 0);
-}
-
 struct Read {
     quarl::ELASFILEERROR code = quarl::LASFILE_OK;
     bool opened = false;
@@ -54,8 +44,8 @@ struct Read {
 
 Read ReadOnce(const std::string& path, bool lenient)
 {
-    quarl::CLasReadOptions options = ex::ProgramReadOptions(!lenient);
-    options.maxBytes = BudgetFor(path);
+    quarl::CLasReadOptions options = ex::ProgramReadOptions(!lenient, path);
+    options.maxBytes = ex::ReadBudgetFor(path);
     quarl::CLasReader reader;
     reader.SetOptions(options);
     Read r;
@@ -220,8 +210,7 @@ int Run(int argc, char** argv)
         if (!fixPath.empty()) {
             c.fixAsked = true;
             c.fixPath = fixPath;
-            quarl::CLasReadOptions read = ex::ProgramReadOptions(false);
-            read.maxBytes = BudgetFor(c.path);
+            const quarl::CLasReadOptions read = ex::ProgramReadOptions(false, c.path);
             c.fix = ex::RepairFile(c.path, fixPath, c.lenient.las3, c.lenient.delimiter, read);
             if (!c.fix.Repaired()) status = 1;
         } else if (!c.Clean()) {

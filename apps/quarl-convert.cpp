@@ -40,7 +40,7 @@ int Run(int argc, char** argv)
 {
     std::vector<std::string> positional;
     ex::ConvertOptions options;
-    options.read = ex::ProgramReadOptions(false);
+    bool strict = false;
     bool delimiterGiven = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
@@ -74,7 +74,7 @@ int Run(int argc, char** argv)
                 delimiterGiven = true;
             }
         } else if (arg == "--strict") {
-            options.read = ex::ProgramReadOptions(true);
+            strict = true;
         } else if (arg == "--keep-names") {
             options.mapNames = false;
         } else if (arg == "--drop-unsupported") {
@@ -106,6 +106,7 @@ int Run(int argc, char** argv)
         return 2;
     }
 
+    options.read = ex::ProgramReadOptions(strict, positional[0]);
     const ex::ConvertResult result = ex::ConvertFile(positional[0], positional[1], options);
     ex::PrintNotesBounded("quarl-convert", positional[0], result.readNotes);
     for (const std::string& note : result.notes)

@@ -427,7 +427,7 @@ int Run(int argc, char** argv)
         f.strict = strict;
 
         quarl::CLasReader reader;
-        reader.SetOptions(ex::ProgramReadOptions(strict));
+        reader.SetOptions(ex::ProgramReadOptions(strict, f.path));
         Progress progress;
         if (progressMode == 1 || (progressMode == 0 && terminal && f.bytes >= kProgressBytes))
             reader.SetStatusCallback(&progress, &DrawProgress);

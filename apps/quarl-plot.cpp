@@ -128,7 +128,7 @@ int Run(int argc, char** argv)
     }
 
     quarl::CLasReader reader;
-    reader.SetOptions(ex::ProgramReadOptions(strict));
+    reader.SetOptions(ex::ProgramReadOptions(strict, in));
     const quarl::ELASFILEERROR code = reader.Open(tessel::TxString(in));
     ex::PrintNotesBounded("quarl-plot", in, reader.GetNotes());
     if (code != quarl::LASFILE_OK) {

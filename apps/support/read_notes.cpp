@@ -1,15 +1,25 @@
 #include "support/read_notes.h"
 
 #include <cstdio>
+#include <filesystem>
 
 #include "support/text.h"
 
 namespace quarl::apps {
 
-CLasReadOptions ProgramReadOptions(bool strict)
+uint64_t ReadBudgetFor(const std::string& path)
+{
+    std::error_code error;
+    const uintmax_t size = std::filesystem::file_size(path, error);
+    return (64ULL << 20) + 64ULL * (error ? 0 : static_cast<uint64_t>(size));
+}
+
+CLasReadOptions ProgramReadOptions(bool strict, const std::string& path)
 {
     CLasReadOptions options;
-    options.lenient = !strict;
+    if (strict) return options;
+    options.lenient = true;
+    options.maxBytes = ReadBudgetFor(path);
     return options;
 }
 

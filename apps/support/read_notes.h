@@ -6,13 +6,20 @@
 #include <quarl/quarl.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace quarl::apps {
 
-// The read options of a program: lenient unless it was given --strict.
-CLasReadOptions ProgramReadOptions(bool strict);
+// What a program's read of `path` may keep: 64 MB and 64 bytes for each byte
+// of the file, so that a small file that asks for huge tables ends with
+// LASFILE_OUT_OF_MEMORY at once instead of exhausting the machine.
+uint64_t ReadBudgetFor(const std::string& path);
+
+// The read options of a program: lenient and bounded by ReadBudgetFor, or
+// with --strict the reader's defaults, exactly.
+CLasReadOptions ProgramReadOptions(bool strict, const std::string& path);
 
 // "line 12: LASNOTE_SHORT_ROW: <text>"; a note about the whole file has no line.
 std::string NoteLine(const CLasNote& note);
