@@ -45,7 +45,7 @@ struct Read {
 Read ReadOnce(const std::string& path, bool lenient)
 {
     quarl::CLasReadOptions options = ex::ProgramReadOptions(!lenient, path);
-    options.maxBytes = ex::ReadBudgetFor(path);
+    options.maxBytes = ex::ReadBudgetFor(path);  // the strict read too: a check ends promptly
     quarl::CLasReader reader;
     reader.SetOptions(options);
     Read r;
@@ -80,7 +80,7 @@ std::string Summary(const Read& r)
            std::to_string(r.notes.size()) + " note(s)";
 }
 
-// What the repair did not keep or changed, one line each.
+// What the repair's read did not keep, one line each.
 std::vector<std::string> NotKept(const Check& c)
 {
     std::vector<std::string> lines;
@@ -109,10 +109,13 @@ void PrintText(const Check& c)
         std::printf("  not repaired: %s\n", conv.message.c_str());
         return;
     }
+    const std::string readBack =
+        c.fix.Repaired() ? std::string("yes")
+                         : std::string("no, ") + quarl::ResultName(c.fix.readBack) + " with " +
+                               std::to_string(c.fix.readBackNotes) + " note(s)";
     std::printf("  repaired: %s written as LAS %s, %s delimiter; it reads strictly: %s\n",
                 c.fixPath.c_str(), c.fix.las3 ? "3.0" : "2.0",
-                ex::DelimiterName(c.fix.delimiter).c_str(),
-                c.fix.Repaired() ? "yes" : quarl::ResultName(c.fix.readBack));
+                ex::DelimiterName(c.fix.delimiter).c_str(), readBack.c_str());
     if (!c.fix.formatNote.empty()) std::printf("    %s\n", c.fix.formatNote.c_str());
     for (const std::string& note : conv.notes) std::printf("    %s\n", note.c_str());
     for (const std::string& line : NotKept(c)) std::printf("    not kept: %s\n", line.c_str());
