@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 #include "support/conversion.h"
 #include "support/log_facts.h"
 #include "support/plot_request.h"
@@ -326,7 +328,8 @@ TEST(Conversion, CorpusAndSamplesSurviveConversion)
         if (entry.path().extension() == ".las") files.push_back(entry.path().string());
     if (files.empty()) GTEST_SKIP() << "no corpus at " << QUARL_CORPUS_DIR;
     std::sort(files.begin(), files.end());
-    const fs::path dir = fs::path(testing::TempDir()) / "quarl_app_support";
+    // A folder of this process's own: other runs of the suite may be going on.
+    const fs::path dir = fs::path(testing::TempDir()) / ("quarl_app_support_" + std::to_string(getpid()));
     fs::create_directories(dir);
     const std::string out = (dir / "out.las").string();
     // Real files often give a STOP or STEP their depths do not follow, which
