@@ -178,8 +178,8 @@ TEST(PlotRequest, ScalesTracksAndWhatOnePictureHolds)
     EXPECT_TRUE(ranges[1].mnemonic == "NPHI" && ranges[1].from == 0.45 && ranges[1].to == -0.15);
     for (const char* bad : {"GR", "GR=0", "=0:1", "GR=1:1", "GR=a:2", ""}) EXPECT_FALSE(ex::ParseScaleList(bad, &ranges)) << bad;
     ex::TrackRequest track;
-    EXPECT_TRUE(ex::ParseTrackSpec("ILD, ILM:log", &track) && track.log && track.curves.size() == 2);
-    EXPECT_FALSE(ex::ParseTrackSpec("ILD:wide", &track) || ex::ParseTrackSpec(":log", &track));
+    EXPECT_TRUE(ex::ParseTrackList("ILD, ILM:log", &track) && track.log && track.curves.size() == 2);
+    EXPECT_FALSE(ex::ParseTrackList("ILD:wide", &track) || ex::ParseTrackList(":log", &track));
 
     CLasSection data;
     data.m_name = "Core_Data";
