@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -205,8 +206,9 @@ TEST(Conversion, CorpusAndSamplesSurviveConversion)
         if (entry.path().extension() == ".las") files.push_back(entry.path().string());
     if (files.empty()) GTEST_SKIP() << "no corpus at " << QUARL_CORPUS_DIR;
     std::sort(files.begin(), files.end());
-    const fs::path dir = fs::path(testing::TempDir()) / "quarl_app_support";
-    fs::create_directories(dir);
+    std::string pattern = (fs::temp_directory_path() / "quarl-app-XXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    const fs::path dir = pattern;
     const std::string out = (dir / "out.las").string();
     // Real files often give a STOP or STEP their depths do not follow, which
     // the writer refuses: the range is taken from the data, values untouched.
