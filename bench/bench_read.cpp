@@ -10,6 +10,8 @@
 //   bench_read [rows] [--gb]   default 400000 rows of 25 curves (~110 MB)
 //   bench_read --make KIND ROWS PATH   writes a file (0 LAS 2.0, 1 LAS 3.0
 //                                      comma, 2 wrapped) for profiling
+//   bench_read --options ROWS          strict, lenient and headersOnly reads
+//                                      of one LAS 2.0 file side by side
 #include <quarl/reader.h>
 
 #include <fcntl.h>
@@ -321,6 +323,47 @@ void CountScaling(const std::string& folder)
     std::remove(path.c_str());
 }
 
+// Seconds for one read of the file under `options`; exits on failure.
+double ReadWithOptions(const std::string& path, const quarl::CLasReadOptions& options)
+{
+    quarl::CLasReader reader;
+    reader.SetOptions(options);
+    const auto start = std::chrono::steady_clock::now();
+    const quarl::ELASFILEERROR result = reader.Open(tessel::TxString(path));
+    const double seconds = Seconds(start);
+    if (result != quarl::LASFILE_OK) {
+        std::printf("%s: read failed\n", path.c_str());
+        std::exit(1);
+    }
+    return seconds;
+}
+
+// The reading options on the 100 MB LAS 2.0 file: a strict read, a lenient
+// one and one of the headers only, interleaved run by run; medians.
+void Options(const std::string& folder, long rows)
+{
+    const std::string path = folder + "/options.las";
+    Generate(path, Kind::Las20, rows);
+    quarl::CLasReadOptions lenient;
+    lenient.lenient = true;
+    quarl::CLasReadOptions headers;
+    headers.headersOnly = true;
+    std::vector<double> strictTimes, lenientTimes, headerTimes;
+    for (int run = 0; run < kRuns; ++run) {
+        strictTimes.push_back(ReadWithOptions(path, {}));
+        lenientTimes.push_back(ReadWithOptions(path, lenient));
+        headerTimes.push_back(ReadWithOptions(path, headers));
+    }
+    const double strict = Median(strictTimes);
+    std::printf("\nReading options, %.0f MB LAS 2.0 (medians of %d interleaved runs):\n",
+                FileMegabytes(path), kRuns);
+    std::printf("strict %.3f s, lenient %.3f s (%.2f x strict), headersOnly %.4f s (%.1f%% of "
+                "strict)\n",
+                strict, Median(lenientTimes), Median(lenientTimes) / strict, Median(headerTimes),
+                Median(headerTimes) * 100.0 / strict);
+    std::remove(path.c_str());
+}
+
 // Open and read of a typical small file: 25 curves, about 50 KB.
 void SmallFile(const std::string& folder)
 {
@@ -346,6 +389,11 @@ int main(int argc, char** argv)
         return ReadWithLibrary(argv[2], values) < 0 ? 1 : 0;
     }
     if (argc == 2 && std::strcmp(argv[1], "--idle") == 0) return 0;
+    if (argc == 3 && std::strcmp(argv[1], "--options") == 0) {
+        const char* base = std::getenv("TMPDIR");
+        Options(base && *base ? base : "/tmp", std::atol(argv[2]));
+        return 0;
+    }
     if (argc == 5 && std::strcmp(argv[1], "--make") == 0) {
         Generate(argv[4], static_cast<Kind>(std::atoi(argv[2])), std::atol(argv[3]));
         return 0;
@@ -397,6 +445,7 @@ int main(int argc, char** argv)
     std::printf("peak: resident memory of a child that reads the file, less that of an idle "
                 "child (%.1f MB); allowed: 1.3 x 8 bytes per value + 16 MB\n",
                 static_cast<double>(idle) / 1e6);
+    Options(pattern, rows);
     SizeScaling(pattern, gigabyte);
     CountScaling(pattern);
     SmallFile(pattern);

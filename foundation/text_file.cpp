@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include "foundation/line_store.h"
 #include "foundation/platform.h"
@@ -16,6 +17,46 @@ namespace {
 
 // The stream's own buffer; the 1024-byte blocks are taken from it.
 constexpr size_t kStreamBufferSize = 1 << 16;
+
+// A UTF-16 block of this many bytes decodes to at most 3 bytes of UTF-8 per
+// two bytes, so it fits the buffer; a UTF-32 block of the buffer's size
+// decodes to at most as many bytes.
+constexpr size_t kUtf16Block = CTextFile::kBufferSize / 3 * 2;
+
+uint32_t ReadUnit(const unsigned char* p, size_t size, bool little)
+{
+    uint32_t value = 0;
+    for (size_t i = 0; i < size; ++i) {
+        const size_t k = little ? size - 1 - i : i;
+        value = value << 8 | p[k];
+    }
+    return value;
+}
+
+// Writes code point `c` as UTF-8 and gives the number of bytes.
+uint32_t EncodeUtf8(uint32_t c, char* out)
+{
+    if (c < 0x80) {
+        out[0] = static_cast<char>(c);
+        return 1;
+    }
+    if (c < 0x800) {
+        out[0] = static_cast<char>(0xC0 | c >> 6);
+        out[1] = static_cast<char>(0x80 | (c & 0x3F));
+        return 2;
+    }
+    if (c < 0x10000) {
+        out[0] = static_cast<char>(0xE0 | c >> 12);
+        out[1] = static_cast<char>(0x80 | (c >> 6 & 0x3F));
+        out[2] = static_cast<char>(0x80 | (c & 0x3F));
+        return 3;
+    }
+    out[0] = static_cast<char>(0xF0 | c >> 18);
+    out[1] = static_cast<char>(0x80 | (c >> 12 & 0x3F));
+    out[2] = static_cast<char>(0x80 | (c >> 6 & 0x3F));
+    out[3] = static_cast<char>(0x80 | (c & 0x3F));
+    return 4;
+}
 
 // Past this size the line store grows by half of itself per step instead of
 // 40 bytes, so that a huge line costs linear time.
@@ -57,6 +98,10 @@ ELASFILEERROR CTextFile::Open(const tessel::TxString& path)
     const int64_t size = TellStream(m_file);
     m_fileSize = size < 0 ? 0 : static_cast<uint64_t>(size);
     if (SeekStream(m_file, 0, SEEK_SET) != 0) return LASFILE_IO_FAILED;
+    m_form = kFormBytes;
+    m_crLines = false;
+    m_afterCarriageReturn = false;
+    if (m_decode) DetectTextForm();
 
     std::free(m_line);
     m_line = static_cast<char*>(detail::g_lineStoreAlloc(kLineStep));
@@ -69,6 +114,8 @@ ELASFILEERROR CTextFile::Open(const tessel::TxString& path)
     m_bufferLength = 0;
     m_bufferPos = 0;
     if (PrimeIO() < 1) return LASFILE_IO_FAILED;
+    m_crLines = m_decode && !std::memchr(m_buffer, '\n', m_bufferLength) &&
+                std::memchr(m_buffer, '\r', m_bufferLength);
 
     m_lineCount = 0;
     return ReadLine();
@@ -85,9 +132,81 @@ void CTextFile::Close()
     m_lineCount = 0;
 }
 
+// Passes over a byte-order mark and notes the text form it names. UTF-16
+// without one is recognised by ASCII bytes with a zero beside each.
+void CTextFile::DetectTextForm()
+{
+    unsigned char h[4] = {};
+    const size_t n = std::fread(h, 1, sizeof h, m_file);
+    long skip = 0;
+    if (n == 4 && h[0] == 0xFF && h[1] == 0xFE && h[2] == 0 && h[3] == 0) {
+        m_form = kFormUtf32Le;
+        skip = 4;
+    } else if (n == 4 && h[0] == 0 && h[1] == 0 && h[2] == 0xFE && h[3] == 0xFF) {
+        m_form = kFormUtf32Be;
+        skip = 4;
+    } else if (n >= 3 && h[0] == 0xEF && h[1] == 0xBB && h[2] == 0xBF) {
+        m_form = kFormUtf8Bom;
+        skip = 3;
+    } else if (n >= 2 && h[0] == 0xFF && h[1] == 0xFE) {
+        m_form = kFormUtf16Le;
+        skip = 2;
+    } else if (n >= 2 && h[0] == 0xFE && h[1] == 0xFF) {
+        m_form = kFormUtf16Be;
+        skip = 2;
+    } else if (n == 4 && h[0] && h[0] < 0x80 && !h[1] && h[2] && h[2] < 0x80 && !h[3]) {
+        m_form = kFormUtf16Le;
+    } else if (n == 4 && !h[0] && h[1] && h[1] < 0x80 && !h[2] && h[3] && h[3] < 0x80) {
+        m_form = kFormUtf16Be;
+    }
+    SeekStream(m_file, skip, SEEK_SET);
+}
+
+// One block of UTF-16 or UTF-32 into the buffer as UTF-8. A pair of
+// surrogates cut by the block's end is left for the next block; units that
+// are no character, and a cut unit at the end of the file, become U+FFFD.
+int32_t CTextFile::PrimeDecoded()
+{
+    m_bufferLength = 0;
+    m_bufferPos = 0;
+    const int64_t start = TellStream(m_file);
+    m_bufferStart = start < 0 ? m_bufferStart : static_cast<uint64_t>(start);
+    const bool wide = m_form == kFormUtf32Le || m_form == kFormUtf32Be;
+    const bool little = m_form == kFormUtf16Le || m_form == kFormUtf32Le;
+    const size_t unit = wide ? 4 : 2;
+    const size_t want = wide ? kBufferSize : kUtf16Block;
+    unsigned char raw[kBufferSize];
+    const size_t got = std::fread(raw, 1, want, m_file);
+    const size_t units = got / unit;
+    uint32_t out = 0;
+    for (size_t i = 0; i < units; ++i) {
+        uint32_t c = ReadUnit(raw + i * unit, unit, little);
+        if (!wide && c >= 0xD800 && c <= 0xDBFF) {
+            if (i + 1 == units && got == want) {
+                SeekStream(m_file, -2, SEEK_CUR);
+                break;
+            }
+            const uint32_t low = i + 1 < units ? ReadUnit(raw + (i + 1) * unit, unit, little) : 0;
+            if (low >= 0xDC00 && low <= 0xDFFF) {
+                c = 0x10000 + ((c - 0xD800) << 10) + (low - 0xDC00);
+                ++i;
+            } else {
+                c = 0xFFFD;
+            }
+        } else if ((c >= 0xD800 && c <= 0xDFFF) || c > 0x10FFFF) {
+            c = 0xFFFD;
+        }
+        out += EncodeUtf8(c, m_buffer + out);
+    }
+    if (got % unit != 0) out += EncodeUtf8(0xFFFD, m_buffer + out);
+    m_bufferLength = out;
+    return static_cast<int32_t>(out);
+}
+
 int32_t CTextFile::PrimeIO()
 {
     if (m_bufferPos < m_bufferLength) return -1;
+    if (m_form >= kFormUtf16Le) return PrimeDecoded();
     m_bufferLength = 0;
     m_bufferPos = 0;
     const int64_t start = TellStream(m_file);
@@ -118,9 +237,113 @@ bool CTextFile::GrowLineStore(size_t needed)
     return true;
 }
 
+bool CTextFile::AppendByte(char c)
+{
+    if (m_lineLength + 2 > m_lineCapacity && !GrowLineStore(m_lineLength + 1)) return false;
+    m_line[m_lineLength++] = c;
+    m_line[m_lineLength] = '\0';
+    return true;
+}
+
+// A carriage return ends a line; so does a line feed, except directly
+// behind a carriage return, where the two are one line end.
+ELASFILEERROR CTextFile::ReadCarriageReturnLine()
+{
+    m_line[0] = '\0';
+    m_lineLength = 0;
+    bool seen = false;
+    for (;;) {
+        if (m_bufferPos >= m_bufferLength) {
+            m_bufferPos = m_bufferLength;
+            if (PrimeIO() < 1) return seen ? LASFILE_OK : LASFILE_IO_FAILED;
+        }
+        const char c = m_buffer[m_bufferPos++];
+        const bool pairsWithReturn = c == '\n' && m_afterCarriageReturn;
+        m_afterCarriageReturn = c == '\r';
+        if (pairsWithReturn) continue;
+        seen = true;
+        if (c == '\r' || c == '\n') {
+            ++m_lineCount;
+            return LASFILE_OK;
+        }
+        if (!AppendByte(c)) return LASFILE_OUT_OF_MEMORY;
+    }
+}
+
+// Bytes are taken from the file in blocks of this size while lines are
+// passed over: no line is copied, only its line feed is looked for.
+constexpr size_t kSkipBlock = 1 << 18;
+
+ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
+{
+    if (!m_file || !m_line) return LASFILE_IO_FAILED;
+    if (m_crLines || m_form >= kFormUtf16Le || first == '\r' || first == '\n') {
+        // Decoded text has no byte offsets to go back to: line by line.
+        for (;;) {
+            const ELASFILEERROR result = ReadLine();
+            if (result != LASFILE_OK) return result;
+            ++passed;
+            if (m_line[0] == first) return LASFILE_OK;
+        }
+    }
+    // From the start of the next line on, the stream is read in large blocks.
+    uint64_t offset = m_bufferStart + m_bufferPos;
+    if (SeekStream(m_file, static_cast<int64_t>(offset), SEEK_SET) != 0) return LASFILE_IO_FAILED;
+    m_bufferLength = 0;
+    m_bufferPos = 0;
+    std::vector<char> block(kSkipBlock);
+    bool pending = false;  // bytes since the last line feed
+    bool onlyCr = true;    // and all of them carriage returns, which ReadLine drops
+    for (;;) {
+        const size_t got = std::fread(block.data(), 1, block.size(), m_file);
+        if (got == 0) break;
+        const char* begin = block.data();
+        const char* end = begin + got;
+        const char* hit = nullptr;
+        for (const char* from = begin; !hit;) {
+            const char* mark = static_cast<const char*>(std::memchr(from, first, static_cast<size_t>(end - from)));
+            if (!mark) break;
+            const char* start = mark;
+            while (start > begin && start[-1] == '\r') --start;
+            if (start > begin ? start[-1] == '\n' : onlyCr) hit = start;
+            from = mark + 1;
+        }
+        const char* stop = hit ? hit : end;
+        const char* tail = begin;
+        for (const char* p = begin; p < stop;) {
+            const char* feed = static_cast<const char*>(std::memchr(p, '\n', static_cast<size_t>(stop - p)));
+            if (!feed) break;
+            ++passed;
+            ++m_lineCount;
+            pending = false;
+            onlyCr = true;
+            p = tail = feed + 1;
+        }
+        for (const char* q = tail; q < stop && onlyCr; ++q) {
+            pending = true;
+            onlyCr = *q == '\r';
+        }
+        if (tail < stop) pending = true;
+        if (hit) {
+            if (SeekStream(m_file, static_cast<int64_t>(offset + static_cast<uint64_t>(hit - begin)), SEEK_SET) != 0)
+                return LASFILE_IO_FAILED;
+            const ELASFILEERROR result = ReadLine();
+            if (result == LASFILE_OK) ++passed;
+            return result;
+        }
+        offset += got;
+    }
+    if (pending) ++passed;  // a last line without a line feed
+    m_bufferStart = offset;
+    m_line[0] = '\0';
+    m_lineLength = 0;
+    return LASFILE_IO_FAILED;
+}
+
 ELASFILEERROR CTextFile::ReadLine()
 {
     if (!m_file || !m_line) return LASFILE_IO_FAILED;
+    if (m_crLines) return ReadCarriageReturnLine();
     m_line[0] = '\0';
     m_lineLength = 0;
     bool seen = false;
@@ -170,8 +393,10 @@ ELASFILEERROR CTextFile::ReadLine()
 double CTextFile::GetPercentRead() const
 {
     if (m_fileSize == 0) return 100.0;
-    return static_cast<double>(m_bufferStart + m_bufferPos) * 100.0 /
-           static_cast<double>(m_fileSize);
+    const double percent = static_cast<double>(m_bufferStart + m_bufferPos) * 100.0 /
+                           static_cast<double>(m_fileSize);
+    // Decoded text can hold more bytes than the file.
+    return percent > 100.0 ? 100.0 : percent;
 }
 
 CTextFile& CTextFile::operator=(const CTextFile& other)
@@ -185,6 +410,7 @@ CTextFile& CTextFile::operator=(const CTextFile& other)
     m_bufferPos = other.m_bufferPos;
     m_lineCapacity = other.m_lineCapacity;
     m_lineCount = other.IsOpen() ? 0 : other.m_lineCount;
+    m_decode = other.m_decode;
     return *this;
 }
 

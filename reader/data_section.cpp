@@ -3,12 +3,14 @@
 #include <quarl/reader.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <string>
 
 #include "foundation/number_parse.h"
 #include "foundation/platform.h"
 #include "foundation/section_names.h"
+#include "reader/reader_rules.h"
 
 namespace quarl {
 
@@ -69,60 +71,154 @@ namespace {
 
 // A curve is numeric without a format, or when the byte behind the opening
 // brace is f, i or e in either case; "{S}" and "{}" make text curves.
-bool FormatIsNumeric(const CLasString& format)
+// Leniently, an array format ("{AF13.4}", "{AI}") is numeric too.
+bool FormatIsNumeric(const CLasString& format, bool lenient)
 {
     if (format.empty()) return true;
     if (format.size() < 2) return false;
-    const char kind = AsciiLower(format[1]);
+    size_t at = 1;
+    if (lenient && AsciiLower(format[1]) == 'a' && format.size() > 2) at = 2;
+    const char kind = AsciiLower(format[at]);
     return kind == 'f' || kind == 'i' || kind == 'e';
 }
 
-void AppendToken(CLasCurve& curve, const char* begin, const char* end)
+// Whether atof finds a number at the start of [begin, end).
+bool HasLeadingNumber(const char* begin, const char* end)
 {
-    if (curve.m_isNumeric)
-        curve.m_numbers.push_back(begin == end ? 0.0 : ParseNumber(begin, end));
-    else
-        curve.m_strings.emplace_back(begin, static_cast<size_t>(end - begin));
+    const char* p = begin;
+    while (p < end && (*p == ' ' || (*p >= '\t' && *p <= '\r'))) ++p;
+    if (p < end && (*p == '-' || *p == '+')) ++p;
+    if (p < end && *p == '.') ++p;
+    if (p < end && *p >= '0' && *p <= '9') return true;
+    const size_t left = static_cast<size_t>(end - p);
+    return (left >= 3 && (AsciiCompareNoCaseN(p, "inf", 3) == 0 || AsciiCompareNoCaseN(p, "nan", 3) == 0));
 }
 
-// The values a row lacks when the section ends inside it.
-void FillRow(std::vector<CLasCurve>& curves, size_t from)
+// The values a row lacks: `fill` in numeric curves, "" in text curves.
+void FillRow(std::vector<CLasCurve>& curves, size_t from, double fill)
 {
-    for (size_t i = from; i < curves.size(); ++i) AppendToken(curves[i], nullptr, nullptr);
+    for (size_t i = from; i < curves.size(); ++i) {
+        if (curves[i].m_isNumeric) curves[i].m_numbers.push_back(fill);
+        else curves[i].m_strings.emplace_back();
+    }
+}
+
+uint64_t RowBytes(const std::vector<CLasCurve>& curves)
+{
+    uint64_t bytes = 0;
+    for (const CLasCurve& curve : curves) bytes += curve.m_isNumeric ? sizeof(double) : sizeof(CLasString);
+    return bytes;
+}
+
+// The NULL value of the Well section, when it has one that is a number.
+bool WellNullValue(const CLasSection& well, double& value)
+{
+    CLasParam null;
+    if (well.FindParameterByMnemonic("NULL", &null) < 0) return false;
+    const char* text = null.m_value.c_str();
+    if (!HasLeadingNumber(text, text + null.m_value.size())) return false;
+    value = ParseNumber(text);
+    return true;
 }
 
 }  // namespace
 
+// Leniently, a data section without a definition whose header line names
+// its columns ("~A  DEPT GR") gets one numeric curve for each name.
+ELASFILEERROR CLasReader::MakeCurvesFromHeader(CLasSection& section)
+{
+    const char* p = Line();
+    while (*p == '~' || *p == ' ' || *p == '\t') ++p;
+    while (*p && *p != ' ' && *p != '\t') ++p;  // the name
+    for (;;) {
+        while (*p == ' ' || *p == '\t') ++p;
+        const char* word = p;
+        while (*p && *p != ' ' && *p != '\t') ++p;
+        if (p == word) break;
+        section.m_curves.emplace_back();
+        section.m_curves.back().m_definition.m_mnemonic.assign(word, static_cast<size_t>(p - word));
+    }
+    if (section.m_curves.empty())
+        return Stop(LASFILE_BAD_FORMAT, "a data section without a definition section");
+    Note(LASNOTE_COLUMNS_FROM_HEADER, "no definition for ~" + section.m_name + ": " +
+                                          std::to_string(section.m_curves.size()) +
+                                          " curves named by the header line");
+    return LASFILE_OK;
+}
+
 ELASFILEERROR CLasReader::ReadDataSection()
 {
-    const char* line = m_file.GetLine();
+    const char* line = Line();
     if (!line || line[0] != '~') return LASFILE_BAD_FORMAT;
     CLasSection section;
     if (!ParseSectionHeader(line, &section.m_name, &section.m_association))
         return LASFILE_BAD_FORMAT;
+    section.m_name = SectionTitle(section.m_name);
     section.m_type = LASSECTION_DATA;
     section.m_flags = IsLogDataName(section.m_name.c_str()) ? CLasSection::kFlagLogData : 0;
 
     // An association written in the header binds; only without one do the
     // name rules look for the definition.
-    if (section.m_association.empty() &&
-        FindDefinitionSectionForDataSection(section.m_name.c_str(), &section.m_association) < 0)
-        return LASFILE_BAD_FORMAT;
-    const int32_t definition = FindSectionIndexByName(section.m_association.c_str());
-    if (definition < 0) return LASFILE_BAD_FORMAT;
-
-    const std::vector<CLasParam>& params = m_sections[static_cast<size_t>(definition)]->m_params;
-    section.m_curves.resize(params.size());
-    for (size_t i = 0; i < params.size(); ++i) {
-        section.m_curves[i].m_definition = params[i];
-        section.m_curves[i].m_isNumeric = FormatIsNumeric(params[i].m_format);
+    const bool named = !section.m_association.empty();
+    if (!named && FindDefinitionSectionForDataSection(section.m_name.c_str(), &section.m_association) < 0) {
+        if (!m_options.lenient) return Stop(LASFILE_BAD_FORMAT, "a data section without a definition section");
+        section.m_association.clear();
+        const ELASFILEERROR made = MakeCurvesFromHeader(section);
+        if (made != LASFILE_OK) return made;
+    } else {
+        const int32_t definition = FindSectionIndexByName(section.m_association.c_str());
+        if (definition < 0)
+            return Stop(LASFILE_BAD_FORMAT, "the association of a data section names no section read before it");
+        const std::vector<CLasParam>& params = m_sections[static_cast<size_t>(definition)]->m_params;
+        uint64_t bytes = sizeof(CLasSection) + section.m_name.size();
+        for (const CLasParam& param : params) bytes += sizeof(CLasCurve) + ParamBytes(param);
+        if (!Spend(bytes)) return LASFILE_OUT_OF_MEMORY;
+        section.m_curves.resize(params.size());
+        for (size_t i = 0; i < params.size(); ++i) {
+            CLasCurve& curve = section.m_curves[i];
+            curve.m_definition = params[i];
+            curve.m_isNumeric = FormatIsNumeric(params[i].m_format, m_options.lenient);
+            if (curve.m_isNumeric && !FormatIsNumeric(params[i].m_format, false))
+                Note(LASNOTE_ARRAY_FORMAT, "curve " + params[i].m_mnemonic + " " + params[i].m_format +
+                                               " read as numbers");
+        }
     }
 
     auto stored = std::make_shared<CLasSection>(std::move(section));
     StoreSection(stored);
+    m_fillValue = 0.0;
+    int32_t well = m_options.lenient ? FindSectionIndexByName("Well") : -1;
+    if (well < 0 && m_options.lenient) well = FindSectionIndexByName("W");
+    if (well >= 0) WellNullValue(*m_sections[static_cast<size_t>(well)], m_fillValue);
+    if (m_options.headersOnly) return PassDataRows(stored->m_name);
     const ELASFILEERROR result = ReadLine();
+    if (result == LASFILE_IO_FAILED) return HeaderAtEnd(stored->m_name);
     if (result != LASFILE_OK) return result;
     return ReadDataRows(*stored);
+}
+
+// Without values: the lines up to the next header are passed over whole.
+ELASFILEERROR CLasReader::PassDataRows(const std::string& name)
+{
+    ELASFILEERROR result = LASFILE_OK;
+    if (m_options.lenient) {
+        // Leniently a header may stand behind blanks: every line is looked at.
+        uint64_t rows = 0;
+        do {
+            result = ReadLine();
+            rows += result == LASFILE_OK;
+        } while (result == LASFILE_OK && Line()[0] != '~');
+        if (result == LASFILE_IO_FAILED && rows == 0) return HeaderAtEnd(name);
+    } else {
+        uint64_t passed = 0;
+        result = m_file.SkipToLineStartingWith('~', passed);
+        m_lineNumber += passed;
+        if (result == LASFILE_IO_FAILED && passed == 0) return HeaderAtEnd(name);
+        if (m_statusCallback && (result == LASFILE_OK || result == LASFILE_IO_FAILED) &&
+            ReportProgress(m_file.GetPercentRead()) != LASFILE_OK)
+            return LASFILE_CANCELLED;
+    }
+    return result == LASFILE_IO_FAILED ? LASFILE_OK : result;
 }
 
 // Row after row up to the next header or the end of the file. A section
@@ -130,10 +226,12 @@ ELASFILEERROR CLasReader::ReadDataSection()
 ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section)
 {
     const detail::RowBytes bytes(m_isLas3, m_delimiter);
+    const uint64_t rowBytes = RowBytes(section.m_curves);
     for (;;) {
-        const char* line = m_file.GetLine();
+        const char* line = Line();
         if (!line || line[0] == '~') return LASFILE_OK;
         if (!section.m_curves.empty()) {
+            if (!Spend(rowBytes)) return LASFILE_OUT_OF_MEMORY;
             bool headerReached = false;
             const ELASFILEERROR result = ReadDataRow(bytes, section, headerReached);
             if (result != LASFILE_OK || headerReached) return result;
@@ -144,37 +242,93 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section)
     }
 }
 
+// A numeric token that did not take the quick way: atof of it, with a note
+// when no number stands at its start.
+double CLasReader::OddNumber(const CLasCurve& curve, const char* begin, const char* end)
+{
+    if (begin == end) return 0.0;
+    if (!HasLeadingNumber(begin, end) && CountNote(LASNOTE_NOT_A_NUMBER, m_lineNumber))
+        m_notes.push_back(CLasNote{m_lineNumber, LASNOTE_NOT_A_NUMBER,
+                                   "\"" + std::string(begin, end) + "\" in curve " +
+                                       curve.m_definition.m_mnemonic + " read as 0"});
+    return ParseNumber(begin, end);
+}
+
+// A row that ends before its last curve: the rest is filled with 0 and ""
+// (leniently with the Well section's NULL value), with a note.
+void CLasReader::FillShortRow(std::vector<CLasCurve>& curves, size_t column)
+{
+    FillRow(curves, column, m_fillValue);
+    const bool withNull = m_options.lenient && m_fillValue != 0.0;
+    const ELASNOTEKIND kind = withNull ? LASNOTE_NULL_FILLED : LASNOTE_SHORT_ROW;
+    if (!CountNote(kind, m_lineNumber)) return;
+    char fill[40];
+    std::snprintf(fill, sizeof fill, "%g", m_fillValue);
+    m_notes.push_back(CLasNote{m_lineNumber, kind,
+                               "row of " + std::to_string(column) + " values for " +
+                                   std::to_string(curves.size()) + " curves; the rest filled with " +
+                                   (withNull ? std::string("NULL ") : std::string()) + fill});
+}
+
+// What stands behind the last value of a row: a delimiter alone is nothing,
+// anything else values that were dropped.
+void CLasReader::NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count)
+{
+    if (*p == bytes.delimiter()) p = bytes.SkipBlanks(p + 1);
+    if (*p == '\0' || !CountNote(LASNOTE_LONG_ROW, m_lineNumber)) return;
+    m_notes.push_back(CLasNote{m_lineNumber, LASNOTE_LONG_ROW,
+                               "row of more values than its " + std::to_string(count) +
+                                   " curves; dropped: " + std::string(p).substr(0, 40)});
+}
+
 // One row from the current line: one token per curve, in order; the rest of
-// the line is ignored. A short row gets empty tokens (0.0 or ""). In wrap
-// mode a row goes on over the following lines until every curve has a value;
-// a header that comes first ends the section and fills the row's missing
-// values, so that all curves keep one length.
+// the line is ignored. A short row gets empty tokens (0.0 or ""); an empty
+// token right behind a delimiter is a value of its own. In wrap mode a row
+// goes on over the following lines until every curve has a value; a header
+// that comes first ends the section and fills the row's missing values, so
+// that all curves keep one length.
 ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
                                       bool& headerReached)
 {
     const bool checkDelimiter = bytes.delimiter() != ' ';
     std::vector<CLasCurve>& curves = section.m_curves;
     const size_t count = curves.size();
-    const char* p = m_file.GetLine();
+    const char* p = Line();
+    if (*p == '\t' && m_options.lenient && m_isLas3 && bytes.delimiter() == '\t') {
+        ++p;
+        Note(LASNOTE_LEADING_TAB, "a tab in front of the first value passed over");
+    }
+    bool afterDelimiter = false;
 
     for (size_t column = 0; column < count; ++column) {
         p = bytes.SkipBlanks(p);
-        while (*p == '\0' && m_isWrapped) {
-            const ELASFILEERROR result = ReadLine();
-            if (result != LASFILE_OK) return result;
-            const char* next = m_file.GetLine();
-            if (next[0] == '~') {
-                if (column > 0) FillRow(curves, column);
-                headerReached = true;
-                return LASFILE_OK;
+        if (*p == '\0') {
+            if (!m_isWrapped) {
+                if (!afterDelimiter) {
+                    FillShortRow(curves, column);
+                    return LASFILE_OK;
+                }
+            } else {
+                do {
+                    const ELASFILEERROR result = ReadLine();
+                    if (result == LASFILE_IO_FAILED) return Stop(result, "the file ends inside a wrapped row");
+                    if (result != LASFILE_OK) return result;
+                    const char* next = Line();
+                    if (next[0] == '~') {
+                        if (column > 0) FillShortRow(curves, column);
+                        headerReached = true;
+                        return LASFILE_OK;
+                    }
+                    p = bytes.SkipBlanks(next);
+                } while (*p == '\0');
             }
-            p = bytes.SkipBlanks(next);
         }
+        afterDelimiter = false;
         CLasCurve& curve = curves[column];
         // A number in its common form is converted while the token is cut:
         // the token goes on from where the number ended, and atof of the
         // whole token is that number. Every other token is cut first and
-        // converted by AppendToken.
+        // converted by OddNumber.
         double value = 0.0;
         const char* number =
             curve.m_isNumeric && bytes.plainNumbers() ? ParsePlainDecimal(p, &value) : nullptr;
@@ -182,14 +336,20 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
         const char* end = bytes.TokenEnd(number ? number : p);
         p = bytes.SkipBlanks(end);
         if (checkDelimiter && *p != '\0' && column + 1 < count) {
-            if (*p != bytes.delimiter()) return LASFILE_BAD_FORMAT;
+            if (*p != bytes.delimiter()) return Stop(LASFILE_BAD_FORMAT, "no delimiter between two values of a row");
             p = bytes.SkipBlanks(p + 1);
+            afterDelimiter = true;
         }
         if (number)
             curve.m_numbers.push_back(value);
-        else
-            AppendToken(curve, begin, end);
+        else if (curve.m_isNumeric)
+            curve.m_numbers.push_back(OddNumber(curve, begin, end));
+        else {
+            curve.m_strings.emplace_back(begin, static_cast<size_t>(end - begin));
+            m_bytesKept += static_cast<uint64_t>(end - begin);
+        }
     }
+    if (*p != '\0') NoteRowEnd(bytes, p, count);
     return LASFILE_OK;
 }
 

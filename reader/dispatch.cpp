@@ -30,12 +30,28 @@ std::string NameTail(const std::string& name)
 
 }  // namespace
 
+// Leniently, the titles that real writers give the standard sections are
+// read as those sections' names.
+std::string CLasReader::SectionTitle(const std::string& name) const
+{
+    if (!m_options.lenient) return name;
+    static const char* const kTitles[][2] = {
+        {"curves", "Curve"}, {"params", "Parameter"}, {"parameters", "Parameter"}, {"asc", "ASCII"}};
+    for (const auto& title : kTitles) {
+        if (AsciiEqualNoCase(name.c_str(), title[0])) return title[1];
+    }
+    return name;
+}
+
 ELASFILEERROR CLasReader::ReadSection()
 {
-    const char* line = m_file.GetLine();
+    const char* line = Line();
     if (!line || line[0] != '~') return LASFILE_BAD_FORMAT;
     std::string name;
     ParseSectionHeader(line, &name, nullptr);
+    const std::string title = SectionTitle(name);
+    if (title != name) Note(LASNOTE_SECTION_TITLE, "~" + name + " read as ~" + title);
+    name = title;
     const std::string tail = NameTail(name);
 
     if (IsVersionSectionName(name.c_str()) || NameIsOneOf(name, "well", "w") ||

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "foundation/platform.h"
+#include "reader/reader_rules.h"
 
 namespace quarl {
 
@@ -86,15 +87,57 @@ const char* ScanUnit(const char* p, std::string& field)
     return SkipBlanks(p);
 }
 
-// Up to the first colon, less the blanks in front of it; without a colon, to
-// the end of the line with its trailing blanks. A brace refuses, and so does
-// a bar in a version 3 file.
-const char* ScanValue(const char* p, std::string& field, bool isLas3)
+// Leniently, a line without a period: the mnemonic is the text in front of
+// the first colon, and the value starts at that colon.
+const char* ScanMnemonicWithoutPeriod(const char* p, std::string& field)
+{
+    field.clear();
+    p = SkipBlanks(p);
+    const char* colon = std::strchr(p, ':');
+    if (!colon) return nullptr;
+    for (const char* q = p; q < colon; ++q) {
+        if (IsBrace(*q) || *q == '|') return nullptr;
+    }
+    AssignTrimmed(p, colon, field);
+    return field.empty() ? nullptr : colon;
+}
+
+bool IsDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+// The colon that ends the value: the first one. A colon between two digits
+// is part of a time ("11:37:04"); leniently such a value keeps its colons,
+// and ends at the first colon that does not stand between two digits, when
+// there is one. `relaxed` says whether the value was cut inside a time, and
+// whether the lenient choice kept the colons.
+const char* ValueColon(const char* p, bool lenient, unsigned& relaxed)
+{
+    p = SkipBlanks(p);
+    const char* first = std::strchr(p, ':');
+    const auto inTime = [p](const char* c) { return c > p && IsDigit(c[-1]) && IsDigit(c[1]); };
+    if (!first || !inTime(first)) return first;
+    if (lenient) {
+        for (const char* c = std::strchr(first + 1, ':'); c; c = std::strchr(c + 1, ':')) {
+            if (!inTime(c)) {
+                relaxed |= kColonsKept;
+                return c;
+            }
+        }
+    }
+    relaxed |= kValueCutAtColon;
+    return first;
+}
+
+// Up to `colon`, less the blanks in front of it; without a colon, to the end
+// of the line with its trailing blanks. A brace refuses, and so does a bar in
+// a version 3 file.
+const char* ScanValue(const char* p, std::string& field, bool isLas3, const char* colon)
 {
     field.clear();
     p = SkipBlanks(p);
     if (*p == '\0' || *p == ':') return p;
-    const char* colon = std::strchr(p, ':');
     const char* end = colon ? colon : p + std::strlen(p);
     if (colon) {
         while (end > p && IsBlank(end[-1])) --end;
@@ -151,17 +194,36 @@ void ScanAssociation(const char* p, std::string& field)
 
 ELASFILEERROR CLasReader::ParseParameterLine(const char* line, CLasParam& param) const
 {
+    unsigned relaxed = 0;
+    return ParseParameterLineAs(line, param, false, relaxed);
+}
+
+// The reading of ParseParameterLine; `lenient` relaxes the two rules of
+// ScanMnemonicWithoutPeriod and ValueColon, and `relaxed` gets the bits of
+// reader_rules.h for the rules that fired and the odd things seen.
+ELASFILEERROR CLasReader::ParseParameterLineAs(const char* line, CLasParam& param, bool lenient,
+                                               unsigned& relaxed) const
+{
+    relaxed = 0;
     if (!line) return LASFILE_BAD_FORMAT;
+    const char* cursor = nullptr;
     const char* afterMnemonic = ScanMnemonic(SkipBlanks(line), param.m_mnemonic);
-    if (!afterMnemonic) return LASFILE_BAD_FORMAT;
-    // "VERS" may do without a unit: the line then goes on from behind the
-    // mnemonic, and the unit keeps what was gathered before the refusal.
-    const char* cursor = ScanUnit(afterMnemonic, param.m_unit);
-    if (!cursor) {
-        if (!EqualsVers(param.m_mnemonic)) return LASFILE_BAD_FORMAT;
-        cursor = afterMnemonic;
+    if (afterMnemonic) {
+        // "VERS" may do without a unit: the line then goes on from behind the
+        // mnemonic, and the unit keeps what was gathered before the refusal.
+        cursor = ScanUnit(afterMnemonic, param.m_unit);
+        if (!cursor) {
+            if (!EqualsVers(param.m_mnemonic)) return LASFILE_BAD_FORMAT;
+            cursor = afterMnemonic;
+        }
+    } else {
+        if (!lenient) return LASFILE_BAD_FORMAT;
+        cursor = ScanMnemonicWithoutPeriod(line, param.m_mnemonic);
+        if (!cursor) return LASFILE_BAD_FORMAT;
+        param.m_unit.clear();
+        relaxed |= kRelaxedNoPeriod;
     }
-    cursor = ScanValue(cursor, param.m_value, m_isLas3);
+    cursor = ScanValue(cursor, param.m_value, m_isLas3, ValueColon(cursor, lenient, relaxed));
     if (!cursor) return LASFILE_BAD_FORMAT;
     ScanDescription(cursor, param.m_description);
     ScanFormat(cursor, param.m_format);

@@ -10,6 +10,7 @@
 #include "foundation/delimiter_words.h"
 #include "foundation/platform.h"
 #include "foundation/section_names.h"
+#include "reader/reader_rules.h"
 
 namespace quarl {
 
@@ -64,6 +65,7 @@ void CLasReader::ApplyVersionLine(CLasParam& param)
             param.m_value = param.m_unit;
         if (!param.m_value.empty() && static_cast<signed char>(param.m_value[0]) >= 0x33)
             m_isLas3 = true;
+        m_isVersion1 = !param.m_value.empty() && param.m_value[0] == '1';
     } else if (AsciiEqualNoCase(mnemonic, "WRAP")) {
         if (!param.m_value.empty() && (param.m_value[0] == 'y' || param.m_value[0] == 'Y'))
             m_isWrapped = true;
@@ -79,10 +81,12 @@ void CLasReader::ApplyVersionLine(CLasParam& param)
 // stored. The end of the file behind at least one line is the normal end.
 ELASFILEERROR CLasReader::ReadParameterSection(bool isDefinition)
 {
-    const char* line = m_file.GetLine();
+    const char* line = Line();
     if (!line || line[0] != '~') return LASFILE_BAD_FORMAT;
     std::string name;
     if (!ParseSectionHeader(line, &name, nullptr)) return LASFILE_BAD_FORMAT;
+    name = SectionTitle(name);
+    if (!Spend(sizeof(CLasSection) + name.size())) return LASFILE_OUT_OF_MEMORY;
     const bool isVersion = IsVersionSectionName(name.c_str());
 
     auto stored = std::make_shared<CLasSection>();
@@ -93,19 +97,56 @@ ELASFILEERROR CLasReader::ReadParameterSection(bool isDefinition)
     CLasSection& section = *stored;
 
     ELASFILEERROR result = ReadLine();
+    if (result == LASFILE_IO_FAILED) return HeaderAtEnd(section.m_name);
     if (result != LASFILE_OK) return result;
     for (;;) {
-        line = m_file.GetLine();
+        line = Line();
         if (!line || line[0] == '~') return LASFILE_OK;
-        CLasParam param;
-        result = ParseParameterLine(line, param);
+        result = ReadParameterLine(section, isVersion);
         if (result != LASFILE_OK) return result;
-        section.m_params.push_back(std::move(param));
-        if (isVersion) ApplyVersionLine(section.m_params.back());
         result = ReadLine();
         if (result == LASFILE_IO_FAILED) return LASFILE_OK;
         if (result != LASFILE_OK) return result;
     }
+}
+
+// The current line into the section. A line that is no parameter line ends
+// the read; leniently it is passed over with a note.
+ELASFILEERROR CLasReader::ReadParameterLine(CLasSection& section, bool isVersion)
+{
+    CLasParam param;
+    unsigned relaxed = 0;
+    if (ParseParameterLineAs(Line(), param, m_options.lenient, relaxed) != LASFILE_OK) {
+        if (!m_options.lenient)
+            return Stop(LASFILE_BAD_FORMAT, "a line of a parameter section is not MNEM.UNIT VALUE : DESCRIPTION");
+        Note(LASNOTE_LINE_PASSED_OVER, "no parameter line: passed over");
+        return LASFILE_OK;
+    }
+    const std::string quoted = param.m_mnemonic + " = \"" + param.m_value + "\"";
+    if (relaxed & kRelaxedNoPeriod) Note(LASNOTE_NO_PERIOD, "no period behind " + param.m_mnemonic + ": empty unit");
+    if (relaxed & kValueCutAtColon) Note(LASNOTE_VALUE_CUT, "value cut at a colon inside a time: " + quoted);
+    if (relaxed & kColonsKept) Note(LASNOTE_VALUE_WITH_COLONS, "value keeps its colons: " + quoted);
+    if (!Spend(ParamBytes(param))) return LASFILE_OUT_OF_MEMORY;
+    section.m_params.push_back(std::move(param));
+    if (isVersion) ApplyVersionLine(section.m_params.back());
+    else if (m_options.lenient && m_isVersion1) ApplyLas12WellLine(section, section.m_params.back());
+    return LASFILE_OK;
+}
+
+// LAS 1.2 writers put the word that describes a Well line in front of the
+// colon and the value behind it ("COMP. COMPANY: ANY OIL CO"), except on the
+// depth and null lines.
+void CLasReader::ApplyLas12WellLine(const CLasSection& section, CLasParam& param)
+{
+    if (!AsciiEqualNoCase(section.m_name.c_str(), "Well") && !AsciiEqualNoCase(section.m_name.c_str(), "W"))
+        return;
+    for (const char* kept : {"STRT", "STOP", "STEP", "NULL"}) {
+        if (AsciiEqualNoCase(param.m_mnemonic.c_str(), kept)) return;
+    }
+    if (param.m_value.empty() || param.m_description.empty()) return;
+    std::swap(param.m_value, param.m_description);
+    Note(LASNOTE_LAS12_WELL_VALUE, "LAS 1.2 Well line: " + param.m_mnemonic + " = \"" + param.m_value +
+                                       "\", described as \"" + param.m_description + "\"");
 }
 
 }  // namespace quarl

@@ -2,8 +2,13 @@
 // the lines that count, progress reports, skipping a section, and assignment.
 #include <quarl/reader.h>
 
+#include <algorithm>
+#include <iterator>
+#include <string>
+
 #include "foundation/platform.h"
 #include "foundation/section_index.h"
+#include "foundation/section_names.h"
 
 namespace quarl {
 
@@ -26,6 +31,35 @@ bool LineCounts(const char* line)
 {
     while (*line == ' ' || *line == '\\') ++line;
     return *line != '#' && *line != '\0';
+}
+
+// A line whose first value is a number, as the rows of a data section are.
+bool LooksLikeData(const char* line)
+{
+    while (*line == ' ' || *line == '\t') ++line;
+    if (*line == '-' || *line == '+') ++line;
+    if (*line == '.') ++line;
+    return *line >= '0' && *line <= '9';
+}
+
+std::string HeaderName(const char* line)
+{
+    std::string name;
+    ParseSectionHeader(line, &name, nullptr);
+    return name;
+}
+
+const char* TextFormName(CTextFile::ETextForm form)
+{
+    switch (form) {
+    case CTextFile::kFormUtf8Bom: return "a UTF-8 byte-order mark was passed over";
+    case CTextFile::kFormUtf16Le: return "UTF-16 LE text read as UTF-8";
+    case CTextFile::kFormUtf16Be: return "UTF-16 BE text read as UTF-8";
+    case CTextFile::kFormUtf32Le: return "UTF-32 LE text read as UTF-8";
+    case CTextFile::kFormUtf32Be: return "UTF-32 BE text read as UTF-8";
+    case CTextFile::kFormBytes: break;
+    }
+    return "";
 }
 
 }  // namespace
@@ -68,8 +102,10 @@ ELASFILEERROR CLasReader::ReadLine()
     for (;;) {
         const ELASFILEERROR result = m_file.ReadLine();
         if (result != LASFILE_OK) return result;
+        ++m_lineNumber;
         if (LineCounts(m_file.GetLine())) break;
     }
+    if (m_options.lenient) LookAtLine();
     if (!m_statusCallback) return LASFILE_OK;
     if (m_file.GetLineCount() % 10 != 0) return LASFILE_OK;
     return ReportProgress(m_file.GetPercentRead());
@@ -79,10 +115,16 @@ ELASFILEERROR CLasReader::ReadLine()
 // file inside the body ends the section; right behind the header it fails.
 ELASFILEERROR CLasReader::SkipSection()
 {
-    if (!StartsWithHeader(m_file.GetLine())) return LASFILE_BAD_FORMAT;
+    if (!StartsWithHeader(Line())) return LASFILE_BAD_FORMAT;
+    const uint64_t headerLine = m_lineNumber;
+    const std::string name = HeaderName(Line());
     ELASFILEERROR result = ReadLine();
+    if (result == LASFILE_IO_FAILED) return HeaderAtEnd(name);
     if (result != LASFILE_OK) return result;
-    while (!StartsWithHeader(m_file.GetLine())) {
+    NoteAt(headerLine, LASNOTE_SECTION_SKIPPED,
+           "section ~" + name + " passed over" +
+               (LooksLikeData(Line()) ? "; its lines look like data rows" : ""));
+    while (!StartsWithHeader(Line())) {
         result = ReadLine();
         if (result == LASFILE_IO_FAILED) return LASFILE_OK;
         if (result != LASFILE_OK) return result;
@@ -96,9 +138,57 @@ ELASFILEERROR CLasReader::PassLeadingComment()
 {
     if (m_file.GetLine() && m_file.GetLine()[0] == '#') {
         const ELASFILEERROR result = ReadLine();
+        if (result == LASFILE_IO_FAILED) return Stop(result, "nothing but comments in the file");
         if (result != LASFILE_OK) return result;
     }
-    return StartsLikeVersionSection(m_file.GetLine()) ? LASFILE_OK : LASFILE_BAD_FORMAT;
+    if (StartsLikeVersionSection(m_file.GetLine())) return LASFILE_OK;
+    return Stop(LASFILE_BAD_FORMAT, "the first line that counts does not begin with ~V");
+}
+
+// Lenient start: any lines in front of the first "~" line are passed over,
+// and the first section may be any section. A note says so where the strict
+// start would have refused the file.
+ELASFILEERROR CLasReader::PassLeadingText()
+{
+    const bool commentFirst = m_file.GetLine() && m_file.GetLine()[0] == '#';
+    bool noted = false;
+    for (bool first = true; !StartsWithHeader(Line()); first = false) {
+        const bool strictPasses = first ? commentFirst : commentFirst && !LineCounts(Line());
+        if (!strictPasses && !noted) {
+            Note(LASNOTE_TEXT_BEFORE_SECTIONS, "lines in front of the first section passed over");
+            noted = true;
+        }
+        const ELASFILEERROR result = ReadLine();
+        if (result == LASFILE_IO_FAILED) return Stop(LASFILE_BAD_FORMAT, "no section header in the file");
+        if (result != LASFILE_OK) return result;
+    }
+    if (!StartsLikeVersionSection(Line()))
+        Note(LASNOTE_NO_VERSION_FIRST,
+             "the file starts with ~" + HeaderName(Line()) + ", not a Version section: LAS 2.0 assumed");
+    return LASFILE_OK;
+}
+
+// Leniently, a "~" behind blanks makes a header: the current line is then
+// taken from the "~" on.
+void CLasReader::LookAtLine()
+{
+    m_lineOffset = 0;
+    const char* line = m_file.GetLine();
+    const char* p = line;
+    while (*p == ' ' || *p == '\t') ++p;
+    if (p == line || *p != '~') return;
+    m_lineOffset = static_cast<size_t>(p - line);
+    Note(LASNOTE_HEADER_INDENTED, "a section header behind blanks");
+}
+
+// A header on the last line: strictly the read fails there; leniently the
+// section is complete without lines.
+ELASFILEERROR CLasReader::HeaderAtEnd(const std::string& name)
+{
+    Note(LASNOTE_HEADER_AT_END, "the header of ~" + name + " is the last line of the file" +
+                                    (m_options.lenient ? "; read as a section without lines" : ""));
+    if (m_options.lenient) return LASFILE_OK;
+    return Stop(LASFILE_IO_FAILED, "the file ends with a section header");
 }
 
 ELASFILEERROR CLasReader::Open(const tessel::TxString& path)
@@ -108,10 +198,37 @@ ELASFILEERROR CLasReader::Open(const tessel::TxString& path)
     m_isLas3 = false;
     m_isWrapped = false;
     m_delimiter = ' ';
+    m_lineNumber = 0;
+    m_lineOffset = 0;
+    m_bytesKept = 0;
+    m_stopReason.clear();
+    std::fill(std::begin(m_noteCounts), std::end(m_noteCounts), 0u);
+    m_isVersion1 = false;
+    m_fillValue = 0.0;
     if (m_file.IsOpen()) m_file.Close();
 
+    m_file.SetDecoding(m_options.lenient);
     ELASFILEERROR result = m_file.Open(path);
-    if (result != LASFILE_OK) return result;
+    if (result == LASFILE_OK) {
+        m_lineNumber = 1;
+        result = ReadFile();
+    } else {
+        Stop(result, m_file.IsOpen() ? "the file is empty or cannot be read"
+                                     : "the file cannot be opened");
+    }
+    FinishNotes(result);
+    return result;
+}
+
+ELASFILEERROR CLasReader::ReadFile()
+{
+    if (m_options.lenient) {
+        if (m_file.GetTextForm() != CTextFile::kFormBytes)
+            Note(LASNOTE_DECODED, TextFormName(m_file.GetTextForm()));
+        if (m_file.HasCarriageReturnLines())
+            Note(LASNOTE_DECODED, "carriage returns without line feeds read as line ends");
+        LookAtLine();
+    }
 
     // Lookups by name go through an index for as long as the read runs, so
     // that a file of many sections does not take quadratic time.
@@ -126,24 +243,39 @@ ELASFILEERROR CLasReader::Open(const tessel::TxString& path)
         CLasReader& m_reader;
     } indexWhileReading(*this);
 
-    result = PassLeadingComment();
+    ELASFILEERROR result = m_options.lenient ? PassLeadingText() : PassLeadingComment();
     if (result != LASFILE_OK) return result;
 
     do {
         result = ReadSection();
-    } while (result == LASFILE_OK && StartsWithHeader(m_file.GetLine()));
+    } while (result == LASFILE_OK && StartsWithHeader(Line()));
 
     // The final report comes after every run of the loop, good or not, and
     // a stop on it replaces whatever the loop gave.
-    if (m_statusCallback && ReportProgress(100.0) != LASFILE_OK) return LASFILE_CANCELLED;
+    if (m_statusCallback && ReportProgress(100.0) != LASFILE_OK) {
+        m_stopReason.clear();
+        return Stop(LASFILE_CANCELLED, "the status callback stopped the read");
+    }
     return result;
 }
 
+// The notes and the line number stay those of the last Open.
 bool CLasReader::IsValidFile(const tessel::TxString& path)
 {
     if (m_file.IsOpen()) m_file.Close();
-    const bool valid = m_file.Open(path) == LASFILE_OK && PassLeadingComment() == LASFILE_OK;
+    const std::vector<CLasNote> notes = m_notes;
+    const uint64_t lineNumber = m_lineNumber;
+    m_file.SetDecoding(m_options.lenient);
+    bool valid = m_file.Open(path) == LASFILE_OK;
+    if (valid) {
+        if (m_options.lenient) LookAtLine();
+        valid = (m_options.lenient ? PassLeadingText() : PassLeadingComment()) == LASFILE_OK;
+    }
     m_file.Close();
+    m_lineOffset = 0;
+    m_notes = notes;
+    m_lineNumber = lineNumber;
+    m_stopReason.clear();
     return valid;
 }
 
@@ -170,6 +302,7 @@ CLasReader& CLasReader::operator=(const CLasReader& other)
     m_delimiter = other.m_delimiter;
     m_options = other.m_options;
     m_notes = other.m_notes;
+    m_lineNumber = other.m_lineNumber;
     return *this;
 }
 

@@ -27,33 +27,80 @@ class SectionNameIndex;
 // of the format as it stands, nothing relaxed, everything kept.
 struct CLasReadOptions {
     // Relaxes a few well-defined rules so that files written by real tools
-    // read as they mean; each relaxed rule that fires leaves a note.
+    // read as they mean; each relaxed rule that fires leaves a note of its
+    // own kind, LASNOTE_DECODED to LASNOTE_ARRAY_FORMAT below, where each
+    // rule is told. Off, the result of every read is exactly the strict one.
     bool lenient = false;
     // Reads every section but keeps no data values: the curves of a data
-    // section have their definitions and no values.
+    // section have their definitions and no values. The rows are passed
+    // over without being cut into values, so a row that a full read would
+    // refuse (a missing delimiter) does not end the read, a data header
+    // followed by nothing but blank and comment lines is not the last line
+    // of the file, and the status callback hears of the rows of a data
+    // section once, at its end.
     bool headersOnly = false;
-    // The most a read may allocate for values and sections, in bytes; 0 is
-    // no bound. A read that would pass it ends with LASFILE_OUT_OF_MEMORY
-    // and keeps what was read up to there.
+    // The most a read may keep, in bytes; 0 is no bound. What counts: each
+    // stored section, parameter line and curve with the bytes of its texts,
+    // 8 bytes per number and the size of a string plus its bytes per text
+    // value. A read that would pass it ends with LASFILE_OUT_OF_MEMORY and
+    // a LASNOTE_BUDGET_EXCEEDED note; what was read up to there stays, with
+    // every curve of a data section one length (the row that did not fit is
+    // not stored). The line store of the file is not counted.
     uint64_t maxBytes = 0;
 };
 
 // What a read noticed and the host may want to know. Every read, strict or
 // lenient, collects them in the order of the file.
 enum ELASNOTEKIND : int32_t {
+    // Made in every read.
     LASNOTE_READ_STOPPED = 0,       // the read failed here; the text says why
     LASNOTE_SECTION_SKIPPED = 1,    // a section nothing reads was passed over
     LASNOTE_SHORT_ROW = 2,          // a row with fewer values than curves was filled
     LASNOTE_LONG_ROW = 3,           // values behind the last curve were dropped
     LASNOTE_NOT_A_NUMBER = 4,       // a numeric token that is no number was read as 0
-    LASNOTE_VALUE_CUT = 5,          // a parameter value ended at a colon inside it
+    LASNOTE_VALUE_CUT = 5,          // a parameter value ended at a colon inside a time (12:30)
     LASNOTE_HEADER_AT_END = 6,      // a section header is the last line of the file
     LASNOTE_BUDGET_EXCEEDED = 7,    // the read passed CLasReadOptions::maxBytes
-    LASNOTE_LENIENT = 8,            // a rule was relaxed in lenient reading
+    LASNOTE_MORE_NOTES = 8,         // notes of one kind past the cap, counted here
+    // Made only in lenient reads, one kind for each relaxed rule.
+    LASNOTE_DECODED = 16,           // a UTF-8 byte-order mark passed over, UTF-16/32 text
+                                    // (with a mark, or UTF-16 seen by its zero bytes) read
+                                    // as UTF-8, or carriage returns read as line ends (when
+                                    // the first 1024 bytes hold them and no line feed)
+    LASNOTE_TEXT_BEFORE_SECTIONS = 17,  // blank lines and text in front of the first "~"
+                                        // line passed over (comments behind a first "#"
+                                        // line are no note: strict reading passes them too)
+    LASNOTE_NO_VERSION_FIRST = 18,  // the first section is not Version: LAS 2.0 assumed
+    LASNOTE_SECTION_TITLE = 19,     // "~Curves", "~Params", "~Parameters" and "~Asc" (any
+                                    // case) read and stored as Curve, Parameter, ASCII
+    LASNOTE_HEADER_INDENTED = 20,   // a "~" behind blanks starts a section header
+    LASNOTE_NO_PERIOD = 21,         // "PROV :ALBERTA": the mnemonic is the text before the
+                                    // first colon, the unit is empty
+    LASNOTE_LINE_PASSED_OVER = 22,  // a line of a parameter section that is no parameter
+                                    // line is passed over instead of ending the read
+    LASNOTE_VALUE_WITH_COLONS = 23, // a value whose first colon stands between two digits
+                                    // (a time) ends at the first colon that does not
+    LASNOTE_LAS12_WELL_VALUE = 24,  // VERS 1.x, Well line other than STRT, STOP, STEP, NULL
+                                    // with text on both sides of the colon: value and
+                                    // description swapped ("COMP. COMPANY: ANY OIL CO")
+    LASNOTE_NULL_FILLED = 25,       // a short row's numbers filled with the Well section's
+                                    // NULL value instead of 0 (a row with no NULL in the
+                                    // Well section is filled with 0: LASNOTE_SHORT_ROW)
+    LASNOTE_COLUMNS_FROM_HEADER = 26,   // a data section without definition section whose
+                                        // header names its columns ("~A DEPT GR") gets one
+                                        // numeric curve per name and no association
+    LASNOTE_LEADING_TAB = 27,       // a tab in front of the first value of a LAS 3.0
+                                    // tab-delimited row is passed over
+    LASNOTE_ARRAY_FORMAT = 28,      // a curve of format "{AF..}", "{AI..}" or "{AE..}" is
+                                    // numeric; the note is on the data section's header
 };
 
+// The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
+// other value.
+QUARL_API const char* LasNoteKindName(ELASNOTEKIND kind);
+
 // One note: the 1-based physical line of the file it is about, its kind and
-// a short text in words.
+// a short text in words. Line 0 means the file as a whole.
 struct CLasNote {
     uint64_t line = 0;
     ELASNOTEKIND kind = LASNOTE_READ_STOPPED;
@@ -69,7 +116,8 @@ public:
     CLasReader();
     ~CLasReader();
 
-    // Reads the whole file into the list of sections, in file order. First
+    // Reads the whole file into the list of sections, in file order, under
+    // the options set by SetOptions (the default is the strict reading). First
     // empties the list and the notes, closes an open file and resets IsLas3,
     // IsWrapped and GetDelimiter. Returns:
     //   LASFILE_OK             the file was read to its end.
@@ -89,7 +137,11 @@ public:
     // section without a definition is not kept). Blank lines and lines whose
     // first byte behind spaces and backslashes is "#" are passed over. Except
     // for a path that cannot be opened, the reader is open afterwards, good
-    // result or not, until Close.
+    // result or not, until Close. The notes of the read are in GetNotes:
+    // every result but LASFILE_OK leaves a LASNOTE_READ_STOPPED note last, at
+    // GetLineNumber() (line 0 when the file cannot be opened). Lenient reading
+    // may pass over what the strict reading refuses: each rule it relaxes
+    // leaves a note.
     ELASFILEERROR Open(const tessel::TxString& path);
     // Closes the file and empties the list; shared pointers that a host
     // holds stay valid. Keeps the callback, the options, the notes and what
@@ -99,7 +151,8 @@ public:
     // over, then the first line that counts begins with "~V" in either case.
     // False for a file that cannot be opened or is empty, and when the status
     // callback says stop. Leaves the reader closed; the sections of an
-    // earlier read stay in the list (see the accessors).
+    // earlier read stay in the list (see the accessors), and the notes and
+    // line number as the last Open left them.
     bool IsValidFile(const tessel::TxString& path);
     bool IsOpen() const { return m_file.IsOpen(); }
     // Registers the callback and its context for every later Open and
@@ -108,6 +161,8 @@ public:
     // message "Reading " and the path.
     void SetStatusCallback(void* context, LasStatusCallback callback);
     // The options of the next Open; they stay until they are set again.
+    // IsValidFile follows the lenient option too: leniently, a file is valid
+    // when a "~" line stands anywhere in it.
     void SetOptions(const CLasReadOptions& options) { m_options = options; }
     const CLasReadOptions& GetOptions() const { return m_options; }
 
@@ -121,8 +176,17 @@ public:
     bool IsWrapped() const { return m_isWrapped; }
     char GetDelimiter() const { return m_delimiter; }
     // The notes of the last Open, in the order of the file; empty before
-    // the first Open. Close keeps them.
+    // the first Open. Close keeps them; the next Open replaces them. At most
+    // 100 notes of one kind are kept; past that, one LASNOTE_MORE_NOTES note
+    // per kind at the end says how many more there were, at the line of the
+    // last of them. LASNOTE_READ_STOPPED comes after those.
     const std::vector<CLasNote>& GetNotes() const { return m_notes; }
+    // The 1-based physical line of the file at which the last Open ended:
+    // the line where it failed, or after a good read the last line of the
+    // file (blank and comment lines count; so does a last line without a
+    // line feed). 0 before the first Open and when the file could not be
+    // opened or is empty.
+    uint64_t GetLineNumber() const { return m_lineNumber; }
 
     // Shares the source's sections (the same objects, by shared pointer) and
     // copies its callback, options, notes and format. Never two owners of one
@@ -226,6 +290,40 @@ private:
     // A host was given sections it can change (rename) while a read runs.
     void NoteSectionsLent() const;
 
+    // Notes, the budget and the relaxed rules.
+    ELASFILEERROR ReadFile();
+    // The current line; leniently from a "~" behind blanks on.
+    const char* Line() const
+    {
+        const char* line = m_file.GetLine();
+        return line ? line + m_lineOffset : line;
+    }
+    bool CountNote(ELASNOTEKIND kind, uint64_t line);
+    void Note(ELASNOTEKIND kind, const std::string& text) { NoteAt(m_lineNumber, kind, text); }
+    void NoteAt(uint64_t line, ELASNOTEKIND kind, const std::string& text);
+    void FinishNotes(ELASFILEERROR result);
+    ELASFILEERROR Stop(ELASFILEERROR result, const char* why);
+    // Adds `bytes` to what the read keeps; false once that passes the budget.
+    bool Spend(uint64_t bytes)
+    {
+        m_bytesKept += bytes;
+        return m_options.maxBytes == 0 || m_bytesKept <= m_options.maxBytes || BudgetPassed();
+    }
+    bool BudgetPassed();
+    void LookAtLine();
+    ELASFILEERROR PassLeadingText();
+    ELASFILEERROR HeaderAtEnd(const std::string& name);
+    std::string SectionTitle(const std::string& name) const;
+    ELASFILEERROR ParseParameterLineAs(const char* line, CLasParam& param, bool lenient,
+                                       unsigned& relaxed) const;
+    ELASFILEERROR ReadParameterLine(CLasSection& section, bool isVersion);
+    void ApplyLas12WellLine(const CLasSection& section, CLasParam& param);
+    ELASFILEERROR MakeCurvesFromHeader(CLasSection& section);
+    double OddNumber(const CLasCurve& curve, const char* begin, const char* end);
+    void FillShortRow(std::vector<CLasCurve>& curves, size_t column);
+    void NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count);
+    ELASFILEERROR PassDataRows(const std::string& name);
+
     CTextFile m_file;
     LasStatusCallback m_statusCallback;
     void* m_statusContext;
@@ -235,6 +333,21 @@ private:
     char m_delimiter;
     CLasReadOptions m_options;
     std::vector<CLasNote> m_notes;
+    // The physical line of the current line, and for a lenient read the
+    // blanks in front of a "~" that make it a header.
+    uint64_t m_lineNumber = 0;
+    size_t m_lineOffset = 0;
+    // Bytes kept so far against m_options.maxBytes.
+    uint64_t m_bytesKept = 0;
+    // Why the read stopped, set where it stopped; empty while it goes on.
+    std::string m_stopReason;
+    // Notes per kind so far, and the line of the last one past the cap.
+    uint32_t m_noteCounts[32] = {};
+    uint64_t m_noteLastLines[32] = {};
+    // The VERS line named a version before 2 (LAS 1.2).
+    bool m_isVersion1 = false;
+    // What a short row is filled with: 0, or leniently the NULL value.
+    double m_fillValue = 0.0;
     // The sections by name while Open reads, null otherwise.
     std::unique_ptr<detail::SectionNameIndex> m_nameIndex;
 };

@@ -48,6 +48,12 @@ public:
     // Length of the current line in bytes (a NUL byte in it is counted).
     size_t GetLineLength() const { return m_file ? m_lineLength : 0; }
 
+    // Passes over lines up to the next one whose first byte is `first`,
+    // which becomes the current line just as ReadLine gives it; `passed`
+    // grows by the number of lines moved over, that one included. At the
+    // end of the file: LASFILE_IO_FAILED and an empty current line.
+    ELASFILEERROR SkipToLineStartingWith(char first, uint64_t& passed);
+
     // How far through the file the bytes taken so far reach, 0 to 100, exact
     // to the byte; 100 once the end is reached. Meaningful while open.
     double GetPercentRead() const;
@@ -60,10 +66,36 @@ public:
     // first, and the copy of an open source is a closed object.
     CTextFile& operator=(const CTextFile& other);
 
+    // The text forms that Open can recognise when decoding is on.
+    enum ETextForm : uint8_t {
+        kFormBytes = 0,   // the bytes as they are
+        kFormUtf8Bom,     // UTF-8 behind a byte-order mark, which is passed over
+        kFormUtf16Le,     // UTF-16 (with a byte-order mark, or ASCII text with
+        kFormUtf16Be,     //   every other byte zero), delivered as UTF-8
+        kFormUtf32Le,     // UTF-32 with a byte-order mark, delivered as UTF-8
+        kFormUtf32Be,
+    };
+    // Decoding applies from the next Open on and stays until it is set
+    // again; it is off by default, and then every byte is delivered as it
+    // is. On, Open looks at the head of the file: a byte-order mark is passed
+    // over, UTF-16 and UTF-32 text is delivered as UTF-8, and a file whose
+    // first block holds carriage returns but no line feed has its carriage
+    // returns read as line ends (a line feed directly behind one is then
+    // part of that line end).
+    void SetDecoding(bool on) { m_decode = on; }
+    bool GetDecoding() const { return m_decode; }
+    // What the last Open found; kFormBytes and false while decoding is off.
+    ETextForm GetTextForm() const { return static_cast<ETextForm>(m_form); }
+    bool HasCarriageReturnLines() const { return m_crLines; }
+
 private:
     CTextFile(CTextFile& other);  // not offered
     int32_t PrimeIO();
+    int32_t PrimeDecoded();
     bool GrowLineStore(size_t needed);
+    void DetectTextForm();
+    ELASFILEERROR ReadCarriageReturnLine();
+    bool AppendByte(char c);
 
     std::FILE* m_file;
     tessel::TxString m_filename;
@@ -76,6 +108,10 @@ private:
     size_t m_lineCapacity;
     uint32_t m_lineCount;
     size_t m_lineLength;
+    bool m_decode = false;
+    uint8_t m_form = kFormBytes;
+    bool m_crLines = false;
+    bool m_afterCarriageReturn = false;
 };
 
 }  // namespace quarl

@@ -128,11 +128,23 @@ public:
     // Runs Validate, then writes the document to `path`: a head with the
     // version block made from SetFormat (VERS, WRAP NO, and DLM in LAS 3.0),
     // then each section in the order Validate gave, with numbers as "%.15g".
-    // The file is written under a temporary name in the target's folder and
-    // renamed over the target once complete, with the target's permission
-    // bits; a symbolic link stays a link to the replaced file. A path that is
-    // no regular file (a device, a pipe) is written in place. So a Write that
-    // fails or is stopped leaves an existing regular target as it was.
+    // Where the target is replaced and where it is written in place:
+    // - A regular file with no other hard link, owned by this process's
+    //   user, in a folder where we may create a file, and a path where
+    //   nothing is yet: the file is written under a temporary name in the
+    //   same folder and renamed onto the target when it is complete, with
+    //   the target's group and permission bits. A write that fails or is
+    //   cancelled leaves the old file as it was. A symbolic link is resolved
+    //   once, when the output is opened, and stays a link. Should the disk
+    //   have no room for the second copy, the temporary file takes the
+    //   target's place at that moment and the write goes on in place.
+    // - Everything else is written in place, opened with "w" (emptied at
+    //   once), so that it stays the same file with the same owner, links
+    //   and name: a file of another user, a file with hard links, a file in
+    //   a folder we may not write, a symbolic link that leads nowhere (the
+    //   file it names is created), a device or a pipe. A write that fails
+    //   there leaves what was written so far.
+    // The results and their order are the same either way.
     // Returns:
     //   LASFILE_IO_FAILED   the target cannot be written (a missing folder, a
     //                       folder, no permission; nothing is validated
@@ -194,6 +206,8 @@ private:
     ELASFILEERROR WriteRows(detail::OutputBuffer& out, const CLasSection& section, double base,
                             double step, const tessel::TxString& message);
     ELASFILEERROR FinishWrite(detail::OutputBuffer& out);
+    ELASFILEERROR RowsRefused(const CLasSection& section, uint64_t offset);
+    size_t CellLength(const CLasCurve& curve, size_t row) const;
 
     LasStatusCallback m_statusCallback;
     void* m_statusContext;
@@ -210,6 +224,9 @@ private:
     // The temporary file that becomes the target once it is complete; empty
     // when no output is open or when the target is written in place.
     std::string m_tempPath;
+    // The file that the temporary file replaces: the target, with a symbolic
+    // link resolved once when the output was opened.
+    std::string m_replacedPath;
     // The names in m_sections, for the duplicate test of AddSection, and how
     // many sections they were taken from.
     std::unique_ptr<detail::SectionNameIndex> m_names;

@@ -194,7 +194,8 @@ class LasFile:
         columns = [(frame.index.name or "DEPT", frame.index.to_numpy())]
         columns += [(str(name), frame[name].to_numpy()) for name in frame.columns]
         for name, values in columns:
-            definition = Param(name, units.get(name, ""), "", descriptions.get(name, ""))
+            definition = Param(name, units.get(name, ""), "", descriptions.get(name, ""),
+                               "" if values.dtype.kind in "biuf" else "{S}")
             if values.dtype.kind in "biuf":
                 values = np.where(np.isnan(values.astype(float)), null, values)
                 data.add_numbers(definition, values)

@@ -45,6 +45,20 @@ def test_round_trip_through_dataframe(tmp_path, sample, version, delimiter):
     assert rebuilt.well["STRT"].value.strip().startswith("1500")
 
 
+def test_text_curves_and_foreign_bytes_come_back(tmp_path):
+    frame = pd.DataFrame({"GR": [1.0, np.nan, 3.0], "LITH": ["sand", "shale", "lime"]},
+                         index=pd.Index([1.0, 1.5, 2.0], name="DEPT"))
+    company = b"caf\xe9 \xff".decode("utf-8", "surrogateescape")  # not UTF-8: kept as bytes
+    quarl.write(tmp_path / "t.las", quarl.from_df(frame, well={"COMP": company}), version=3)
+    assert b"caf\xe9 \xff" in (tmp_path / "t.las").read_bytes()
+    las = quarl.read(tmp_path / "t.las", strict=True)
+    pd.testing.assert_frame_equal(las.df(), frame)
+    assert las.well["COMP"].value.strip() == company
+    with pytest.raises(quarl.LasError) as refused:  # LAS 2.0 has no text curves
+        quarl.write(tmp_path / "t2.las", las)
+    assert (refused.value.name, refused.value.column) == ("LASFILE_BAD_VALUE", 2)
+
+
 def test_curves_are_views_that_keep_their_section():
     las = quarl.read(LAS20)
     gr, expected = las["gr"], las["GR"].copy()
@@ -77,10 +91,11 @@ def test_failures_raise_with_their_record(tmp_path):
     assert not (tmp_path / "out.las").exists()
 
 
-def test_a_clean_read_has_no_notes():
-    for path in (LAS20, LAS30):
-        las = quarl.read(path, strict=True)
-        assert (las.notes, las.result_name) == ([], "LASFILE_OK")
+def test_a_clean_read_has_no_notes_but_a_skipped_section():
+    clean = quarl.read(LAS30, strict=True)
+    assert (clean.notes, clean.result_name) == ([], "LASFILE_OK")
+    skipped = quarl.read(LAS20, strict=True)
+    assert [(n.line, "~Other" in n.text) for n in skipped.notes] == [(35, True)]
 
 
 @pytest.mark.skipif(not CORPUS.is_dir(), reason="the shared corpus is not there")
@@ -104,6 +119,9 @@ def test_threads_read_as_in_sequence():
 
 def test_ctrl_c_cancels_a_read(tmp_path):
     path = big_file(tmp_path / "big.las", 400_000)
+    seen = []
+    quarl.read(path, progress=seen.append)
+    assert seen == sorted(seen) and seen[-1] == 100.0 and len(seen) > 50
     started = threading.Event()
     threading.Thread(target=lambda: started.wait(5) and os.kill(os.getpid(), signal.SIGINT)).start()
     with pytest.raises(KeyboardInterrupt):

@@ -58,7 +58,7 @@ foreach(class IN LISTS required)
 endforeach()
 
 # The free functions of the interface.
-set(functions ResultName ResultDescription)
+set(functions ResultName ResultDescription LasNoteKindName)
 foreach(function IN LISTS functions)
   if(NOT exported_text MATCHES "(^|\n)quarl::${function}\\(")
     list(APPEND failures "quarl::${function} is not exported")

@@ -1,0 +1,300 @@
+// Reading options and notes: each lenient rule on a small file (the strict
+// result, the lenient result, the note and its line), the cap on notes, the
+// budget, header-only reads, decoded text, and the shared corpus read both
+// ways.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <sstream>
+
+#include "support/reader_access.h"
+
+namespace quarl::test {
+namespace {
+
+struct Read {
+    ELASFILEERROR result;
+    std::string probe;
+    CLasReader reader;
+};
+
+// "Name/MNEM" gives that parameter's value, "Name" the Dump of that section.
+std::string Probe(const CLasReader& reader, const std::string& probe)
+{
+    const size_t slash = probe.find('/');
+    CLasSection section;
+    if (reader.GetSection(probe.substr(0, slash).c_str(), section) != LASFILE_OK) return "(none)";
+    if (slash == std::string::npos) return Dump(section);
+    CLasParam param;
+    section.FindParameterByMnemonic(probe.substr(slash + 1).c_str(), &param);
+    return param.m_value;
+}
+
+void ReadText(Read& read, const std::string& text, const std::string& probe, CLasReadOptions options = {})
+{
+    read.reader.SetOptions(options);
+    read.result = OpenText(read.reader, text);
+    read.probe = Probe(read.reader, probe);
+}
+
+bool HasNote(const CLasReader& reader, ELASNOTEKIND kind, uint64_t line)
+{
+    const auto& notes = reader.GetNotes();
+    return std::any_of(notes.begin(), notes.end(), [&](const CLasNote& n) { return n.kind == kind && n.line == line; });
+}
+
+std::string NoteList(const CLasReader& reader)
+{
+    std::ostringstream out;
+    for (const CLasNote& n : reader.GetNotes()) out << n.line << ' ' << LasNoteKindName(n.kind) << ": " << n.text << '\n';
+    return out.str();
+}
+
+const std::string kHead = "~Version\nVERS. 2.0 : v\nWRAP. NO : w\n~Well\nNULL. -999.25 : n\n";  // lines 1-5
+const std::string kHeadNoNull = "~Version\nVERS. 2.0 : v\nWRAP. NO : w\n~Well\nSTRT.M 1 : s\n";
+const std::string kHead12 = "~Version\nVERS. 1.2 : v\nWRAP. NO : w\n~Well\nNULL. -999.25 : n\n";
+const std::string kCurves = "~Curve\nDEPT.M : d\nGR.API : g\nNP.V/V : n\n";  // lines 6-9, then ~A on 10
+
+struct RuleCase {
+    const char* name;
+    std::string text;
+    const char* probe;
+    ELASFILEERROR strictResult;
+    const char* strictProbe;
+    ELASFILEERROR lenientResult;
+    const char* lenientProbe;
+    ELASNOTEKIND kind;
+    uint64_t line;
+    bool strictToo;  // the note comes in the strict read as well
+};
+
+TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
+{
+    const RuleCase cases[] = {
+        {"blank first line", "\n" + kHead, "Well/NULL", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "-999.25", LASNOTE_TEXT_BEFORE_SECTIONS, 1, false},
+        {"text before", "LAS export\n" + kHead, "Well/NULL", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "-999.25", LASNOTE_TEXT_BEFORE_SECTIONS, 1, false},
+        {"no Version", "# c\n~W\nNULL. -1 : n\n", "W/NULL", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "-1", LASNOTE_NO_VERSION_FIRST, 2, false},
+        {"~Curves", kHead + "~Curves\nDEPT.M : d\n~A\n1\n", "A", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "A:2/16|Curve{1}", LASNOTE_SECTION_TITLE, 6, false},
+        {"~Params", kHead + "~Params\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_OK, "(none)", LASFILE_OK, "35", LASNOTE_SECTION_TITLE, 6, false},
+        {"~Asc", kHead + kCurves + "~Asc\n1 2 3\n", "ASCII", LASFILE_OK, "(none)", LASFILE_OK, "ASCII:2/16|Curve{1;2;3}", LASNOTE_SECTION_TITLE, 10, false},
+        {"indented header", kHead + "  ~Parameter\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "35", LASNOTE_HEADER_INDENTED, 6, false},
+        {"no period", kHead + "PROV   :ALBERTA\n", "Well/PROV", LASFILE_BAD_FORMAT, "", LASFILE_OK, "", LASNOTE_NO_PERIOD, 6, false},
+        {"no parameter line", kHead + "~Parameter\n  DEPTH  GR\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_BAD_FORMAT, "", LASFILE_OK, "35", LASNOTE_LINE_PASSED_OVER, 7, false},
+        {"time in a value", kHead + "DATE. 2021-05-13 11:37:04 : Log date\n", "Well/DATE", LASFILE_OK, "2021-05-13 11", LASFILE_OK, "2021-05-13 11:37:04", LASNOTE_VALUE_WITH_COLONS, 6, false},
+        {"time cut", kHead + "TIME. 11:37:04\n", "Well/TIME", LASFILE_OK, "11", LASFILE_OK, "11", LASNOTE_VALUE_CUT, 6, true},
+        {"LAS 1.2 Well line", kHead12 + "COMP. COMPANY: ANY OIL CO\n", "Well/COMP", LASFILE_OK, "COMPANY", LASFILE_OK, "ANY OIL CO", LASNOTE_LAS12_WELL_VALUE, 6, false},
+        {"LAS 1.2 depth line", kHead12 + "STRT.M 10.5: START\n", "Well/STRT", LASFILE_OK, "10.5", LASFILE_OK, "10.5", LASNOTE_LAS12_WELL_VALUE, 0, false},
+        {"short row", kHead + kCurves + "~A\n1 2 3\n4 5\n", "A", LASFILE_OK, "A:2/16|Curve{1,4;2,5;3,0}", LASFILE_OK, "A:2/16|Curve{1,4;2,5;3,-999.25}", LASNOTE_NULL_FILLED, 12, false},
+        {"short row, no NULL", kHeadNoNull + kCurves + "~A\n4 5\n", "A", LASFILE_OK, "A:2/16|Curve{4;5;0}", LASFILE_OK, "A:2/16|Curve{4;5;0}", LASNOTE_SHORT_ROW, 11, true},
+        {"long row", kHead + kCurves + "~A\n1 2 3 4\n", "A", LASFILE_OK, "A:2/16|Curve{1;2;3}", LASFILE_OK, "A:2/16|Curve{1;2;3}", LASNOTE_LONG_ROW, 11, true},
+        {"not a number", kHead + kCurves + "~A\n1 x 3\n", "A", LASFILE_OK, "A:2/16|Curve{1;0;3}", LASFILE_OK, "A:2/16|Curve{1;0;3}", LASNOTE_NOT_A_NUMBER, 11, true},
+        {"header at end", kHead + kCurves + "~A\n", "A", LASFILE_IO_FAILED, "A:2/16|Curve{;;}", LASFILE_OK, "A:2/16|Curve{;;}", LASNOTE_HEADER_AT_END, 10, true},
+        {"skipped as data", kHead + "~Other\n1 2 3\n", "Well/NULL", LASFILE_OK, "-999.25", LASFILE_OK, "-999.25", LASNOTE_SECTION_SKIPPED, 6, true},
+        {"columns named", "~A DEPT GR\n1 2\n", "A", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "A:2/16|{1;2}", LASNOTE_COLUMNS_FROM_HEADER, 1, false},
+        {"array format", kHead + "~Curve\nDEPT.M : d\nUF.M : u {AF13.4}\n~A\n1 2.5\n", "A", LASFILE_OK, "A:2/16|Curve{1;\"2.5\"}", LASFILE_OK, "A:2/16|Curve{1;2.5}", LASNOTE_ARRAY_FORMAT, 9, false},
+        {"leading tab", Las30Head("DEPT.M : d\nGR.API : g\n", "TAB") + "~Log_Data\n\t1\t2\n", "Log_Data", LASFILE_OK, "Log_Data:2/16|Log_Definition{0;1}", LASFILE_OK, "Log_Data:2/16|Log_Definition{1;2}", LASNOTE_LEADING_TAB, 11, false},
+    };
+    for (const RuleCase& c : cases) {
+        Read strict, lenient;
+        CLasReadOptions options;
+        options.lenient = true;
+        ReadText(strict, c.text, c.probe);
+        ReadText(lenient, c.text, c.probe, options);
+        EXPECT_EQ(strict.result, c.strictResult) << c.name;
+        EXPECT_EQ(lenient.result, c.lenientResult) << c.name << '\n' << NoteList(lenient.reader);
+        EXPECT_EQ(lenient.probe, c.lenientProbe) << c.name;
+        if (c.strictResult == LASFILE_OK) { EXPECT_EQ(strict.probe, c.strictProbe) << c.name; }
+        // Line 0: the rule must not fire at all.
+        if (c.line == 0) {
+            EXPECT_EQ(lenient.reader.GetNotes().size(), 0u) << c.name << '\n' << NoteList(lenient.reader);
+        } else {
+            EXPECT_TRUE(HasNote(lenient.reader, c.kind, c.line)) << c.name << '\n' << NoteList(lenient.reader);
+        }
+        EXPECT_EQ(HasNote(strict.reader, c.kind, c.line), c.strictToo && c.line != 0) << c.name << '\n' << NoteList(strict.reader);
+        // A failed strict read says where it stopped, as GetLineNumber does.
+        if (c.strictResult != LASFILE_OK) {
+            ASSERT_FALSE(strict.reader.GetNotes().empty()) << c.name;
+            EXPECT_EQ(strict.reader.GetNotes().back().kind, LASNOTE_READ_STOPPED) << c.name;
+            EXPECT_EQ(strict.reader.GetNotes().back().line, strict.reader.GetLineNumber()) << c.name;
+        }
+    }
+}
+
+// UTF-8 with a byte-order mark, UTF-16 and UTF-32 read leniently give what
+// the plain UTF-8 text gives; CR-only line ends are line ends.
+TEST(Lenient, DecodedTextReadsAsItsUtf8)
+{
+    std::string text = kHead + "~Parameter\n";
+    // Two- to four-byte characters, and enough lines to cross many blocks.
+    for (int i = 0; i < 200; ++i) text += "P" + std::to_string(i) + ".M " + std::to_string(i) + " : caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80\n";
+    CLasReadOptions options;
+    options.lenient = true;
+    Read plain;
+    ReadText(plain, text, "Parameter/P199", options);
+    ASSERT_EQ(plain.result, LASFILE_OK);
+    const std::string expected = Dump(plain.reader) + plain.reader.GetSection(uint64_t{2}).m_params[150].m_description;
+
+    // Code points of the UTF-8 text, then each encoding with its mark.
+    std::vector<uint32_t> points;
+    for (size_t i = 0; i < text.size();) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        const int n = c < 0x80 ? 1 : c < 0xE0 ? 2 : c < 0xF0 ? 3 : 4;
+        uint32_t p = n == 1 ? c : c & (0x7F >> n);
+        for (int k = 1; k < n; ++k) p = p << 6 | (static_cast<unsigned char>(text[i + k]) & 0x3F);
+        points.push_back(p);
+        i += n;
+    }
+    auto encode = [&](int width, bool little, bool mark) {
+        std::string out;
+        auto unit = [&](uint32_t u) {
+            for (int b = 0; b < width; ++b) out += static_cast<char>(u >> (8 * (little ? b : width - 1 - b)));
+        };
+        if (mark) unit(0xFEFF);
+        for (uint32_t p : points) {
+            if (width == 2 && p >= 0x10000) {
+                unit(0xD800 + ((p - 0x10000) >> 10));
+                unit(0xDC00 + ((p - 0x10000) & 0x3FF));
+            } else {
+                unit(p);
+            }
+        }
+        return out;
+    };
+    std::string crOnly = text;
+    std::replace(crOnly.begin(), crOnly.end(), '\n', '\r');
+    const std::pair<const char*, std::string> forms[] = {
+        {"UTF-8 BOM", "\xEF\xBB\xBF" + text}, {"UTF-16 LE", encode(2, true, true)}, {"UTF-16 BE", encode(2, false, true)},
+        {"UTF-16 LE, no mark", encode(2, true, false)}, {"UTF-32 LE", encode(4, true, true)}, {"UTF-32 BE", encode(4, false, true)},
+        {"CR line ends", crOnly}};
+    for (const auto& form : forms) {
+        Read decoded, strict;
+        ReadText(decoded, form.second, "Parameter/P199", options);
+        EXPECT_EQ(decoded.result, LASFILE_OK) << form.first;
+        EXPECT_EQ(Dump(decoded.reader) + decoded.reader.GetSection(uint64_t{2}).m_params[150].m_description, expected) << form.first;
+        EXPECT_TRUE(HasNote(decoded.reader, LASNOTE_DECODED, 1)) << form.first;
+        EXPECT_EQ(decoded.reader.GetLineNumber(), plain.reader.GetLineNumber()) << form.first;
+        ReadText(strict, form.second, "Parameter/P199");
+        EXPECT_NE(strict.result, LASFILE_OK) << form.first;
+    }
+}
+
+TEST(Lenient, NotesOfOneKindAreCappedAndCounted)
+{
+    std::string text = kHead + kCurves + "~A\n";
+    for (int i = 0; i < 250; ++i) text += "1 2\n";
+    Read read;
+    ReadText(read, text, "A");
+    ASSERT_EQ(read.result, LASFILE_OK);
+    const auto& notes = read.reader.GetNotes();
+    EXPECT_EQ(std::count_if(notes.begin(), notes.end(), [](const CLasNote& n) { return n.kind == LASNOTE_SHORT_ROW; }), 100);
+    ASSERT_EQ(notes.back().kind, LASNOTE_MORE_NOTES);
+    EXPECT_EQ(notes.back().line, 260u);
+    EXPECT_EQ(notes.back().text.substr(0, 4), "150 ");
+}
+
+// A read past its budget ends with OUT_OF_MEMORY, keeps what fitted with all
+// curves one length, and says where.
+TEST(Lenient, BudgetEndsTheReadAndKeepsWhatFitted)
+{
+    std::string rows = kHead + kCurves + "~A\n";
+    for (int i = 0; i < 5000; ++i) rows += "1 2 3\n";
+    std::string headers = kHead + "~Curve\n";
+    for (int i = 0; i < 200; ++i) headers += "C" + std::to_string(i) + ".M : c\n";
+    for (int i = 0; i < 2000; ++i) headers += "~A\n1\n";
+    for (const std::string& text : {rows, headers}) {
+        Read read;
+        CLasReadOptions options;
+        options.maxBytes = 64 * 1024;
+        ReadText(read, text, "A", options);
+        EXPECT_EQ(read.result, LASFILE_OUT_OF_MEMORY);
+        const CLasNote& last = read.reader.GetNotes().back();
+        EXPECT_EQ(last.kind, LASNOTE_READ_STOPPED);
+        EXPECT_TRUE(HasNote(read.reader, LASNOTE_BUDGET_EXCEEDED, last.line));
+        EXPECT_GT(last.line, 11u);
+        EXPECT_LT(last.line, 4000u);
+        const CLasSection& data = read.reader.GetSection(read.reader.size() - 1);
+        for (const CLasCurve& curve : data.m_curves) EXPECT_EQ(curve.size(), data.m_curves[0].size());
+        options.maxBytes = 0;
+        ReadText(read, text, "A", options);
+        EXPECT_EQ(read.result, LASFILE_OK);
+    }
+}
+
+// Headers only: the same sections, curves and end line as a full read, no
+// values; the rows are passed over in blocks, with a header behind carriage
+// returns, a data section longer than a block, and a last line without a
+// line feed.
+TEST(Lenient, HeadersOnlyKeepsEverySectionAndNoValue)
+{
+    std::string big;
+    for (int i = 0; i < 30000; ++i) big += "1.5 2.5 3.5\n";
+    const std::string texts[] = {
+        kHead + kCurves + "~A\n" + big,
+        kHead + kCurves + "~A\n1 2 3\n\r\r~Parameter\nBHT.C 35 : t",
+        Las30Head("DEPT.M : d\n") + "~Log_Data\n" + big + "~Core_Definition\nD.M : d\n~Core_Data\n1\n2\n\n",
+        kHead + kCurves + "~A\n",
+    };
+    for (const std::string& text : texts) {
+        CLasReader full, headers;
+        const ELASFILEERROR fullResult = OpenText(full, text);
+        CLasReadOptions options;
+        options.headersOnly = true;
+        headers.SetOptions(options);
+        EXPECT_EQ(OpenText(headers, text), fullResult);
+        EXPECT_EQ(headers.GetLineNumber(), full.GetLineNumber());
+        ASSERT_EQ(headers.size(), full.size());
+        for (uint64_t i = 0; i < full.size(); ++i) {
+            const CLasSection& a = full.GetSection(i);
+            const CLasSection& b = headers.GetSection(i);
+            EXPECT_EQ(b.m_name + std::to_string(b.m_params.size()), a.m_name + std::to_string(a.m_params.size()));
+            ASSERT_EQ(b.m_curves.size(), a.m_curves.size());
+            for (const CLasCurve& curve : b.m_curves) EXPECT_EQ(curve.size(), 0);
+        }
+    }
+}
+
+// Every corpus file reads leniently, and with every option at once, to an
+// end; a lenient read keeps every strict success, and where a parameter's
+// value differs, a note stands on a line that names its mnemonic.
+TEST(Lenient, CorpusReadsLenientlyWithNotesOnChangedValues)
+{
+    const std::vector<std::string> files = CorpusFiles();
+    if (files.empty()) GTEST_SKIP() << "no corpus at " << CorpusDir();
+    int strictOk = 0, lenientOk = 0;
+    for (const std::string& path : files) {
+        CLasReader strict, lenient, bounded;
+        CLasReadOptions options;
+        options.lenient = true;
+        lenient.SetOptions(options);
+        const ELASFILEERROR strictResult = strict.Open(tessel::TxString(path));
+        const ELASFILEERROR lenientResult = lenient.Open(tessel::TxString(path));
+        options.headersOnly = true;
+        options.maxBytes = 4096;
+        bounded.SetOptions(options);
+        EXPECT_LE(static_cast<int>(bounded.Open(tessel::TxString(path))), static_cast<int>(LASFILE_BAD_FORMAT)) << path;
+        strictOk += strictResult == LASFILE_OK;
+        lenientOk += lenientResult == LASFILE_OK;
+        if (strictResult == LASFILE_OK) { EXPECT_EQ(lenientResult, LASFILE_OK) << path << '\n' << NoteList(lenient); }
+        if (strict.size() != lenient.size() || lenient.GetNotes().empty()) continue;
+        std::vector<std::string> lines;
+        std::istringstream in(ReadFileBytes(path));
+        for (std::string line; std::getline(in, line);) lines.push_back(line);
+        for (uint64_t s = 0; s < strict.size(); ++s) {
+            const auto& a = strict.GetSection(s).m_params;
+            const auto& b = lenient.GetSection(s).m_params;
+            for (size_t p = 0; p < std::min(a.size(), b.size()); ++p) {
+                if (a[p].m_value == b[p].m_value || b[p].m_mnemonic.empty()) continue;
+                const auto& notes = lenient.GetNotes();
+                EXPECT_TRUE(std::any_of(notes.begin(), notes.end(), [&](const CLasNote& n) {
+                    return n.line >= 1 && n.line <= lines.size() && lines[n.line - 1].find(b[p].m_mnemonic) != std::string::npos;
+                })) << path << ' ' << b[p].m_mnemonic;
+            }
+        }
+    }
+    std::printf("corpus: %d files, strict reads %d, lenient reads %d\n", static_cast<int>(files.size()), strictOk, lenientOk);
+    EXPECT_GE(lenientOk * 100, static_cast<int>(files.size()) * 98);
+}
+
+}  // namespace
+}  // namespace quarl::test
