@@ -65,7 +65,7 @@ int Run(int argc, char** argv)
         } else if (arg == "--track") {
             ex::TrackRequest track;
             const char* text = value("--track");
-            if (!ex::ParseTrackSpec(text, &track)) {
+            if (!ex::ParseTrackList(text, &track)) {
                 std::fprintf(stderr, "quarl-plot: --track wants CURVE,CURVE,... or ...:log, not '%s'\n",
                              text);
                 return 2;
