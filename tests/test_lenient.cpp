@@ -79,6 +79,7 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         {"~Params", kHead + "~Params\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_OK, "(none)", LASFILE_OK, "35", LASNOTE_SECTION_TITLE, 6, false},
         {"~Asc", kHead + kCurves + "~Asc\n1 2 3\n", "ASCII", LASFILE_OK, "(none)", LASFILE_OK, "ASCII:2/16|Curve{1;2;3}", LASNOTE_SECTION_TITLE, 10, false},
         {"indented header", kHead + "  ~Parameter\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "35", LASNOTE_HEADER_INDENTED, 6, false},
+        {"indented header at end", kHead + "  ~Other\n", "Well/NULL", LASFILE_BAD_FORMAT, "", LASFILE_OK, "-999.25", LASNOTE_HEADER_AT_END, 6, false},
         {"no period", kHead + "PROV   :ALBERTA\n", "Well/PROV", LASFILE_BAD_FORMAT, "", LASFILE_OK, "", LASNOTE_NO_PERIOD, 6, false},
         {"no parameter line", kHead + "~Parameter\n  DEPTH  GR\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_BAD_FORMAT, "", LASFILE_OK, "35", LASNOTE_LINE_PASSED_OVER, 7, false},
         {"time in a value", kHead + "DATE. 2021-05-13 11:37:04 : Log date\n", "Well/DATE", LASFILE_OK, "2021-05-13 11", LASFILE_OK, "2021-05-13 11:37:04", LASNOTE_VALUE_WITH_COLONS, 6, false},
