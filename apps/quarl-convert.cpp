@@ -9,6 +9,8 @@
 
 #include "support/command_line.h"
 #include "support/conversion.h"
+#include "support/file_identity.h"
+#include "support/program.h"
 
 namespace ex = quarl::apps;
 
@@ -31,9 +33,7 @@ void Usage(std::FILE* to)
         "                        when they disagree with it, with a note\n");
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     std::vector<std::string> positional;
     ex::ConvertOptions options;
@@ -94,8 +94,9 @@ int main(int argc, char** argv)
             ex::DelimiterName(options.delimiter).c_str());
         return 2;
     }
-    if (positional[0] == positional[1]) {
-        std::fprintf(stderr, "quarl-convert: IN and OUT are the same file\n");
+    if (ex::SameFile(positional[0], positional[1])) {
+        std::fprintf(stderr, "quarl-convert: %s is the input file %s; choose another OUT\n",
+                     positional[1].c_str(), positional[0].c_str());
         return 2;
     }
 
@@ -117,4 +118,11 @@ int main(int argc, char** argv)
                 positional[0].c_str(), positional[1].c_str(), options.toLas3 ? "3.0" : "2.0",
                 ex::DelimiterName(options.delimiter).c_str(), result.sectionsAdded);
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    return ex::RunGuarded("quarl-convert", Run, argc, argv);
 }

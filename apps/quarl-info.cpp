@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <memory>
@@ -23,6 +24,7 @@
 
 #include "support/command_line.h"
 #include "support/log_facts.h"
+#include "support/program.h"
 #include "support/text.h"
 
 namespace ex = quarl::apps;
@@ -32,12 +34,22 @@ namespace {
 // Files at least this large get a progress bar on a terminal.
 constexpr long long kProgressBytes = 4LL * 1024 * 1024;
 
+// How much of a file the text output shows, so that a file of many sections
+// or curves still gives a page to read; --all lifts the bounds.
+struct Bounds {
+    size_t rows = 40;          // sections, or curves of one data section
+    size_t dataSections = 10;  // data sections shown with their curves
+    size_t text = 60;          // bytes of one table cell
+};
+
 void Usage(std::FILE* to)
 {
     std::fprintf(
         to,
-        "usage: quarl-info FILE... [--json] [--progress|--no-progress]\n"
+        "usage: quarl-info FILE... [--json] [--all] [--progress|--no-progress]\n"
         "  --json         print the facts as JSON (an object, or an array for several files)\n"
+        "  --all          list every section and curve (default: the first 40 of each list,\n"
+        "                 the first 10 data sections, texts cut to 60 bytes)\n"
         "  --progress     always show a progress bar on stderr\n"
         "  --no-progress  never show one (default: on a terminal, for files of 4 MB or more)\n");
 }
@@ -122,6 +134,7 @@ struct Facts {
     bool hasNull = false;
     double nullValue = 0.0;
     quarl::ELASFILEERROR stepping = quarl::LASFILE_WRONG_STATE;
+    bool hasLogData = false;  // a log data section holds at least one row
     std::string step;
     std::vector<std::shared_ptr<quarl::CLasSection>> sections;
 };
@@ -137,9 +150,12 @@ const char* const kWellKeys[] = {"STRT", "STOP", "STEP", "NULL", "WELL", "COMP",
 // ------------------------------------------------------------------ text
 
 // Left-aligned columns; a column whose header starts with '>' is right-aligned.
-void PrintTable(const std::vector<std::string>& header,
-                const std::vector<std::vector<std::string>>& rows, const char* indent)
+// Cells longer than `cell` bytes are cut.
+void PrintTable(const std::vector<std::string>& header, std::vector<std::vector<std::string>> rows,
+                const char* indent, size_t cell)
 {
+    for (auto& row : rows)
+        for (std::string& text : row) text = ex::Shorten(text, cell);
     std::vector<size_t> widths(header.size(), 0);
     std::vector<bool> right(header.size(), false);
     std::vector<std::string> head = header;
@@ -168,7 +184,14 @@ void PrintTable(const std::vector<std::string>& header,
     for (const auto& row : rows) line(row);
 }
 
-void PrintText(const Facts& f)
+// The line that stands for the items a bounded list leaves out.
+void PrintMore(size_t shown, size_t total, const char* what)
+{
+    if (total > shown)
+        std::printf("  ... and %zu more %s (--all lists them)\n", total - shown, what);
+}
+
+void PrintText(const Facts& f, const Bounds& bounds)
 {
     std::printf("%s\n", f.path.c_str());
     if (!f.opened) {
@@ -186,8 +209,11 @@ void PrintText(const Facts& f)
             return;
         }
         std::string names;
-        for (const auto& s : f.sections)
-            names += (names.empty() ? "" : ", ") + std::string(s->m_name);
+        const size_t named = std::min(f.sections.size(), bounds.dataSections);
+        for (size_t i = 0; i < named; ++i)
+            names += (names.empty() ? "" : ", ") + ex::Shorten(f.sections[i]->m_name, bounds.text);
+        if (named < f.sections.size())
+            names += " and " + std::to_string(f.sections.size() - named) + " more";
         std::printf("  read before the failure: %zu section(s): %s; the last may be incomplete\n",
                     f.sections.size(), names.c_str());
     }
@@ -201,7 +227,8 @@ void PrintText(const Facts& f)
 
     std::printf("\nSections (%zu)\n", f.sections.size());
     std::vector<std::vector<std::string>> rows;
-    for (size_t i = 0; i < f.sections.size(); ++i) {
+    const size_t listed = std::min(f.sections.size(), bounds.rows);
+    for (size_t i = 0; i < listed; ++i) {
         const quarl::CLasSection& s = *f.sections[i];
         const int32_t count = SectionLines(s);
         std::string lines = std::to_string(count) +
@@ -210,7 +237,8 @@ void PrintText(const Facts& f)
         rows.push_back({std::to_string(i), s.m_name, ex::SectionTypeName(s.m_type), lines,
                         s.m_association.empty() ? "" : "-> " + s.m_association});
     }
-    PrintTable({">#", "Name", "Type", ">Lines", ""}, rows, "  ");
+    PrintTable({">#", "Name", "Type", ">Lines", ""}, rows, "  ", bounds.text);
+    PrintMore(listed, f.sections.size(), "sections");
 
     if (f.sections.size() > 1) {
         const quarl::CLasSection& well = *f.sections[1];
@@ -224,16 +252,20 @@ void PrintText(const Facts& f)
         if (rows.empty())
             std::printf("  (none of STRT, STOP, STEP, NULL, WELL, COMP, UWI, API)\n");
         else
-            PrintTable({"Mnem", "Value", "Unit", "Description"}, rows, "  ");
+            PrintTable({"Mnem", "Value", "Unit", "Description"}, rows, "  ", bounds.text);
     }
 
+    size_t dataSections = 0;
     for (const auto& sp : f.sections) {
         const quarl::CLasSection& s = *sp;
         if (s.m_type != quarl::LASSECTION_DATA) continue;
+        if (++dataSections > bounds.dataSections) continue;
         std::printf("\nData section %s (definition %s): %zu curve(s), %d row(s)\n",
                     s.m_name.c_str(), s.m_association.c_str(), s.m_curves.size(), SectionLines(s));
         rows.clear();
-        for (const quarl::CLasCurve& c : s.m_curves) {
+        const size_t curves = std::min(s.m_curves.size(), bounds.rows);
+        for (size_t i = 0; i < curves; ++i) {
+            const quarl::CLasCurve& c = s.m_curves[i];
             const ex::CurveStats st = ex::StatsOf(c, f.hasNull, f.nullValue);
             rows.push_back({c.m_definition.m_mnemonic, c.m_definition.m_unit,
                             c.m_isNumeric ? "numeric" : "text", std::to_string(st.count),
@@ -243,12 +275,22 @@ void PrintText(const Facts& f)
                             ex::Trim(c.m_definition.m_description)});
         }
         PrintTable({"Mnem", "Unit", "Kind", ">Values", ">Nulls", ">Min", ">Max", "Description"},
-                   rows, "  ");
+                   rows, "  ", bounds.text);
+        PrintMore(curves, s.m_curves.size(), "curves");
+    }
+    if (dataSections > bounds.dataSections) {
+        std::printf("\n");
+        PrintMore(bounds.dataSections, dataSections, "data sections");
     }
     if (f.hasNull)
         std::printf("\n  (min and max leave out the NULL value %s)\n",
                     ex::FormatNumber(f.nullValue, 15).c_str());
 
+    // With no rows of log data there is nothing whose stepping could be told.
+    if (!f.hasLogData) {
+        std::printf("\nStepping: not checked: no log data\n");
+        return;
+    }
     std::printf("\nStepping: %s: %s%s\n", quarl::ResultName(f.stepping),
                 SteppingMeaning(f.stepping),
                 f.step.empty() || f.stepping == quarl::LASFILE_MISSING_SECTION
@@ -324,21 +366,24 @@ std::string Json(const Facts& f)
         first = false;
     }
     j += first ? "],\n" : "\n  ],\n";
-    j += "  \"stepping\": " + ex::JsonString(quarl::ResultName(f.stepping)) + "\n}";
+    j += "  \"stepping\": " +
+         (f.hasLogData ? ex::JsonString(quarl::ResultName(f.stepping)) : std::string("null")) +
+         "\n}";
     return j;
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     std::vector<std::string> files;
     bool json = false;
+    Bounds bounds;
     int progressMode = 0;  // 0 automatic, 1 always, -1 never
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         if (arg == "--json")
             json = true;
+        else if (arg == "--all")
+            bounds = Bounds{SIZE_MAX, SIZE_MAX, SIZE_MAX};
         else if (arg == "--progress")
             progressMode = 1;
         else if (arg == "--no-progress")
@@ -390,6 +435,9 @@ int main(int argc, char** argv)
                 f.step = ex::Trim(step.m_value);
         }
         f.stepping = reader.CheckDataStepping();
+        for (const auto& s : f.sections)
+            if ((s->m_flags & quarl::CLasSection::kFlagLogData) && SectionLines(*s) > 0)
+                f.hasLogData = true;
         reader.Close();
 
         if (f.result != quarl::LASFILE_OK) {
@@ -405,9 +453,16 @@ int main(int argc, char** argv)
             std::printf("%s%s", Json(f).c_str(), n + 1 < files.size() ? ",\n" : "\n");
         } else {
             if (n > 0) std::printf("\n");
-            PrintText(f);
+            PrintText(f, bounds);
         }
     }
     if (json && files.size() > 1) std::printf("]\n");
     return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    return ex::RunGuarded("quarl-info", Run, argc, argv);
 }

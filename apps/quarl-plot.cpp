@@ -1,5 +1,5 @@
 // quarl-plot IN OUT.svg: draws the log plot of a LAS file as a standalone
-// SVG document, depth down the page and one track per numeric curve.
+// SVG document, depth down the page and tracks of curves side by side.
 #include <quarl/quarl.h>
 
 #include <cstdio>
@@ -9,7 +9,10 @@
 #include <vector>
 
 #include "support/command_line.h"
+#include "support/file_identity.h"
 #include "support/log_facts.h"
+#include "support/plot_request.h"
+#include "support/program.h"
 #include "support/svg_plot.h"
 #include "support/text.h"
 
@@ -22,21 +25,28 @@ void Usage(std::FILE* to)
     std::fprintf(
         to,
         "usage: quarl-plot IN OUT.svg [options]\n"
-        "  --curves GR,RHOB,...  the curves to draw, in this order (default: every numeric curve)\n"
+        "  --curves GR,RHOB,...  a track for each of these curves, in this order\n"
+        "  --track GR,SP,CALI    one track of these curves over each other, each on its own\n"
+        "                        scale; ILD,ILM:log puts them on logarithmic scales\n"
+        "                        (--curves and --track add up, in their order; default: a\n"
+        "                        track for each numeric curve, the first 40 of them)\n"
         "  --log RES,ILD,...     draw these curves on a logarithmic scale\n"
+        "  --scale GR=0:150,...  the values at the left and right edge of a curve's scale;\n"
+        "                        NPHI=0.45:-0.15 runs from high to low (default: the range of\n"
+        "                        the values without spikes, NPHI and DT from high to low)\n"
+        "  --points PERM,...     draw these curves as points, as for core samples (default:\n"
+        "                        points for a Core section and for sparse readings, else lines)\n"
         "  --section NAME        the data section to draw (default: the log data)\n"
         "  --height PX           height of the depth range in pixels (default: from the rows)\n"
         "  --track-width PX      width of one track in pixels (default: 150)\n");
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     std::vector<std::string> positional;
-    std::vector<std::string> curves, logCurves;
+    ex::PlotRequest request;
     std::string sectionName;
-    double height = 0.0, trackWidth = 150.0;
+    double height = 0.0;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         auto value = [&](const char* option) -> const char* {
@@ -50,9 +60,32 @@ int main(int argc, char** argv)
             Usage(stdout);
             return 0;
         } else if (arg == "--curves") {
-            curves = ex::SplitList(value("--curves"));
+            for (const std::string& name : ex::SplitList(value("--curves")))
+                request.tracks.push_back({{name}, false});
+        } else if (arg == "--track") {
+            ex::TrackRequest track;
+            const char* text = value("--track");
+            if (!ex::ParseTrackSpec(text, &track)) {
+                std::fprintf(stderr, "quarl-plot: --track wants CURVE,CURVE,... or ...:log, not '%s'\n",
+                             text);
+                return 2;
+            }
+            request.tracks.push_back(track);
+        } else if (arg == "--scale") {
+            const char* text = value("--scale");
+            if (!ex::ParseScaleList(text, &request.ranges)) {
+                std::fprintf(stderr,
+                             "quarl-plot: --scale wants CURVE=LEFT:RIGHT with two different "
+                             "numbers, not '%s'\n",
+                             text);
+                return 2;
+            }
         } else if (arg == "--log") {
-            logCurves = ex::SplitList(value("--log"));
+            for (const std::string& name : ex::SplitList(value("--log")))
+                request.logCurves.push_back(name);
+        } else if (arg == "--points") {
+            for (const std::string& name : ex::SplitList(value("--points")))
+                request.pointCurves.push_back(name);
         } else if (arg == "--section") {
             sectionName = value("--section");
         } else if (arg == "--height") {
@@ -62,7 +95,7 @@ int main(int argc, char** argv)
                 return 2;
             }
         } else if (arg == "--track-width") {
-            if (!ex::ParseNumberIn(value("--track-width"), 60, 1000, &trackWidth)) {
+            if (!ex::ParseNumberIn(value("--track-width"), 60, 1000, &request.trackWidth)) {
                 std::fprintf(
                     stderr, "quarl-plot: --track-width wants a number of pixels from 60 to 1000\n");
                 return 2;
@@ -81,6 +114,11 @@ int main(int argc, char** argv)
     }
     const std::string& in = positional[0];
     const std::string& out = positional[1];
+    if (ex::SameFile(in, out)) {
+        std::fprintf(stderr, "quarl-plot: %s is the input file %s; choose another OUT.svg\n",
+                     out.c_str(), in.c_str());
+        return 2;
+    }
 
     quarl::CLasReader reader;
     const quarl::ELASFILEERROR code = reader.Open(tessel::TxString(in));
@@ -130,7 +168,7 @@ int main(int argc, char** argv)
     plot.depthMnemonic = depth.m_definition.m_mnemonic;
     plot.depthUnit = depth.m_definition.m_unit;
     plot.dataHeight = height;
-    plot.trackWidth = trackWidth;
+    plot.trackWidth = request.trackWidth;
 
     auto wellValue = [&](const char* mnemonic) {
         quarl::CLasParam param;
@@ -148,54 +186,22 @@ int main(int argc, char** argv)
     subtitle += "  \xC2\xB7  section " + data->m_name;
     plot.subtitle = subtitle;
 
-    auto addTrack = [&](const quarl::CLasCurve& curve) {
-        ex::PlotTrack track;
-        track.mnemonic = curve.m_definition.m_mnemonic;
-        track.unit = curve.m_definition.m_unit;
-        track.description = curve.m_definition.m_description;
-        track.values = curve.m_numbers;
-        track.log = ex::ListContainsNoCase(logCurves, track.mnemonic);
-        plot.tracks.push_back(std::move(track));
-    };
-    if (curves.empty()) {
-        for (size_t i = 0; i < data->m_curves.size(); ++i)
-            if (static_cast<int>(i) != depthIndex && data->m_curves[i].m_isNumeric)
-                addTrack(data->m_curves[i]);
-    } else {
-        for (const std::string& name : curves) {
-            const quarl::CLasCurve* found = nullptr;
-            for (const quarl::CLasCurve& curve : data->m_curves)
-                if (ex::EqualsNoCase(curve.m_definition.m_mnemonic, name)) {
-                    found = &curve;
-                    break;
-                }
-            if (!found) {
-                std::fprintf(stderr, "quarl-plot: %s: section %s has no curve %s\n", in.c_str(),
-                             data->m_name.c_str(), name.c_str());
-                return 1;
-            }
-            if (!found->m_isNumeric) {
-                std::fprintf(stderr, "quarl-plot: %s: curve %s holds text and cannot be drawn\n",
-                             in.c_str(), name.c_str());
-                return 1;
-            }
-            addTrack(*found);
-        }
+    ex::TrackChoice choice = ex::ChooseTracks(*data, depthIndex, request);
+    for (const std::string& note : choice.notes)
+        std::fprintf(stderr, "quarl-plot: note: %s\n", note.c_str());
+    if (!choice.error.empty()) {
+        std::fprintf(stderr, "quarl-plot: %s: %s\n", in.c_str(), choice.error.c_str());
+        return 1;
     }
-    for (const std::string& name : logCurves) {
-        bool used = false;
-        for (const ex::PlotTrack& track : plot.tracks)
-            used = used || ex::EqualsNoCase(track.mnemonic, name);
-        if (!used)
-            std::fprintf(stderr, "quarl-plot: note: --log %s: no such track, ignored\n",
-                         name.c_str());
-    }
-    if (plot.tracks.empty()) {
+    if (choice.tracks.empty()) {
         std::fprintf(stderr,
                      "quarl-plot: %s: section %s has no numeric curve to draw besides the depth\n",
                      in.c_str(), data->m_name.c_str());
         return 1;
     }
+    plot.tracks = std::move(choice.tracks);
+    // Only the copies to be drawn stay in memory while the picture is made.
+    data.reset();
     reader.Close();
 
     const std::string svg = ex::RenderLogPlot(plot);
@@ -212,8 +218,15 @@ int main(int argc, char** argv)
     }
     std::printf("%s: %zu track(s), %zu rows, depth %s to %s %s\n", out.c_str(), plot.tracks.size(),
                 plot.depths.size(),
-                ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.front()).c_str(),
-                ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.back()).c_str(),
+                ex::FormatNumber(plot.depths.empty() ? 0 : plot.depths.front()).c_str(),
+                ex::FormatNumber(plot.depths.empty() ? 0 : plot.depths.back()).c_str(),
                 plot.depthUnit.c_str());
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    return ex::RunGuarded("quarl-plot", Run, argc, argv);
 }

@@ -3,11 +3,21 @@
 # is never an exit code, so it always fails the check.
 #   -DPROGRAM=... -DARGS=a;b;c -DEXPECT_CODE=1 -DEXPECT_OUTPUT=regex
 #   [-DEXPECT_FILE=path]: the file must exist afterwards (and is removed first)
+#   [-DEXPECT_UNCHANGED=path]: the file must keep its bytes
+#   [-DWORKDIR=path]: the folder the program runs in
+#   [-DLAUNCHER=a;b]: the program runs under this command, e.g. prlimit
 if(DEFINED EXPECT_FILE)
   file(REMOVE "${EXPECT_FILE}")
 endif()
+if(DEFINED EXPECT_UNCHANGED)
+  file(SHA256 "${EXPECT_UNCHANGED}" before)
+endif()
+if(NOT DEFINED WORKDIR)
+  set(WORKDIR "${CMAKE_CURRENT_BINARY_DIR}")
+endif()
 execute_process(
-  COMMAND "${PROGRAM}" ${ARGS}
+  COMMAND ${LAUNCHER} "${PROGRAM}" ${ARGS}
+  WORKING_DIRECTORY "${WORKDIR}"
   RESULT_VARIABLE code
   OUTPUT_VARIABLE out
   ERROR_VARIABLE err
@@ -21,4 +31,10 @@ if(DEFINED EXPECT_OUTPUT AND NOT all MATCHES "${EXPECT_OUTPUT}")
 endif()
 if(DEFINED EXPECT_FILE AND NOT EXISTS "${EXPECT_FILE}")
   message(FATAL_ERROR "${PROGRAM} ${ARGS}: did not write ${EXPECT_FILE}")
+endif()
+if(DEFINED EXPECT_UNCHANGED)
+  file(SHA256 "${EXPECT_UNCHANGED}" after)
+  if(NOT before STREQUAL after)
+    message(FATAL_ERROR "${PROGRAM} ${ARGS}: changed ${EXPECT_UNCHANGED}")
+  endif()
 endif()

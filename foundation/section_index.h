@@ -1,13 +1,14 @@
-// The first stored section of each name, found in constant time. The
+// The first stored section of each name, found in logarithmic time. The
 // sections are compared by name ignoring the case of ASCII letters, as in a
 // linear search for the first match, so that a file of many sections is
-// read in linear time.
+// read in linear time. The names are kept in order, not hashed, so that no
+// choice of names can make a lookup slow.
 #ifndef QUARL_FOUNDATION_SECTION_INDEX_H
 #define QUARL_FOUNDATION_SECTION_INDEX_H
 
 #include <cstdint>
+#include <map>
 #include <string>
-#include <unordered_map>
 
 #include "foundation/platform.h"
 
@@ -32,9 +33,23 @@ public:
         const auto found = m_first.find(FoldSectionName(name));
         return found == m_first.end() ? -1 : found->second;
     }
+    void Clear() { m_first.clear(); }
+
+    // A reader's sections can be renamed by a host that holds them, and only
+    // from the status callback while a read runs: the index is stale when
+    // sections were handed out and a callback has run since it was built.
+    void NoteSectionsLent() { m_lent = true; }
+    void NoteCallback()
+    {
+        if (m_lent) m_callbackSinceBuild = true;
+    }
+    bool IsStale() const { return m_callbackSinceBuild; }
+    void NoteRebuilt() { m_callbackSinceBuild = false; }
 
 private:
-    std::unordered_map<std::string, int32_t> m_first;
+    std::map<std::string, int32_t> m_first;
+    bool m_lent = false;
+    bool m_callbackSinceBuild = false;
 };
 
 }  // namespace quarl::detail

@@ -69,6 +69,11 @@ ELASFILEERROR CLasReader::ReadSection()
     return SkipSection();
 }
 
+void CLasReader::NoteSectionsLent() const
+{
+    if (m_nameIndex) m_nameIndex->NoteSectionsLent();
+}
+
 // Every section that the reader stores comes through here, so that the
 // index of a read in progress knows it.
 void CLasReader::StoreSection(std::shared_ptr<CLasSection> section)
@@ -79,12 +84,20 @@ void CLasReader::StoreSection(std::shared_ptr<CLasSection> section)
 }
 
 // While Open reads, only StoreSection adds sections, so the index answers;
-// otherwise a host may have renamed sections since, and the names are
-// searched as they stand.
+// it is built again when a host that holds sections may have renamed them
+// from its callback. Otherwise the names are searched as they stand.
 int32_t CLasReader::FindSectionIndexByName(const char* name) const
 {
     if (!name || !*name) return -1;
-    if (m_nameIndex) return m_nameIndex->Find(name);
+    if (m_nameIndex) {
+        if (m_nameIndex->IsStale()) {  // a host may have renamed sections it holds
+            m_nameIndex->Clear();
+            for (size_t i = 0; i < m_sections.size(); ++i)
+                m_nameIndex->Add(m_sections[i]->m_name.c_str(), static_cast<int32_t>(i));
+            m_nameIndex->NoteRebuilt();
+        }
+        return m_nameIndex->Find(name);
+    }
     // Folding the case keeps the length, so a stored name can only match
     // when its text up to its first NUL is as long as `name`. The bytes are
     // compared from the end, where names such as "Core_Data[12]" differ.

@@ -97,12 +97,14 @@ const CLasSection& CLasReader::GetSection(uint64_t index) const
 
 std::shared_ptr<CLasSection> CLasReader::GetVersionHeadersPtr() const
 {
+    NoteSectionsLent();
     if (m_sections.empty()) throw tessel::Exception(kModule, kFile, __LINE__, kCode, kInternalError);
     return m_sections[0];
 }
 
 std::shared_ptr<CLasSection> CLasReader::GetWellHeadersPtr() const
 {
+    NoteSectionsLent();
     if (m_sections.size() < 2)
         throw tessel::Exception(kModule, kFile, __LINE__, kCode, kInternalError);
     return m_sections[1];
@@ -110,6 +112,7 @@ std::shared_ptr<CLasSection> CLasReader::GetWellHeadersPtr() const
 
 std::shared_ptr<CLasSection> CLasReader::GetSectionPtr(uint64_t index) const
 {
+    NoteSectionsLent();
     if (index >= m_sections.size())
         throw tessel::Exception(kModule, kFile, __LINE__, kCode, kIndexOutOfRange);
     return m_sections[static_cast<size_t>(index)];

@@ -89,6 +89,7 @@ ELASFILEERROR CLasReader::ReportProgress(double percent)
     tessel::TxString message("Reading ");
     message += m_file.GetFilename();
     const bool stop = m_statusCallback(m_statusContext, percent, message.c_str()) != 0;
+    if (m_nameIndex) m_nameIndex->NoteCallback();
     // A host that closed the reader from its callback has stopped the read
     // as well: there is no line left to go on with.
     return stop || !m_file.IsOpen() ? LASFILE_CANCELLED : LASFILE_OK;
@@ -295,7 +296,8 @@ CLasReader& CLasReader::operator=(const CLasReader& other)
     m_statusCallback = other.m_statusCallback;
     m_statusContext = other.m_statusContext;
     m_sections = other.m_sections;
-    m_nameIndex.reset();  // it indexed the sections that were replaced
+    other.NoteSectionsLent();  // the copy can rename the source's sections
+    m_nameIndex.reset();       // it indexed the sections that were replaced
     m_isLas3 = other.m_isLas3;
     m_isWrapped = other.m_isWrapped;
     m_delimiter = other.m_delimiter;

@@ -4,14 +4,18 @@
 // valid objects, the target of a write as it was, and nothing left behind.
 #include <gtest/gtest.h>
 
+#include <sched.h>
 #include <signal.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/reader_access.h"
@@ -107,6 +111,18 @@ TEST(Faults, FullDiskGivesIoFailedAndKeepsTheTarget)
                 }
                 EXPECT_EQ(result, LASFILE_IO_FAILED) << room;
                 EXPECT_EQ(w.GetLastError(), LASFILE_IO_FAILED);
+                // Inside the rows, the record names the row of the first
+                // byte the disk refused, and its column.
+                const size_t rowsBegin = full.find('\n', full.find(las3 ? "~Log_Data" : "~ASCII")) + 1;
+                if (room >= rowsBegin) {
+                    const size_t lineBegin = full.rfind('\n', room - 1) + 1;
+                    const auto row = std::count(full.begin() + static_cast<long>(rowsBegin), full.begin() + static_cast<long>(lineBegin), '\n');
+                    const auto column = std::count(full.begin() + static_cast<long>(lineBegin), full.begin() + static_cast<long>(room), las3 ? ',' : ' ') - (las3 ? 0 : 1);
+                    EXPECT_EQ(w.GetLastErrorRow(), row) << room;
+                    const long lineEnd = las3 ? 3 : 2;  // the column behind the last curve
+                    EXPECT_EQ(w.GetLastErrorColumn(), full[room] == '\n' ? lineEnd : std::max<long>(column, 0)) << room;
+                    EXPECT_STREQ(w.GetLastErrorSection(), las3 ? "Log_Data" : "ASCII");
+                }
                 EXPECT_EQ(ReadFileBytes(target), "old bytes\n") << room;
                 ASSERT_EQ(w.Write(target), LASFILE_OK);  // room again: the same writer writes it all
                 EXPECT_TRUE(ReadFileBytes(target) == full) << room;
@@ -142,7 +158,7 @@ TEST(Faults, WriteCancelledAtEveryReportKeepsTheTargetAndWritesLater)
             if (result == LASFILE_OK) break;
             ASSERT_EQ(result, LASFILE_CANCELLED) << at;
             EXPECT_EQ(stop.calls, at + 1);
-            EXPECT_EQ(Record(w), "0 - - -1 -1");
+            EXPECT_EQ(LastError(w), ErrorRecord{});
             EXPECT_EQ(std::string(detail::WriterAccess::Filename(w)), target);
             EXPECT_EQ(ReadFileBytes(target), "old bytes\n") << at;
             EXPECT_EQ(FolderEntries(dir.path()).size(), 2u) << at;
@@ -332,6 +348,137 @@ TEST(Faults, LineStoreFailingAtEveryAllocationOfARead)
             EXPECT_EQ(reader.Open(path), LASFILE_OK) << where;
         }
     }
+}
+
+// Runs `body` in a child process, as the user and group `id` when `id` is
+// not -1, and gives what the child returned (1 when it ended otherwise).
+int InChild(int id, const std::function<int()>& body)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        if (id != -1 && (setgid(static_cast<gid_t>(id)) != 0 || setuid(static_cast<uid_t>(id)) != 0)) _exit(99);
+        _exit(body());
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+}
+
+// A written file without its first two lines, which name the path.
+std::string Body(const std::string& bytes)
+{
+    return bytes.substr(std::min(bytes.size(), bytes.find('\n', bytes.find('\n') + 1)));
+}
+
+struct stat StatOf(const std::string& path)
+{
+    struct stat st {};
+    EXPECT_EQ(stat(path.c_str(), &st), 0) << path;
+    return st;
+}
+
+// A write never makes the target another file than it was: a file with a
+// second hard link, a file of another user, a link that leads nowhere are
+// written in place; a folder we may not write, another user's file in a
+// sticky folder and a disk without room for a second copy do not make the
+// write fail where writing in place succeeds.
+TEST(Faults, TargetKeepsItsIdentity)
+{
+    TempDir dir;
+    ASSERT_EQ(chmod(dir.path().c_str(), 0755), 0);
+    const std::string full = Body(WrittenBytes(false, 50, dir.File("full.las")));
+    const auto write = [](const std::string& path) {
+        CLasWriter w;
+        BuildDocument(w, false, 50);
+        return w.Write(path);
+    };
+
+    const std::string linked = dir.Write("linked.las", "old bytes\n");
+    ASSERT_EQ(link(linked.c_str(), dir.File("second.las").c_str()), 0);
+    const ino_t inode = StatOf(linked).st_ino;
+    EXPECT_EQ(write(linked), LASFILE_OK);
+    EXPECT_EQ(StatOf(linked).st_ino, inode);
+    EXPECT_TRUE(Body(ReadFileBytes(dir.File("second.las"))) == full);
+
+    ASSERT_EQ(symlink("nowhere.las", dir.File("dangling.las").c_str()), 0);
+    EXPECT_EQ(write(dir.File("dangling.las")), LASFILE_OK);
+    struct stat st {};
+    EXPECT_TRUE(lstat(dir.File("dangling.las").c_str(), &st) == 0 && S_ISLNK(st.st_mode));
+    EXPECT_TRUE(Body(ReadFileBytes(dir.File("nowhere.las"))) == full);
+
+    if (geteuid() != 0) GTEST_SKIP() << "the cases of other users need root";
+    const int other = 4242, self = 65534;  // two users that are not root
+    const std::string owned = dir.Write("owned.las", "old bytes\n");
+    ASSERT_EQ(chown(owned.c_str(), other, other), 0);
+    EXPECT_EQ(write(owned), LASFILE_OK);
+    EXPECT_EQ(StatOf(owned).st_uid, static_cast<uid_t>(other));
+    EXPECT_TRUE(Body(ReadFileBytes(owned)) == full);
+
+    // A user's own file in a folder of root's, and another user's file that
+    // is open to all in a sticky folder.
+    ASSERT_EQ(mkdir(dir.File("closed").c_str(), 0755), 0);
+    ASSERT_EQ(mkdir(dir.File("sticky").c_str(), 01777), 0);
+    ASSERT_EQ(chmod(dir.File("sticky").c_str(), 01777), 0);
+    const std::string mine = dir.Write("closed/mine.las", "old bytes\n");
+    const std::string theirs = dir.Write("sticky/theirs.las", "old bytes\n");
+    ASSERT_EQ(chown(mine.c_str(), self, self), 0);
+    ASSERT_EQ(chown(theirs.c_str(), other, other), 0);
+    ASSERT_EQ(chmod(theirs.c_str(), 0666), 0);
+    for (const std::string& path : {mine, theirs}) {
+        EXPECT_EQ(InChild(self, [&] { return static_cast<int>(write(path)); }), LASFILE_OK) << path;
+        EXPECT_TRUE(Body(ReadFileBytes(path)) == full) << path;
+    }
+    EXPECT_EQ(StatOf(theirs).st_uid, static_cast<uid_t>(other));
+
+    // A disk of 128 KiB that holds a file of 100 KiB: a second copy has no
+    // room, the file written in place has. In a mount namespace of the
+    // child's own, so that nothing outlives it.
+    const std::string small = dir.File("small");
+    ASSERT_EQ(mkdir(small.c_str(), 0755), 0);
+    const int room = InChild(-1, [&] {
+        if (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            mount("tmpfs", small.c_str(), "tmpfs", 0, "size=128k") != 0)
+            return 77;
+        const std::string target = small + "/big.las";
+        {
+            std::FILE* file = std::fopen(target.c_str(), "w");
+            const std::string old(100 * 1024, 'x');
+            std::fwrite(old.data(), 1, old.size(), file);
+            std::fclose(file);
+        }
+        CLasWriter w;
+        BuildDocument(w, false, 4000);  // about 47 KiB
+        const ELASFILEERROR result = w.Write(target);
+        const bool whole = result == LASFILE_OK && ReadFileBytes(target).find("\n 2999.5 ") != std::string::npos &&
+                           FolderEntries(small) == Entries{"big.las"};
+        return whole ? 0 : 10 + static_cast<int>(result);
+    });
+    if (room == 77) GTEST_SKIP() << "no mount namespace for a small disk here";
+    EXPECT_EQ(room, 0);
+}
+
+// Every object on a thread of its own: writers and readers side by side
+// share nothing. Run under ThreadSanitizer by CI.
+TEST(Threads, WritersAndReadersOnTheirOwnThreads)
+{
+    TempDir dir;
+    const std::string expected = WrittenBytes(true, 200, dir.File("t0.las"));
+    const auto work = [&](int id) {
+        for (int round = 0; round < 20; ++round) {
+            const std::string path = dir.File("t" + std::to_string(id) + ".las");
+            CLasWriter w;
+            BuildDocument(w, true, 200);
+            EXPECT_EQ(w.Write(path), LASFILE_OK);
+            CLasReader reader;
+            EXPECT_EQ(reader.Open(path), LASFILE_OK);
+            EXPECT_EQ(reader.GetSection(reader.size() - 1).m_curves.at(0).size(), 200);
+        }
+    };
+    std::thread first(work, 1), second(work, 2);
+    first.join();
+    second.join();
+    EXPECT_EQ(ReadFileBytes(dir.File("t1.las")).size(), expected.size());
+    EXPECT_EQ(ReadFileBytes(dir.File("t2.las")).size(), expected.size());
 }
 
 }  // namespace

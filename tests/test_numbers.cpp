@@ -48,7 +48,9 @@ const std::vector<std::string> kFixed = {
     "infin", "-nan", "nan(123)", "nanx", "in", "1e", "1e+", ".", "-", "-.", "+-1", "e5", "", ".e5", "1e400", "1e-400",
     "1.7976931348623159e308", "2.2250738585072011e-308", "2.4703282292062328e-324", "2.4703282292062327e-324",
     "12abc", "3.14.15", "1,5", "1e5x", "9\xE9", "0.1000000000000000055511151231257827021181583404541015625",
-    std::string(400, '9'), "0." + std::string(400, '0') + "1", std::string(200, '0') + "1.5"};
+    std::string(400, '9'), "0." + std::string(400, '0') + "1", std::string(200, '0') + "1.5",
+    // The general case copies short tokens to the stack: both sides of its 128-byte bound.
+    "+" + std::string(126, '1'), "+" + std::string(127, '2'), "+" + std::string(128, '3')};
 
 TEST(NumberParse, EqualsStrtodOnFixedAndRandomInputs)
 {
@@ -89,7 +91,9 @@ std::vector<double> Samples()
     using Limits = std::numeric_limits<double>;
     std::vector<double> values = {0.0, -0.0, Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN(),
                                   Limits::denorm_min(), Limits::min(), Limits::max(), 1e14, 1e15, 999999999999999.5,
-                                  0.0001, 0.00001, 0.00099999999999999999, 99999999999999.99};
+                                  0.0001, 0.00001, 0.00099999999999999999, 99999999999999.99,
+                                  // 15 nines: just below the next power of ten, in fixed and exponent form
+                                  0.999999999999999, 9.99999999999999e-05, 999999999999999.0};
     std::mt19937_64 random(20240611);
     for (int i = 0; i < 50000; ++i) {
         uint64_t bits = random();

@@ -1,6 +1,7 @@
 // The writer's output: a temporary file beside the target that replaces the
-// target only once it is complete, and a buffer of the writer's own in front
-// of it that reaches the file in large writes.
+// target once it is complete, where that keeps the target what it was, or
+// else the target itself; and a buffer of the writer's own in front of it
+// that reaches the file in large writes.
 #ifndef QUARL_WRITER_OUTPUT_STREAM_H
 #define QUARL_WRITER_OUTPUT_STREAM_H
 
@@ -8,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,21 +21,33 @@ namespace quarl::detail {
 // from 1 within one buffer's life) fails as if the file had refused it.
 extern int64_t g_failOutputCall;
 
-// Opens the stream for `path`. A regular file or a path that does not exist
-// yet is written under a temporary name in the same folder, which goes to
-// `tempPath`; anything else (a device, a pipe) is written in place and
-// `tempPath` stays empty. False, with nothing left behind, when the target
-// cannot be written: a missing folder, a folder as target, a target without
-// write permission.
-bool OpenOutput(const std::string& path, std::FILE** file, std::string* tempPath);
+// Opens the stream for `path`. A regular file is replaced through a
+// temporary file in its folder (its name goes to `tempPath`, the file it
+// replaces, symbolic links resolved once, to `replaced`) when the
+// replacement is the same file to everyone who looks at it: the target is
+// a regular file with one link, owned by this process's user, its folder
+// lets us create a file, and the new file can take the target's group and
+// permission bits. A path where nothing is yet is created the same way when
+// its folder allows. Everything else is written in place, opened with "w"
+// as the plain write does: a file of another user or with hard links, a
+// folder we may not write, a symbolic link that leads nowhere, a device or
+// a pipe; `tempPath` then stays empty. False, with nothing left behind,
+// when the target cannot be written at all: a folder as target, a missing
+// folder, a target without write permission.
+bool OpenOutput(const std::string& path, std::FILE** file, std::string* tempPath, std::string* replaced);
 
-// Closes the stream and puts the temporary file in place of `path`, with the
-// permission bits that the target had. False when closing or renaming
-// fails; the temporary file is then removed.
-bool FinishOutput(std::FILE* file, const std::string& tempPath, const std::string& path);
+// When the disk has no room for a second copy: puts the temporary file in
+// place of the target at once, so that the target's own room is freed, and
+// the write goes on into the target. False when there is no temporary
+// file or the rename fails.
+bool ReplaceNow(std::string* tempPath, const std::string& replaced);
+
+// Closes the stream and puts the temporary file in place of `replaced`.
+// False when closing or renaming fails; the temporary file is then removed.
+bool FinishOutput(std::FILE* file, const std::string& tempPath, const std::string& replaced);
 
 // Closes the stream of an unfinished output and removes its temporary file.
-// The target is not touched.
+// The target is not touched, unless it was being written in place.
 void DiscardOutput(std::FILE* file, const std::string& tempPath);
 
 // Collects output calls and passes them to the stream in large writes. Each
@@ -41,7 +55,9 @@ void DiscardOutput(std::FILE* file, const std::string& tempPath);
 // when the stream has refused bytes, then or earlier.
 class OutputBuffer {
 public:
-    explicit OutputBuffer(std::FILE* file);
+    // `makeRoom` is asked once, when the stream refuses bytes for want of
+    // room, to make room; the bytes are then offered again.
+    explicit OutputBuffer(std::FILE* file, std::function<bool()> makeRoom = nullptr);
     OutputBuffer(const OutputBuffer&) = delete;
     OutputBuffer& operator=(const OutputBuffer&) = delete;
 
@@ -98,6 +114,11 @@ public:
         return true;
     }
     char* Cursor() { return m_data.data() + m_used; }
+    // Bytes of the file so far, those the stream took and those collected.
+    uint64_t Offset() const { return m_drained + m_used; }
+    // Where the stream refused its first byte, or UINT64_MAX when it never
+    // did (a call failed by the tests' hook is no refusal of the stream).
+    uint64_t RefusedAt() const { return m_refusedAt; }
     void Advance(const char* end) { m_used = static_cast<size_t>(end - m_data.data()); }
 
 private:
@@ -118,6 +139,7 @@ private:
     void PutLarge(const char* bytes, size_t length);
     void PutBlanks(size_t count);
     void Drain();
+    void WriteOut(const char* bytes, size_t length);
 
     std::FILE* m_file;
     std::vector<char> m_data;
@@ -125,6 +147,9 @@ private:
     bool m_failed = false;
     int64_t m_calls = 0;
     int64_t m_failAt;
+    std::function<bool()> m_makeRoom;
+    uint64_t m_drained = 0;
+    uint64_t m_refusedAt = UINT64_MAX;
 };
 
 }  // namespace quarl::detail

@@ -1,11 +1,15 @@
 // The rules a section must pass before AddSection stores it.
+#include <cstdint>
 #include <cstring>
 
 #include <quarl/writer.h>
 
 #include "foundation/platform.h"
+#include "writer/curve_limit.h"
 
 namespace quarl {
+
+size_t detail::g_maxCurveValues = INT32_MAX;
 
 namespace {
 
@@ -64,6 +68,12 @@ ELASFILEERROR CLasWriter::ValidateDataSection(const CLasSection& section)
         return SetLastError(LASFILE_BAD_VALUE, name, nullptr, -1, -1);
     const std::vector<CLasCurve>& curves = section.m_curves;
     if (curves.empty()) return LASFILE_OK;  // written as its head alone
+    for (size_t i = 0; i < curves.size(); ++i) {
+        const CLasCurve& curve = curves[i];
+        const size_t values = curve.m_isNumeric ? curve.m_numbers.size() : curve.m_strings.size();
+        if (values > detail::g_maxCurveValues)
+            return SetLastError(LASFILE_BAD_VALUE, name, nullptr, static_cast<int32_t>(i), -1);
+    }
     if (!curves[0].m_isNumeric) return SetLastError(LASFILE_BAD_VALUE, name, nullptr, 0, -1);
     for (size_t i = 1; i < curves.size() && !m_isLas3; ++i) {
         if (!curves[i].m_isNumeric)

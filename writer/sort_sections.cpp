@@ -3,7 +3,7 @@
 // complete, so a failure leaves every section where it was.
 #include <algorithm>
 #include <string>
-#include <unordered_map>
+#include <map>
 #include <vector>
 
 #include <quarl/writer.h>
@@ -20,8 +20,8 @@ constexpr size_t kNone = static_cast<size_t>(-1);
 // The sections not yet placed and the order built so far. The sections
 // still to place keep the order of the stored list; each name leads to the
 // positions of the sections of that name (ASCII case folded), so that a
-// lookup by name and the count of data sections take constant time on
-// average and a document of many sections sorts in linear time.
+// lookup by name takes logarithmic time and the count of data sections
+// constant time, whatever the names.
 struct Placement {
     explicit Placement(const std::vector<CLasSection>& stored) : sections(stored), placed(stored.size())
     {
@@ -64,7 +64,7 @@ struct Placement {
     };
     const std::vector<CLasSection>& sections;
     std::vector<bool> placed;
-    std::unordered_map<std::string, Positions> byName;
+    std::map<std::string, Positions> byName;  // ordered: no names can make it slow
     size_t dataLeft = 0;
     size_t secondaryCursor = 0;  // no secondary data section stands before it unplaced
     std::vector<size_t> order;

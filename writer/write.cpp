@@ -59,14 +59,14 @@ ELASFILEERROR CLasWriter::Write(const tessel::TxString& path)
     if (m_writing) return LASFILE_WRONG_STATE;  // from the status callback of a Write
     ClearLastError();
     CloseOutput();
-    if (!detail::OpenOutput(path, &m_file, &m_tempPath))
+    if (!detail::OpenOutput(path, &m_file, &m_tempPath, &m_replacedPath))
         return SetLastError(LASFILE_IO_FAILED, nullptr, nullptr, -1, -1);
     m_filename = path;
     const ELASFILEERROR validated = Validate();
     if (validated != LASFILE_OK) return validated;
 
     const tessel::TxString message(std::string("Writing ") + path);
-    OutputBuffer out(m_file);
+    OutputBuffer out(m_file, [this] { return detail::ReplaceNow(&m_tempPath, m_replacedPath); });
     // While sections are emitted, the status callback may not change them.
     struct Writing {
         explicit Writing(bool& flag) : m_flag(flag) { m_flag = true; }
@@ -185,6 +185,14 @@ ELASFILEERROR CLasWriter::WriteRows(OutputBuffer& out, const CLasSection& sectio
     const std::vector<const double*> columns = NumberColumns(curves);
     const size_t rowRoom = detail::GeneralRowRoom(curves.size());
     const auto rowCalls = static_cast<int64_t>(2 * curves.size() + 1);
+    const uint64_t start = out.Offset();
+    // A disk that refuses bytes of these rows is named by the row and
+    // column of the first byte refused, wherever the buffer found out.
+    const auto failed = [&](int32_t column, int32_t row) {
+        if (out.RefusedAt() != UINT64_MAX && out.RefusedAt() >= start)
+            return RowsRefused(section, out.RefusedAt() - start);
+        return SetLastError(LASFILE_IO_FAILED, name, nullptr, column, row);
+    };
     for (size_t r = 0; r < rows; ++r) {
         if (r % 10 == 0 &&
             !Report(static_cast<double>(r) * step / static_cast<double>(rows) + base, message))
@@ -195,7 +203,7 @@ ELASFILEERROR CLasWriter::WriteRows(OutputBuffer& out, const CLasSection& sectio
             continue;
         }
         const int32_t row = static_cast<int32_t>(r);
-        if (!out.Char(' ')) return SetLastError(LASFILE_IO_FAILED, name, nullptr, -1, -1);
+        if (!out.Char(' ')) return failed(-1, -1);
         for (size_t c = 0; c <= last; ++c) {
             const CLasCurve& curve = curves[c];
             bool good;
@@ -207,14 +215,50 @@ ELASFILEERROR CLasWriter::WriteRows(OutputBuffer& out, const CLasSection& sectio
                 good = quote ? out.Quoted(text) : out.Text(text);
             }
             if (good && c < last) good = out.Char(m_delimiter);
-            if (!good)
-                return SetLastError(LASFILE_IO_FAILED, name, nullptr, static_cast<int32_t>(c), row);
+            if (!good) return failed(static_cast<int32_t>(c), row);
         }
-        if (!out.Char('\n'))
-            return SetLastError(LASFILE_IO_FAILED, name, nullptr,
-                                static_cast<int32_t>(curves.size()), row);
+        if (!out.Char('\n')) return failed(static_cast<int32_t>(curves.size()), row);
     }
+    // The rows of the last section are still in the buffer: they must reach
+    // the disk while it is known whose they are.
+    if (&section == &m_sections.back() && !out.Flush()) return failed(-1, -1);
     return LASFILE_OK;
+}
+
+// The row and column of byte `offset` of a section's rows: the leading
+// blank and a cell with the delimiter behind it count as the cell's column,
+// the line end as the column behind the last.
+ELASFILEERROR CLasWriter::RowsRefused(const CLasSection& section, uint64_t offset)
+{
+    const std::vector<CLasCurve>& curves = section.m_curves;
+    const size_t rows = static_cast<size_t>(curves[0].size());
+    uint64_t at = 0;
+    for (size_t r = 0; r < rows; ++r) {
+        at += 1;  // the leading blank
+        for (size_t c = 0; c < curves.size(); ++c) {
+            at += CellLength(curves[c], r) + (c + 1 < curves.size() ? 1 : 0);
+            if (offset < at)
+                return SetLastError(LASFILE_IO_FAILED, section.m_name.c_str(), nullptr,
+                                    static_cast<int32_t>(c), static_cast<int32_t>(r));
+        }
+        if (offset <= at)
+            return SetLastError(LASFILE_IO_FAILED, section.m_name.c_str(), nullptr,
+                                static_cast<int32_t>(curves.size()), static_cast<int32_t>(r));
+        at += 1;  // the line end
+    }
+    return SetLastError(LASFILE_IO_FAILED, section.m_name.c_str(), nullptr, -1, -1);
+}
+
+// The bytes of one cell as WriteRows writes it.
+size_t CLasWriter::CellLength(const CLasCurve& curve, size_t row) const
+{
+    if (curve.m_isNumeric) {
+        char cell[detail::kGeneralNumberMax];
+        return static_cast<size_t>(detail::FormatGeneral15(cell, curve.m_numbers[row]) - cell);
+    }
+    const std::string& text = curve.m_strings[row];
+    const bool quote = m_delimiter == ' ' && text.find(' ') != std::string::npos;
+    return text.size() + (quote ? 2 : 0);
 }
 
 // Flushes, closes and renames; any failure there loses the temporary file
@@ -222,10 +266,11 @@ ELASFILEERROR CLasWriter::WriteRows(OutputBuffer& out, const CLasSection& sectio
 ELASFILEERROR CLasWriter::FinishWrite(OutputBuffer& out)
 {
     if (!out.Flush()) return SetLastError(LASFILE_IO_FAILED, nullptr, nullptr, -1, -1);
-    const bool finished = detail::FinishOutput(m_file, m_tempPath, m_filename);
+    const bool finished = detail::FinishOutput(m_file, m_tempPath, m_replacedPath);
     m_file = nullptr;
     m_filename.clear();
     m_tempPath.clear();
+    m_replacedPath.clear();
     if (!finished) return SetLastError(LASFILE_IO_FAILED, nullptr, nullptr, -1, -1);
     return LASFILE_OK;
 }

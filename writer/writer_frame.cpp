@@ -63,6 +63,7 @@ void CLasWriter::CloseOutput()
     m_file = nullptr;
     m_filename.clear();
     m_tempPath.clear();
+    m_replacedPath.clear();
 }
 
 void CLasWriter::Reset()

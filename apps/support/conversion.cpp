@@ -82,7 +82,7 @@ std::vector<std::string> FixWellRange(std::vector<CLasSection>& sections, bool l
     auto fix = [&](const char* mnemonic, double wanted, const std::string& why) {
         for (CLasParam& p : well->m_params) {
             if (!EqualsNoCase(p.m_mnemonic, mnemonic)) continue;
-            const std::string text = FormatNumber(wanted, 10);
+            const std::string text = RoundTripNumber(wanted);
             notes.push_back(std::string(mnemonic) + " " + Trim(p.m_value) + " " + why +
                             ": written as " + text);
             p.m_value = text;

@@ -1,5 +1,6 @@
-// The log plot of quarl-plot: depth down the page, one track per curve, as a
-// standalone SVG document. Knows nothing of files, only of depths and values.
+// The log plot of quarl-plot: depth down the page, tracks of one or more
+// curves side by side, as a standalone SVG document. Knows nothing of files,
+// only of depths and values.
 #ifndef QUARL_APPS_SVG_PLOT_H
 #define QUARL_APPS_SVG_PLOT_H
 
@@ -7,29 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "support/plot_scale.h"
+
 namespace quarl::apps {
-
-// A "nice" interval for about `count` steps over `range`: 1, 2 or 5 times a
-// power of ten. A range of zero or less gives 1.
-double NiceStep(double range, double count);
-
-// The scale of one track: the values at its left and right edges.
-struct TrackScale {
-    double left = 0.0;
-    double right = 1.0;
-    bool log = false;
-    double step = 0.25;  // linear: the interval of the vertical grid lines
-};
-
-// A linear scale on nice bounds around [min, max], with about four grid
-// intervals. A single value, or no value (NaN), still gives a usable scale.
-TrackScale LinearScale(double min, double max);
-// A logarithmic scale over whole decades around [min, max]. Values of zero
-// or less cannot stand on it; when none is positive, 0.1 to 1000 is used.
-TrackScale LogScale(double minPositive, double max);
-// Where a value stands between the left (0) and right (1) edge; NaN for a
-// value a log scale cannot show. Not clipped.
-double ScalePosition(const TrackScale& scale, double value);
 
 // The runs of drawable points of a curve, as (depth, value) pairs. A NULL
 // value, a non-finite value or depth, or a value the scale cannot show ends
@@ -39,12 +20,43 @@ std::vector<std::vector<std::pair<double, double>>> CurveRuns(const std::vector<
                                                               bool hasNull, double nullValue,
                                                               bool logScale);
 
-struct PlotTrack {
+// A point of a curve on the page, in pixels; `start` begins a new line.
+struct PagePoint {
+    double x = 0.0;
+    double y = 0.0;
+    bool start = false;
+};
+// At most two points for each pixel row that a stretch of points stays in:
+// the leftmost and the rightmost, in their order, so that a spike survives.
+// A gap within one pixel row cannot be seen and is closed. Never more than
+// `cap` points: what is still over it is taken evenly.
+std::vector<PagePoint> ThinPoints(const std::vector<PagePoint>& points, size_t cap);
+
+enum class CurveStyle { kAuto, kLines, kPoints };
+
+struct PlotCurve {
     std::string mnemonic;
     std::string unit;
     std::string description;
     std::vector<double> values;
     bool log = false;
+    bool hasRange = false;  // the scale runs from `from` to `to` as given
+    double from = 0.0;
+    double to = 1.0;
+    bool reversed = false;  // the default scale runs from high to low values
+    // kAuto draws sparse readings (runs of fewer than three on average) as
+    // points, the others as lines.
+    CurveStyle style = CurveStyle::kAuto;
+};
+
+// The scale a curve is drawn on: its range as given, else a nice scale
+// over its values without spikes, reversed when asked.
+TrackScale ScaleOf(const PlotCurve& curve, bool hasNull, double nullValue);
+
+// One track: curves drawn over each other, each on its own scale, the grid
+// from the first.
+struct PlotTrack {
+    std::vector<PlotCurve> curves;
 };
 
 struct PlotInput {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 namespace quarl::apps {
 
@@ -32,6 +33,24 @@ std::string FormatNumber(double value, int digits)
     char buffer[64];
     std::snprintf(buffer, sizeof buffer, "%.*g", digits, value);
     return buffer;
+}
+
+std::string RoundTripNumber(double value)
+{
+    std::string text;
+    for (int digits = 1; digits <= 17; ++digits) {
+        text = FormatNumber(value, digits);
+        if (!std::isfinite(value) || std::strtod(text.c_str(), nullptr) == value) break;
+    }
+    return text;
+}
+
+std::string Shorten(const std::string& text, size_t max)
+{
+    if (text.size() <= max) return text;
+    size_t cut = max > 1 ? max - 1 : 0;
+    while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;
+    return text.substr(0, cut) + "\xE2\x80\xA6";
 }
 
 std::string JsonString(const std::string& text)

@@ -15,6 +15,12 @@ std::string Trim(const std::string& text);
 // A number as a short, exact-enough text: up to `digits` significant digits,
 // trailing zeros dropped. Non-finite numbers give "nan", "inf" or "-inf".
 std::string FormatNumber(double value, int digits = 6);
+// The shortest such text that reads back as exactly the same number, so that
+// a value written out compares equal to the one it came from.
+std::string RoundTripNumber(double value);
+
+// Cuts a text to `max` bytes with an ellipsis, never inside a UTF-8 sequence.
+std::string Shorten(const std::string& text, size_t max);
 
 // A JSON string literal, quotes included. Bytes of 0x80 and above pass as
 // they are, so UTF-8 text stays readable; control bytes are escaped.

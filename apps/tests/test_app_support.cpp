@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -14,6 +15,7 @@
 
 #include "support/conversion.h"
 #include "support/log_facts.h"
+#include "support/plot_request.h"
 #include "support/svg_plot.h"
 #include "support/text.h"
 
@@ -72,6 +74,125 @@ TEST(PlotScales, NiceStepsAndBounds)
     EXPECT_NEAR(ex::ScalePosition(log, 1.0), 0.0, 1e-12);
     EXPECT_TRUE(std::isnan(ex::ScalePosition(log, 0.0)) && std::isnan(ex::ScalePosition(log, -2.0)));
     EXPECT_NEAR(ex::ScalePosition(ex::LinearScale(0.0, 150.0), 75.0), 0.5, 1e-12);
+}
+
+TEST(PlotScales, SpikesAndExtremeValuesGiveFiniteBoundedScales)
+{
+    // The default range leaves out a spike, but not the rare values of a flag.
+    std::vector<double> gr;
+    for (int i = 0; i < 200; ++i) gr.push_back(40 + i % 80);
+    gr.push_back(-2324);
+    const ex::ValueRange spiked = ex::RobustRange(gr, false);
+    EXPECT_EQ(ex::FormatNumber(spiked.min) + " " + ex::FormatNumber(spiked.max), "40 119");
+    gr.assign(50, 0.0);
+    gr.push_back(1);
+    EXPECT_EQ(ex::RobustRange(gr, false).max, 1.0);
+    EXPECT_NEAR(ex::RobustRange({0.5, 2, 3, 5, 8, 1e9}, true).max, 8, 1e-9);  // spread in decades
+    const double extremes[][2] = {{-1e308, 1e308}, {1.7e308, 1.7e308}, {-DBL_MAX, -DBL_MAX}, {1e17, 1e17 + 64}, {5e-324, 5e-324}};
+    for (const auto& c : extremes) {
+        const ex::TrackScale s = ex::LinearScale(c[0], c[1]);
+        EXPECT_TRUE(std::isfinite(s.left) && std::isfinite(s.right) && s.left < s.right && s.left <= c[0] && s.right >= c[1])
+            << c[0];
+    }
+    EXPECT_GT(ex::LogScale(5e-324, 1).left, 0.0);
+    EXPECT_EQ(ex::GridValues(1e17, 1e17 + 1024, 200, 100).size(), 6u);
+    EXPECT_TRUE(ex::GridValues(1e17, 1e17 + 1024, 0.2, 100).empty() && ex::GridValues(-1e308, 1e308, 1, 100).empty());
+    EXPECT_EQ(ex::LogGridValues(0.2, 2000).size(), 37u);  // 0.2 to 0.9, 1 to 9, ..., 100 to 900, 1000, 2000
+    EXPECT_LT(ex::LogGridValues(5e-324, 1e308).size(), 700u);
+}
+
+ex::PlotCurve Curve(const char* mnemonic, std::vector<double> values)
+{
+    ex::PlotCurve curve;
+    curve.mnemonic = mnemonic;
+    curve.values = std::move(values);
+    return curve;
+}
+
+size_t Count(const std::string& text, const std::string& what)
+{
+    size_t n = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
+    return n;
+}
+
+TEST(PlotRender, ExtremeValuesAndManyRowsEndInABoundedPicture)
+{
+    const double big = 1e17;
+    const struct {
+        std::vector<double> depths, values;
+        bool log;
+    } cases[] = {{{big, big + 16, big + 32, big + 1000}, {1, 2, 3, 4}, false}, {{-1e308, 0, 1e308}, {-1e308, 0, 1e308}, false},
+                 {{1, 2, 3}, {1.7e308, 1.7e308, 1.7e308}, false},  {{1, 2, 3, 4}, {5e-324, 5e-324, 1e-300, 1}, true},
+                 {{7, 7}, {5e-324, 5e-324}, true}};
+    for (const auto& c : cases) {
+        ex::PlotInput in;
+        in.depths = c.depths;
+        in.tracks = {{{Curve("GR", c.values)}}};
+        in.tracks[0].curves[0].log = c.log;
+        const std::string svg = ex::RenderLogPlot(in);
+        EXPECT_TRUE(svg.size() < 30000 && svg.find("nan") == std::string::npos && svg.find("inf") == std::string::npos)
+            << c.depths[0] << " " << c.values[0] << "\n" << svg;
+    }
+    ex::PlotInput in;  // a million rows: a few points per pixel row
+    for (int i = 0; i < 1000000; ++i) in.depths.push_back(1000 + i * 0.01);
+    in.tracks = {{{Curve("GR", in.depths)}}};
+    EXPECT_LT(ex::RenderLogPlot(in).size(), 200000u);
+    // Thinning keeps the leftmost and rightmost point of a pixel row, in order, and gaps wider than a row.
+    std::string kept;
+    for (const ex::PagePoint& p : ex::ThinPoints({{5, 10.1, true}, {9, 10.5, false}, {1, 10.7, true}, {4, 10.9, false}, {3, 11.2, false}, {3, 14, true}}, 100))
+        kept += ex::FormatNumber(p.x) + "," + ex::FormatNumber(p.y) + (p.start ? "s " : " ");
+    EXPECT_EQ(kept, "9,10.5s 1,10.7 3,11.2 3,14s ");
+    EXPECT_EQ(ex::ThinPoints(std::vector<ex::PagePoint>(1000, {1, 10, false}), 10).size(), 1u);
+}
+
+TEST(PlotRender, TracksOfSeveralCurvesGivenAndReversedScalesAndSparseSamples)
+{
+    ex::PlotInput in;
+    in.depths = {100, 101, 102, 103, 104, 105};
+    in.hasNull = true;
+    in.nullValue = -999.25;
+    ex::PlotCurve perm = Curve("PERM", {-999.25, 12, -999.25, -999.25, 40, -999.25});  // sparse: points
+    in.tracks = {{{Curve("GR", {50, 60, 70, 80, 90, 100}), Curve("SP", {-5, -4, -3, -2, -1, 0}), perm}}};
+    const std::string svg = ex::RenderLogPlot(in);
+    EXPECT_EQ(Count(svg, "<path "), 3u);
+    EXPECT_EQ(Count(svg, "stroke-width=\"4.5\""), 1u);
+    ex::PlotCurve nphi = Curve("NPHI", {0.1, 0.3});
+    nphi.reversed = true;
+    const ex::TrackScale reversed = ex::ScaleOf(nphi, false, 0);
+    EXPECT_GT(reversed.left, reversed.right);
+    nphi.hasRange = true;
+    nphi.from = 0.45;
+    nphi.to = -0.15;
+    EXPECT_NEAR(ex::ScalePosition(ex::ScaleOf(nphi, false, 0), 0.45), 0.0, 1e-12);
+    EXPECT_NEAR(ex::ScalePosition(ex::ScaleOf(nphi, false, 0), 0.0), 0.75, 1e-12);
+}
+
+TEST(PlotRequest, ScalesTracksAndWhatOnePictureHolds)
+{
+    std::vector<ex::CurveRange> ranges;
+    EXPECT_TRUE(ex::ParseScaleList("GR=0:150, NPHI=0.45:-0.15", &ranges));
+    ASSERT_EQ(ranges.size(), 2u);
+    EXPECT_TRUE(ranges[1].mnemonic == "NPHI" && ranges[1].from == 0.45 && ranges[1].to == -0.15);
+    for (const char* bad : {"GR", "GR=0", "=0:1", "GR=1:1", "GR=a:2", ""}) EXPECT_FALSE(ex::ParseScaleList(bad, &ranges)) << bad;
+    ex::TrackRequest track;
+    EXPECT_TRUE(ex::ParseTrackSpec("ILD, ILM:log", &track) && track.log && track.curves.size() == 2);
+    EXPECT_FALSE(ex::ParseTrackSpec("ILD:wide", &track) || ex::ParseTrackSpec(":log", &track));
+
+    CLasSection data;
+    data.m_name = "Core_Data";
+    for (int i = 0; i <= 100; ++i) data.m_curves.push_back(Numeric(("C" + std::to_string(i)).c_str(), {1, 2}));
+    ex::PlotRequest request;  // by default the first 40 curves, with a note; core data as points
+    ex::TrackChoice choice = ex::ChooseTracks(data, 0, request);
+    EXPECT_TRUE(choice.tracks.size() == 40 && choice.notes.size() == 1 && choice.error.empty());
+    EXPECT_TRUE(choice.tracks[0].curves[0].style == ex::CurveStyle::kPoints);
+    request.tracks.assign(41, {{"C1"}, false});
+    EXPECT_FALSE(ex::ChooseTracks(data, 0, request).error.empty());
+    request.tracks = {{{"C1", "C2", "C3", "C4", "C5", "C6", "C7"}, false}};
+    EXPECT_FALSE(ex::ChooseTracks(data, 0, request).error.empty());
+    request.tracks = {{{"C1", "C2"}, true}};
+    request.ranges = {{"C2", 0, 10}};  // a log scale cannot reach 0
+    EXPECT_FALSE(ex::ChooseTracks(data, 0, request).error.empty());
 }
 
 // The runs of a plotted curve as "depth:value ..." joined by " / ".
@@ -152,6 +273,8 @@ TEST(Conversion, WellRangeIsTakenFromTheDataSoTheWriterAcceptsIt)
     EXPECT_EQ(fix({100, 100.5, 101}, "200", "1"), "100 101 0.5 2 ok");
     EXPECT_EQ(fix({100, 101, 103}, "103", "1"), "100 103 0 1 ok");  // uneven: STEP 0
     EXPECT_EQ(fix({100, 100.25, 100.5}, "100.50000", "0.2500"), "100 100.50000 0.2500 0 ok");  // left alone
+    // A depth that ten significant digits cannot hold is written in full.
+    EXPECT_EQ(fix({100, 2707.10009766}, "200", "0"), "100 2707.10009766 0 1 ok");
     // In LAS 3.0 one-letter names are not written in full: nothing is found, nothing changes.
     EXPECT_EQ(fix({100, 100.5}, "200", "1", true), "100 200 1 0 refused");
 }

@@ -1,5 +1,8 @@
 // The in-memory form of a LAS file: parameter lines, curves and sections.
-// Plain values with public fields; they enforce nothing themselves.
+// Plain values with public fields; they enforce nothing themselves. Copies
+// are deep: a copied section shares no string, parameter or curve with its
+// source. What a file may hold is decided by the writer (CLasWriter::
+// AddSection and Validate), not here.
 #ifndef QUARL_DOCUMENT_H
 #define QUARL_DOCUMENT_H
 
@@ -31,18 +34,23 @@ public:
     ~CLasString();
 };
 
-// One parameter line: MNEM.UNIT VALUE : DESCRIPTION {FORMAT} | ASSOCIATION
+// One parameter line: MNEM.UNIT VALUE : DESCRIPTION {FORMAT} | ASSOCIATION.
+// Every field is text as the file has it, without the blanks that separate
+// the fields; empty when the line has none.
 struct CLasParam {
-    CLasString m_mnemonic;
-    CLasString m_unit;
-    CLasString m_value;
-    CLasString m_description;
-    CLasString m_format;
-    CLasString m_association;
+    CLasString m_mnemonic;     // in front of the first period
+    CLasString m_unit;         // directly behind that period
+    CLasString m_value;        // in front of the colon
+    CLasString m_description;  // behind the colon
+    CLasString m_format;       // with its braces, such as "{F}"
+    CLasString m_association;  // behind the last "|"
 };
 
-// One column of a data section. Only the array that m_isNumeric selects is
-// used; the other stays empty. Whoever builds a curve sets m_isNumeric.
+// One column of a data section, one value per row. Only the array that
+// m_isNumeric selects is used; the other stays empty. The reader makes a
+// curve numeric when its definition has no format or one whose letter behind
+// the brace is F, I or E in either case ("{F}", "{I4}"), and a text curve
+// otherwise ("{S}", "{}"). A host that builds a curve sets m_isNumeric.
 class QUARL_API CLasCurve {
 public:
     CLasCurve() = default;
@@ -52,20 +60,34 @@ public:
     CLasCurve& operator=(CLasCurve&&) noexcept = default;
     ~CLasCurve() = default;
 
-    // Number of values in the array in use.
+    // Number of values in the array that m_isNumeric selects; the other array
+    // is not looked at.
     int32_t size() const;
 
     bool m_isNumeric = true;
-    std::vector<double> m_numbers;
-    std::vector<CLasString> m_strings;
+    std::vector<double> m_numbers;      // the values of a numeric curve
+    std::vector<CLasString> m_strings;  // the values of a text curve
+    // The line that defines the column, copied from the definition section
+    // when the reader made the curve; later changes to that section do not
+    // reach it. The writer uses it only to fill an empty definition section.
     CLasParam m_definition;
 };
 
-// One section of a LAS file.
+// One section of a LAS file. A section read from a file holds, by its type:
+//   LASSECTION_HEADER, _PARAMETER: the lines in m_params, in file order.
+//   LASSECTION_DEFINITION: one line per column of its data section.
+//   LASSECTION_DATA: one curve per line of its definition section in
+//     m_curves, and that section's name in m_association; after a complete
+//     read all curves have one length.
 class QUARL_API CLasSection {
 public:
-    // Bits of m_flags set by the reader.
+    // Bits of m_flags, set by the reader and by nothing else; the writer
+    // neither sets nor reads them.
+    // A data section named "ASCII", "A", "LOG", "L" or "Log_Data", with any
+    // index: the log data, which CLasReader::CheckDataStepping tests.
     static constexpr uint32_t kFlagLogData = 16;
+    // A definition section named "Curve", "C" or "Log_Definition", with any
+    // index: the log definition.
     static constexpr uint32_t kFlagLogDefinition = 32;
 
     CLasSection() = default;
@@ -75,14 +97,18 @@ public:
     CLasSection& operator=(CLasSection&&) noexcept = default;
     ~CLasSection() = default;
 
-    // Index of the first parameter whose mnemonic equals `mnemonic`, ignoring
-    // the case of ASCII letters, or -1. On a match a copy goes to `out` when
-    // it is not null. Null or "" gives -1.
+    // Index of the first parameter whose mnemonic equals `mnemonic` as a
+    // whole, ignoring the case of ASCII letters, or -1. On a match a copy of
+    // the parameter goes to `out` when it is not null; otherwise `out` is
+    // untouched. Null or "" gives -1. Curve definitions of a data section are
+    // not searched.
     int32_t FindParameterByMnemonic(const char* mnemonic, CLasParam* out) const;
 
+    // The first word of the header behind the "~", with its index ("[2]").
     CLasString m_name;
     ELASSECTIONTYPE m_type = LASSECTION_ANY;
     uint32_t m_flags = 0;
+    // Of a data section: the name of the section that defines its columns.
     CLasString m_association;
     std::vector<CLasParam> m_params;
     std::vector<CLasCurve> m_curves;

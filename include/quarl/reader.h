@@ -1,4 +1,6 @@
 // CLasReader: turns a LAS 1.2, 2.0 or 3.0 file into a list of sections.
+// Open reads the whole file; the host then takes the sections out through
+// the accessors, and calls Close.
 #ifndef QUARL_READER_H
 #define QUARL_READER_H
 
@@ -114,17 +116,49 @@ public:
     CLasReader();
     ~CLasReader();
 
-    // Reads the whole file under the options set by SetOptions. The reader
-    // stays open with what was read, also after a failure; the host calls
-    // Close. Clears the notes first; every result but LASFILE_OK leaves a
-    // LASNOTE_READ_STOPPED note last, at GetLineNumber() (line 0 when the
-    // file cannot be opened).
+    // Reads the whole file into the list of sections, in file order, under
+    // the options set by SetOptions (the default is the strict reading). First
+    // empties the list and the notes, closes an open file and resets IsLas3,
+    // IsWrapped and GetDelimiter. Returns:
+    //   LASFILE_OK             the file was read to its end.
+    //   LASFILE_IO_FAILED      the path cannot be opened (the reader stays
+    //                          closed); the file is empty or holds nothing but
+    //                          a comment; it ends right behind a section
+    //                          header, or inside a wrapped data row.
+    //   LASFILE_OUT_OF_MEMORY  a line could not be stored.
+    //   LASFILE_BAD_FORMAT     the first line that counts does not begin with
+    //                          "~V" in either case; a parameter line cannot be
+    //                          split; a data section has no definition; a data
+    //                          row lacks its delimiter.
+    //   LASFILE_CANCELLED      the status callback said stop, also when it did
+    //                          so only on the final report of 100.
+    // The read ends at the first failure and keeps what it read: every
+    // section before it, and the section being read as far as it got (a data
+    // section without a definition is not kept). Blank lines and lines whose
+    // first byte behind spaces and backslashes is "#" are passed over. Except
+    // for a path that cannot be opened, the reader is open afterwards, good
+    // result or not, until Close. The notes of the read are in GetNotes:
+    // every result but LASFILE_OK leaves a LASNOTE_READ_STOPPED note last, at
+    // GetLineNumber() (line 0 when the file cannot be opened). Lenient reading
+    // may pass over what the strict reading refuses: each rule it relaxes
+    // leaves a note.
     ELASFILEERROR Open(const tessel::TxString& path);
+    // Closes the file and empties the list; shared pointers that a host
+    // holds stay valid. Keeps the callback, the options, the notes and what
+    // IsLas3, IsWrapped and GetDelimiter say. Does nothing on a closed reader.
     void Close();
-    // Whether the file starts like a LAS file. Leaves the reader closed, and
-    // its notes and line number as the last Open left them.
+    // Whether the file starts as Open requires: a "#" line first is passed
+    // over, then the first line that counts begins with "~V" in either case.
+    // False for a file that cannot be opened or is empty, and when the status
+    // callback says stop. Leaves the reader closed; the sections of an
+    // earlier read stay in the list (see the accessors), and the notes and
+    // line number as the last Open left them.
     bool IsValidFile(const tessel::TxString& path);
     bool IsOpen() const { return m_file.IsOpen(); }
+    // Registers the callback and its context for every later Open and
+    // IsValidFile; a null callback ends the reports. Open reports at every
+    // tenth physical line that counts and once with 100 at its end, with the
+    // message "Reading " and the path.
     void SetStatusCallback(void* context, LasStatusCallback callback);
     // The options of the next Open; they stay until they are set again.
     // IsValidFile follows the lenient option too: leniently, a file is valid
@@ -132,9 +166,12 @@ public:
     void SetOptions(const CLasReadOptions& options) { m_options = options; }
     const CLasReadOptions& GetOptions() const { return m_options; }
 
-    // What the last Open found out about the file: version 3, wrap mode and
-    // the column delimiter of the data rows (' ', ',' or '\t', or the byte
-    // a DLM line named).
+    // What the last Open found in the Version section, kept until the next
+    // Open: version 3 (a VERS value that begins with a byte from "3" up), wrap
+    // mode (a WRAP value that begins with "Y" or "y", or a "Y" right behind
+    // the period) and the column delimiter of the data rows (' ', or what a
+    // DLM line names: SPACE, COMMA or TAB, or else its first byte). A new
+    // reader says false, false and ' '.
     bool IsLas3() const { return m_isLas3; }
     bool IsWrapped() const { return m_isWrapped; }
     char GetDelimiter() const { return m_delimiter; }
@@ -151,32 +188,58 @@ public:
     // opened or is empty.
     uint64_t GetLineNumber() const { return m_lineNumber; }
 
-    // Shares the source's sections. Never two owners of one stream: the
-    // target's file is closed first and the copy's file is closed.
+    // Shares the source's sections (the same objects, by shared pointer) and
+    // copies its callback, options, notes and format. Never two owners of one
+    // stream: the target's file is closed first, and the target is closed.
     CLasReader& operator=(const CLasReader& other);
 
-    // Counting and iteration over the sections as they stand.
+    // Counting and iteration over the list as it stands, open or closed. The
+    // iterators' elements are the shared pointers; Open and Close invalidate
+    // them. LASSECTION_ANY counts and names every section; any other type
+    // only the sections of exactly that type. GetSectionNames empties `names`
+    // first and always returns LASFILE_OK.
     uint64_t size() const { return m_sections.size(); }
     uint64_t GetSectionCount() const { return m_sections.size(); }
     bool empty() const { return m_sections.empty(); }
-    const_iterator begin() const { return m_sections.cbegin(); }
-    const_iterator cbegin() const { return m_sections.cbegin(); }
-    const_iterator end() const { return m_sections.cend(); }
-    const_iterator cend() const { return m_sections.cend(); }
-    const_reverse_iterator rbegin() const { return m_sections.crbegin(); }
-    const_reverse_iterator rend() const { return m_sections.crend(); }
+    const_iterator begin() const { return NoteSectionsLent(), m_sections.cbegin(); }
+    const_iterator cbegin() const { return NoteSectionsLent(), m_sections.cbegin(); }
+    const_iterator end() const { return NoteSectionsLent(), m_sections.cend(); }
+    const_iterator cend() const { return NoteSectionsLent(), m_sections.cend(); }
+    const_reverse_iterator rbegin() const { return NoteSectionsLent(), m_sections.crbegin(); }
+    const_reverse_iterator rend() const { return NoteSectionsLent(), m_sections.crend(); }
     int32_t CountSectionsByType(ELASSECTIONTYPE type) const;
     ELASFILEERROR GetSectionNames(ELASSECTIONTYPE type, std::vector<CLasString>& names) const;
 
-    // Access by copy, with result codes.
+    // Access by copy, with result codes. A deep copy of the section goes to
+    // `section` (a data section's copy holds all its values). Each returns
+    // LASFILE_WRONG_STATE when the reader is not open, and leaves `section`
+    // untouched on any failure. The Version and the Well section are the
+    // first and the second of the list, by place alone; with fewer sections
+    // the header getters give LASFILE_WRONG_STATE.
     ELASFILEERROR GetVersionHeaders(CLasSection& section) const;
     ELASFILEERROR GetWellHeaders(CLasSection& section) const;
+    // LASFILE_BAD_VALUE when `index` is not below size().
+    //
+    // GetSection(0, s) does not compile: a literal 0 converts as well to the
+    // index as to a null name, and the call is ambiguous. Write
+    // GetSection(0u, s), or pass a variable of an integer type. Any other
+    // integer literal selects the index.
     ELASFILEERROR GetSection(uint32_t index, CLasSection& section) const;
+    // The first section whose whole name equals `name`, ignoring the case of
+    // ASCII letters. LASFILE_BAD_VALUE when none does, and for null or "".
     ELASFILEERROR GetSection(const char* name, CLasSection& section) const;
+    // Empties `sections`, then copies every section into it, or every one
+    // behind the first two when `includeHeaders` is false (whatever those two
+    // are). LASFILE_WRONG_STATE, with `sections` untouched, when not open.
     ELASFILEERROR GetSections(std::vector<CLasSection>& sections, bool includeHeaders) const;
 
-    // Access without copying; these throw tessel::Exception when there is
-    // nothing to refer to.
+    // Access without copying, open or closed. They throw tessel::Exception
+    // (and no other type) when there is nothing to refer to: an empty list
+    // for the Version section, fewer than two sections for the Well section,
+    // an index not below size(). A reference stays valid until the list is
+    // next emptied; a shared pointer keeps its section alive through Close
+    // and the reader's end, and what a host changes through it every later
+    // access sees.
     const CLasSection& GetVersionHeaders() const;
     const CLasSection& GetWellHeaders() const;
     const CLasSection& GetSection(uint64_t index) const;
@@ -184,7 +247,23 @@ public:
     std::shared_ptr<CLasSection> GetWellHeadersPtr() const;
     std::shared_ptr<CLasSection> GetSectionPtr(uint64_t index) const;
 
-    // Whether the depths of the log data advance by the Well section's STEP.
+    // Whether the depths of every log data section (CLasSection::
+    // kFlagLogData) advance by the STEP of the second section, the Well
+    // section by place. The depth column is the one defined as DEPT, else
+    // M__DEPTH, else DEPTH, else the first. Changes nothing. Returns:
+    //   LASFILE_OK               every log data section steps evenly, or there
+    //                            is none; one without curves is passed over.
+    //   LASFILE_WRONG_STATE      the reader is not open, or holds fewer than
+    //                            two sections.
+    //   LASFILE_MISSING_SECTION  the second section has no STEP parameter.
+    //   LASFILE_BAD_VALUE        a log data section's m_association names no
+    //                            stored section.
+    //   LASFILE_BAD_FORMAT       a depth column holds text, or a depth differs
+    //                            from the one before plus STEP by more than
+    //                            1e-07.
+    // STEP is read like atof, so text that is no number is 0 and any change
+    // of depth then fails; falling depths need a negative STEP. The first
+    // fault ends the test.
     ELASFILEERROR CheckDataStepping() const;
 
 private:
@@ -208,6 +287,8 @@ private:
     ELASFILEERROR ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
                               bool& headerReached);
     void StoreSection(std::shared_ptr<CLasSection> section);
+    // A host was given sections it can change (rename) while a read runs.
+    void NoteSectionsLent() const;
 
     // Notes, the budget and the relaxed rules.
     ELASFILEERROR ReadFile();

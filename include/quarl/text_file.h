@@ -13,8 +13,9 @@
 namespace quarl {
 
 // Reads a file in blocks of 1024 bytes and delivers it line by line. A line
-// feed ends a line; carriage returns are dropped wherever they stand. The
-// current line stays valid until the next ReadLine, Close or Open.
+// feed ends a line; carriage returns are dropped wherever they stand; a last
+// line without a line feed is delivered as well. It knows nothing of LAS.
+// The current line stays valid until the next ReadLine, Close or Open.
 class QUARL_API CTextFile {
 public:
     static constexpr uint32_t kBufferSize = 1024;
@@ -23,14 +24,23 @@ public:
     CTextFile();
     ~CTextFile();
 
-    // Opens the file and reads its first line. An empty file is
-    // LASFILE_IO_FAILED.
+    // Closes what was open, opens the file for reading and reads its first
+    // line, which GetLine then gives. Returns LASFILE_IO_FAILED when the path
+    // cannot be opened (the object stays closed), and when a seek fails or
+    // the file has no byte (it is then open, with no line to read);
+    // LASFILE_OUT_OF_MEMORY when the line store cannot be had (open, GetLine
+    // null); otherwise what ReadLine gives for the first line.
     ELASFILEERROR Open(const tessel::TxString& path);
+    // Closes the stream, forgets the path, releases the line store and sets
+    // the line count to 0. Does nothing on a closed object.
     void Close();
     bool IsOpen() const { return m_file != nullptr; }
 
-    // Reads the next line. LASFILE_IO_FAILED when no byte is left (the line
-    // is then empty) or the object is closed.
+    // Reads the next line into the line store. Returns LASFILE_IO_FAILED when
+    // no byte is left (the line is then empty, and stays so on every further
+    // call) or the object is closed; LASFILE_OUT_OF_MEMORY when the store
+    // cannot grow: the bytes so far stay as the line, the byte that did not
+    // fit is lost, and the next call goes on behind it.
     ELASFILEERROR ReadLine();
 
     // The current line, NUL-terminated; null when no file is open.
@@ -44,8 +54,10 @@ public:
     // end of the file: LASFILE_IO_FAILED and an empty current line.
     ELASFILEERROR SkipToLineStartingWith(char first, uint64_t& passed);
 
-    // How far through the file the bytes taken so far reach, 0 to 100.
+    // How far through the file the bytes taken so far reach, 0 to 100, exact
+    // to the byte; 100 once the end is reached. Meaningful while open.
     double GetPercentRead() const;
+    // The path given to Open; empty when closed.
     tessel::TxString GetFilename() const { return m_filename; }
     // Lines ended by a line feed since Open.
     uint32_t GetLineCount() const { return m_lineCount; }

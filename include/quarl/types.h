@@ -9,28 +9,65 @@
 
 namespace quarl {
 
-// The result of every operation that can fail. 0 is the only success.
+// The result of every operation that can fail. 0 is the only success; the
+// values are fixed and never combined. The reader side returns only what its
+// operations list; the writer also leaves details in its last-error record.
 enum ELASFILEERROR : int32_t {
+    // The operation did what was asked.
     LASFILE_OK = 0,
-    LASFILE_IO_FAILED = 1,           // open, seek, read or write failed; end of file on line input
-    LASFILE_OUT_OF_MEMORY = 2,       // the line store could not be allocated or grown
-    LASFILE_BAD_FORMAT = 3,          // text or data without the form LAS requires
+    // A file could not be opened, positioned, read or written. From line
+    // input it also means the end of the file: no byte was left to read.
+    LASFILE_IO_FAILED = 1,
+    // The line store of CTextFile could not be allocated or grown, or a read
+    // reached CLasReadOptions::maxBytes. Every other failed allocation throws.
+    LASFILE_OUT_OF_MEMORY = 2,
+    // Text or data without the form LAS requires: a line that cannot be
+    // split, a section header missing where one must stand, a data section
+    // without a definition, a data row without its delimiter, depths that do
+    // not advance by STEP or do not agree with STRT or STOP, sections that
+    // cannot be put in order.
+    LASFILE_BAD_FORMAT = 3,
+    // The choice does not exist in the chosen LAS version: a data delimiter
+    // other than the space in LAS 2.0.
     LASFILE_NOT_ALLOWED_IN_VERSION = 4,
+    // A section or parameter that the operation cannot do without is
+    // missing, or a link between two sections does not hold.
     LASFILE_MISSING_SECTION = 5,
+    // The object is not in a state for the operation: a reader that is not
+    // open or holds too few sections, a writer that already holds sections,
+    // a writer called from inside the status callback of its own Write.
     LASFILE_WRONG_STATE = 6,
+    // An argument or a stored value is not allowed: an index out of range, a
+    // name that is not there, a delimiter, a section of the wrong type, a
+    // column of the wrong kind or length.
     LASFILE_BAD_VALUE = 7,
-    LASFILE_CANCELLED = 8,           // the status callback returned non-zero
+    // The status callback returned non-zero.
+    LASFILE_CANCELLED = 8,
+    // A section of that name is already stored, or the name is the Version
+    // section's, which the writer makes by itself.
     LASFILE_DUPLICATE_SECTION = 9,
+    // A section name, or a field of a parameter line, holds what the rules of
+    // the LAS version do not allow there.
     LASFILE_BAD_NAME = 10,
 };
 
-// The kind of a section. The gap between 3 and 99 is intended: 99 is the
-// type of a section nothing has typed yet, and the wildcard of filters.
+// The kind of a section, in CLasSection::m_type and as a filter. The gap
+// between 3 and 99 is intended.
 enum ELASSECTIONTYPE : int32_t {
+    // Parameter lines that define no curves: ~Parameter, ~Log_Parameter and
+    // the like.
     LASSECTION_PARAMETER = 0,
+    // Lines that each define one column of a data section, in column order:
+    // ~Curve, ~Log_Definition and the like.
     LASSECTION_DEFINITION = 1,
+    // Data rows, held as one CLasCurve per column: ~ASCII, ~Log_Data and
+    // the like.
     LASSECTION_DATA = 2,
+    // The Version section and the Well section.
     LASSECTION_HEADER = 3,
+    // The type of a new CLasSection that nothing has typed yet; the reader
+    // never produces it and the writer refuses it. As a filter argument the
+    // one wildcard: every section matches.
     LASSECTION_ANY = 99,
 };
 
@@ -41,10 +78,11 @@ enum ELASSECTIONTYPE : int32_t {
 QUARL_API const char* ResultName(ELASFILEERROR code);
 QUARL_API const char* ResultDescription(ELASFILEERROR code);
 
-// Progress and cancellation. Called on the caller's thread with the context
-// as registered, the share of the work done (0 to 100) and a message that is
-// valid only during the call. A non-zero result stops the operation, which
-// then returns LASFILE_CANCELLED.
+// Progress and cancellation. Called on the caller's thread, from inside the
+// operation, with the context as registered, the share of the work done (0
+// to 100) and a message, "Reading " or "Writing " and the path, that is valid
+// only during the call. A non-zero result stops the operation, which then
+// returns LASFILE_CANCELLED. A null callback means no reports.
 typedef int32_t (*LasStatusCallback)(void* context, double percent, const char* message);
 
 }  // namespace quarl

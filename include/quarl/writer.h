@@ -1,5 +1,14 @@
 // CLasWriter: takes sections, checks, completes and orders them, and writes
-// a LAS 2.0 or 3.0 file.
+// a LAS 2.0 or 3.0 file. The host calls SetFormat on the empty writer,
+// AddSection for each section, then Write; Validate alone shows whether a
+// Write would get past the document. The writer holds copies: nothing it does
+// reaches the host's objects, and nothing reads the stored sections back.
+//
+// Every operation that returns a code, and SetStatusCallback, first clears
+// the last-error record; a failure fills it and stays readable until the
+// next of these calls. The record holds the code, the section and the
+// mnemonic concerned (null when none), and the 0-based column (curve index)
+// and row of a data section (-1 when none).
 #ifndef QUARL_WRITER_H
 #define QUARL_WRITER_H
 
@@ -25,29 +34,143 @@ class SectionNameIndex;
 class QUARL_API CLasWriter {
 public:
     CLasWriter();
+    // Closes an output that a failed Write left open and removes its
+    // temporary file; the target is not touched.
     ~CLasWriter();
 
-    // Never shares or leaks an open output: the target's own output is
-    // closed and removed first, and the copy has no open output.
+    // Copies the sections, the format, the callback and the last-error
+    // record. Never shares or leaks an open output: an unfinished output of
+    // the target is closed and its temporary file removed, and the copy has
+    // no open output. Does nothing when called from the target's own Write.
     CLasWriter& operator=(const CLasWriter& other);
 
+    // Back to a new writer: no sections, LAS 2.0 with the space, no callback,
+    // the record cleared. Does nothing when called from the status callback
+    // of a Write.
     void Reset();
-    // Chooses LAS 3.0 (true) or 2.0 and the data delimiter (space, tab or
-    // comma; LAS 2.0 allows the space only). Only on an empty writer.
+    // Chooses LAS 3.0 (true) or 2.0, and the data delimiter. Returns, tested
+    // in this order:
+    //   LASFILE_NOT_ALLOWED_IN_VERSION  LAS 2.0 with a delimiter other than
+    //                                   ' ' (recorded as "VERSION", "DLM").
+    //   LASFILE_WRONG_STATE             the writer already holds sections.
+    //   LASFILE_BAD_VALUE               the delimiter is not ' ', '\t' or ','; the
+    //                                   version is then set, the delimiter
+    //                                   stays as it was.
     ELASFILEERROR SetFormat(bool isLas3, char delimiter);
+    // Registers the callback and its context for every later Write; a null
+    // callback ends the reports. Write reports with 0 first, at the start of
+    // each section, before every tenth parameter line or data row, and with
+    // 100 at the end, with the message "Writing " and the path. From inside
+    // the callback, AddSection, Validate and Write return LASFILE_WRONG_STATE,
+    // and Reset and assignment to this writer do nothing.
     void SetStatusCallback(void* context, LasStatusCallback callback);
-    // Stores a copy of the section if it passes the rules of the version.
+    // Stores a copy of the section at the end of the list if it passes the
+    // rules of the version; a refused section stores nothing. Returns:
+    //   LASFILE_DUPLICATE_SECTION  a stored section has that name (ignoring
+    //                              ASCII case), or it is "Version" or "V".
+    //   LASFILE_BAD_NAME           the name: LAS 2.0 takes only Well, Curve,
+    //                              Parameter, ASCII, Log, Other, Downhole and
+    //                              their first letters; LAS 3.0 any name of two
+    //                              bytes or more but Other. Or a parameter
+    //                              line: a mnemonic or unit holding a blank,
+    //                              tab, ".", ":", "{", "}" or "|"; a value
+    //                              holding "{", "}" or "|"; a format without
+    //                              both braces (recorded with the mnemonic).
+    //   LASFILE_BAD_VALUE          a type that is not data, parameter,
+    //                              definition or header; a first curve that
+    //                              holds text, or in LAS 2.0 any curve that
+    //                              does; curves of unequal length (recorded
+    //                              with the column); in LAS 2.0 a parameter
+    //                              with an association (with the mnemonic).
+    //   LASFILE_WRONG_STATE        called from the callback of a Write.
+    // In LAS 2.0 a one-letter name is stored written out: W as Well, C as
+    // Curve, P as Parameter, A and L as ASCII, O as Other, D as Downhole.
     ELASFILEERROR AddSection(const CLasSection& section);
+    // Completes, orders and tests the stored document, in place; what it
+    // changed stays changed when a later step fails. A second run adds
+    // nothing more, but a STEP that the first derived from unevenly spaced
+    // depths fails it. In this order it
+    // - adds an empty section "Well" when there is none; when "ASCII" is
+    //   there but "Curve" is not, adds the definition section that ASCII's
+    //   link names (or "Curve", linked to it, when the link is empty) unless
+    //   the link finds a section; in LAS 3.0 links every other data section
+    //   without a link to "<base>_Definition" and adds that section if
+    //   missing. Added sections go to the end, then:
+    // - reorders: Well, Parameter, Curve; in LAS 3.0 each further data section
+    //   behind its "<base>_Parameter" and definition section; every section
+    //   that no rule names, in the order of adding; last the main data
+    //   section (the first named "ASCII", else "LOG", else "Log_Data") behind
+    //   its parameter and definition section. LASFILE_BAD_FORMAT, with the
+    //   order unchanged, when in LAS 3.0 two or more data sections are named
+    //   "ASCII", "LOG" or "Log_Data".
+    // - LASFILE_MISSING_SECTION when there is no "Well", no "Curve" or
+    //   "Log_Definition" (recorded as "Curve"), no main data section
+    //   (recorded as "ASCII").
+    // - LASFILE_BAD_VALUE when the curves of a data section differ in length
+    //   (recorded with the section and the column).
+    // - fills an empty definition section with one line per curve of its data
+    //   section: the curve's m_definition, or "COL<n>" with "Column <n>" and
+    //   "{F}" or "{S}" when that has no mnemonic. LASFILE_MISSING_SECTION when
+    //   a data section's link is empty or finds nothing (recorded with the
+    //   link), or its definition has another number of lines than it has
+    //   curves (recorded with the data section).
+    // - tests STRT, STOP and STEP of the Well section against the first curve
+    //   of the main data section: LASFILE_BAD_FORMAT, recorded with the data
+    //   section, the mnemonic, column 0 and the row, when STRT or STOP is off
+    //   by more than 1e-07 or a step differs from a non-zero STEP by more;
+    //   appends the ones missing, taken from the data ("%.8f"). Then appends
+    //   as "Not Specified" what is missing of COMP, WELL, FLD, LOC; API when
+    //   there is neither UWI nor API; CNTY, STAT and CTRY when there is none
+    //   of PROV, CNTY, STAT and CTRY; SRVC.
+    // Returns LASFILE_BAD_VALUE first when the delimiter is not ' ', '\t' or
+    // ',', and LASFILE_WRONG_STATE from the callback of a Write.
     ELASFILEERROR Validate();
+    // Runs Validate, then writes the document to `path`: a head with the
+    // version block made from SetFormat (VERS, WRAP NO, and DLM in LAS 3.0),
+    // then each section in the order Validate gave, with numbers as "%.15g".
+    // Where the target is replaced and where it is written in place:
+    // - A regular file with no other hard link, owned by this process's
+    //   user, in a folder where we may create a file, and a path where
+    //   nothing is yet: the file is written under a temporary name in the
+    //   same folder and renamed onto the target when it is complete, with
+    //   the target's group and permission bits. A write that fails or is
+    //   cancelled leaves the old file as it was. A symbolic link is resolved
+    //   once, when the output is opened, and stays a link. Should the disk
+    //   have no room for the second copy, the temporary file takes the
+    //   target's place at that moment and the write goes on in place.
+    // - Everything else is written in place, opened with "w" (emptied at
+    //   once), so that it stays the same file with the same owner, links
+    //   and name: a file of another user, a file with hard links, a file in
+    //   a folder we may not write, a symbolic link that leads nowhere (the
+    //   file it names is created), a device or a pipe. A write that fails
+    //   there leaves what was written so far.
+    // The results and their order are the same either way.
+    // Returns:
+    //   LASFILE_IO_FAILED   the target cannot be written (a missing folder, a
+    //                       folder, no permission; nothing is validated
+    //                       then); an output call, the final flush, close or
+    //                       rename failed (recorded with the section,
+    //                       mnemonic, column and row of the failed piece; a
+    //                       failure in the first three lines is not recorded).
+    //   LASFILE_CANCELLED   the status callback said stop (not recorded).
+    //   LASFILE_BAD_FORMAT  a stored section has a type that nothing writes
+    //                       (AddSection lets none in).
+    //   LASFILE_WRONG_STATE called from its own callback.
+    //   whatever Validate returns.
+    // An empty text cell cannot be written: it fails with LASFILE_IO_FAILED
+    // and its column and row. The unfinished temporary file of a failed Write
+    // is removed at the latest by the next Write or the destructor. The
+    // stored sections stay as Validate left them.
     ELASFILEERROR Write(const tessel::TxString& path);
 
     // The last-error record. The texts are null when empty and stay valid
-    // until the record next changes.
+    // until the record next changes; reading it changes nothing.
     ELASFILEERROR GetLastError() const { return m_lastError; }
     const char* GetLastErrorSection() const;
     const char* GetLastErrorParam() const;
     int32_t GetLastErrorColumn() const { return m_errorColumn; }
     int32_t GetLastErrorRow() const { return m_errorRow; }
+    // Records LASFILE_OK, no section, no mnemonic, column and row -1.
     void ClearLastError();
 
 private:
@@ -83,6 +206,8 @@ private:
     ELASFILEERROR WriteRows(detail::OutputBuffer& out, const CLasSection& section, double base,
                             double step, const tessel::TxString& message);
     ELASFILEERROR FinishWrite(detail::OutputBuffer& out);
+    ELASFILEERROR RowsRefused(const CLasSection& section, uint64_t offset);
+    size_t CellLength(const CLasCurve& curve, size_t row) const;
 
     LasStatusCallback m_statusCallback;
     void* m_statusContext;
@@ -99,6 +224,9 @@ private:
     // The temporary file that becomes the target once it is complete; empty
     // when no output is open or when the target is written in place.
     std::string m_tempPath;
+    // The file that the temporary file replaces: the target, with a symbolic
+    // link resolved once when the output was opened.
+    std::string m_replacedPath;
     // The names in m_sections, for the duplicate test of AddSection, and how
     // many sections they were taken from.
     std::unique_ptr<detail::SectionNameIndex> m_names;

@@ -13,6 +13,16 @@ function(run)
 endfunction()
 
 run(${CMAKE_COMMAND} --install ${BINARY_DIR} --prefix ${prefix})
+# An installed program starts with a clean environment: it finds the
+# installed libraries by its own RUNPATH, not by LD_LIBRARY_PATH or ldconfig.
+find_program(ENV_PROGRAM env)
+if(EXISTS ${prefix}/bin/quarl-info AND ENV_PROGRAM)
+  run(${ENV_PROGRAM} -i ${prefix}/bin/quarl-info ${SOURCE_DIR}/examples/data/sample_las20.las)
+  if(NOT LAST_OUTPUT MATCHES "Stepping: LASFILE_OK")
+    message(FATAL_ERROR "installed quarl-info printed: ${LAST_OUTPUT}")
+  endif()
+endif()
+
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/tests/consumer -B ${WORK_DIR}/build -G ${GENERATOR}
     -DCMAKE_PREFIX_PATH=${prefix})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)

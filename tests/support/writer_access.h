@@ -3,7 +3,11 @@
 #ifndef QUARL_TESTS_WRITER_ACCESS_H
 #define QUARL_TESTS_WRITER_ACCESS_H
 
-#include <quarl/writer.h>
+#include <ostream>
+#include <string>
+#include <utility>
+
+#include <quarl/quarl.h>
 
 #include "support/test_util.h"
 
@@ -18,7 +22,6 @@ struct WriterAccess {
     static int32_t FindSectionIndexByName(const CLasWriter& w, const char* name) { return w.FindSectionIndexByName(name); }
     static int32_t CountSectionsByType(const CLasWriter& w, ELASSECTIONTYPE type) { return w.CountSectionsByType(type); }
     static ELASFILEERROR ValidateDataSection(CLasWriter& w, const CLasSection& s) { return w.ValidateDataSection(s); }
-    static void GetLAS2FullSectionName(const CLasWriter& w, std::string& name) { w.GetLAS2FullSectionName(name); }
     static ELASFILEERROR FillWellSection(CLasWriter& w) { return w.FillWellSection(); }
     static ELASFILEERROR SortSections(CLasWriter& w) { return w.SortSections(); }
 };
@@ -74,13 +77,38 @@ inline CLasSection Data(const std::string& name, std::vector<CLasCurve> curves, 
     return s;
 }
 
-// The last-error record as "code section param column row", "-" for null.
-inline std::string Record(const CLasWriter& w)
+// The writer's last-error record, field by field; "" stands for no section
+// or mnemonic, -1 for no column or row. ErrorRecord{} is a clear record.
+struct ErrorRecord {
+    ELASFILEERROR code;
+    std::string section;
+    std::string param;
+    int32_t column;
+    int32_t row;
+
+    ErrorRecord(ELASFILEERROR c = LASFILE_OK, std::string s = "", std::string p = "", int32_t col = -1, int32_t r = -1)
+        : code(c), section(std::move(s)), param(std::move(p)), column(col), row(r)
+    {
+    }
+
+    bool operator==(const ErrorRecord& o) const
+    {
+        return code == o.code && section == o.section && param == o.param && column == o.column && row == o.row;
+    }
+    bool operator!=(const ErrorRecord& o) const { return !(*this == o); }
+};
+
+inline std::ostream& operator<<(std::ostream& out, const ErrorRecord& r)
+{
+    return out << ResultName(r.code) << " section '" << r.section << "' param '" << r.param << "' column " << r.column
+               << " row " << r.row;
+}
+
+inline ErrorRecord LastError(const CLasWriter& w)
 {
     const char* section = w.GetLastErrorSection();
     const char* param = w.GetLastErrorParam();
-    return std::to_string(w.GetLastError()) + " " + (section ? section : "-") + " " + (param ? param : "-") + " " +
-           std::to_string(w.GetLastErrorColumn()) + " " + std::to_string(w.GetLastErrorRow());
+    return {w.GetLastError(), section ? section : "", param ? param : "", w.GetLastErrorColumn(), w.GetLastErrorRow()};
 }
 
 // The names of the stored sections, in order.

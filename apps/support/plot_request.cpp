@@ -1,0 +1,154 @@
+#include "support/plot_request.h"
+
+#include <algorithm>
+#include <cfloat>
+
+#include "support/command_line.h"
+#include "support/text.h"
+
+namespace quarl::apps {
+
+bool ParseScaleList(const std::string& text, std::vector<CurveRange>* ranges)
+{
+    const std::vector<std::string> items = SplitList(text);
+    for (const std::string& item : items) {
+        const size_t equals = item.find('=');
+        const size_t colon = item.find(':', equals == std::string::npos ? 0 : equals);
+        if (equals == 0 || equals == std::string::npos || colon == std::string::npos) return false;
+        CurveRange range;
+        range.mnemonic = Trim(item.substr(0, equals));
+        const std::string from = Trim(item.substr(equals + 1, colon - equals - 1));
+        const std::string to = Trim(item.substr(colon + 1));
+        if (!ParseNumberIn(from.c_str(), -DBL_MAX, DBL_MAX, &range.from) ||
+            !ParseNumberIn(to.c_str(), -DBL_MAX, DBL_MAX, &range.to) || range.from == range.to)
+            return false;
+        ranges->push_back(range);
+    }
+    return !items.empty();
+}
+
+bool ParseTrackSpec(const std::string& text, TrackRequest* track)
+{
+    std::string names = text;
+    const size_t colon = text.rfind(':');
+    if (colon != std::string::npos) {
+        if (!EqualsNoCase(Trim(text.substr(colon + 1)), "log")) return false;
+        track->log = true;
+        names.resize(colon);
+    }
+    track->curves = SplitList(names);
+    return !track->curves.empty();
+}
+
+size_t TrackLimit(double trackWidth)
+{
+    const double fit = trackWidth > 0 ? kMaxTracksWidth / trackWidth : 0.0;
+    return std::max<size_t>(1, std::min(kMaxTracks, static_cast<size_t>(fit)));
+}
+
+bool ReversedByCustom(const std::string& mnemonic)
+{
+    for (const char* name : {"NPHI", "TNPH", "NPOR", "DT", "DTC", "DTCO", "DTS", "DTSM"})
+        if (EqualsNoCase(mnemonic, name)) return true;
+    return false;
+}
+
+namespace {
+
+PlotCurve CurveFor(const CLasCurve& c, bool trackLog, bool samples, const PlotRequest& request)
+{
+    PlotCurve curve;
+    curve.mnemonic = c.m_definition.m_mnemonic;
+    curve.unit = c.m_definition.m_unit;
+    curve.description = c.m_definition.m_description;
+    curve.values = c.m_numbers;
+    curve.log = trackLog || ListContainsNoCase(request.logCurves, curve.mnemonic);
+    curve.reversed = ReversedByCustom(curve.mnemonic);
+    for (const CurveRange& range : request.ranges)
+        if (EqualsNoCase(range.mnemonic, curve.mnemonic)) {
+            curve.hasRange = true;
+            curve.from = range.from;
+            curve.to = range.to;
+        }
+    if (samples || ListContainsNoCase(request.pointCurves, curve.mnemonic))
+        curve.style = CurveStyle::kPoints;
+    return curve;
+}
+
+// A note for each name of an option that no drawn curve has.
+void NoteUnused(const std::vector<std::string>& names, const char* option,
+                const std::vector<PlotTrack>& tracks, std::vector<std::string>* notes)
+{
+    for (const std::string& name : names) {
+        bool used = false;
+        for (const PlotTrack& track : tracks)
+            for (const PlotCurve& curve : track.curves)
+                used = used || EqualsNoCase(curve.mnemonic, name);
+        if (!used) notes->push_back(std::string(option) + " " + name + ": no such track, ignored");
+    }
+}
+
+}  // namespace
+
+TrackChoice ChooseTracks(const CLasSection& data, int depthIndex, const PlotRequest& request)
+{
+    TrackChoice choice;
+    const bool samples = data.m_name.size() >= 4 && EqualsNoCase(data.m_name.substr(0, 4), "Core");
+    const size_t limit = TrackLimit(request.trackWidth);
+    if (request.tracks.empty()) {
+        size_t numeric = 0;
+        for (size_t i = 0; i < data.m_curves.size(); ++i) {
+            const CLasCurve& c = data.m_curves[i];
+            if (static_cast<int>(i) == depthIndex || !c.m_isNumeric) continue;
+            if (++numeric <= limit)
+                choice.tracks.push_back({{CurveFor(c, false, samples, request)}});
+        }
+        if (numeric > limit)
+            choice.notes.push_back(std::to_string(numeric) + " numeric curves; the first " +
+                                   std::to_string(limit) +
+                                   " are drawn (choose others with --curves or --track)");
+    } else if (request.tracks.size() > limit) {
+        choice.error = std::to_string(request.tracks.size()) + " tracks asked for; at most " +
+                       std::to_string(limit) + " of " + FormatNumber(request.trackWidth) +
+                       " pixels fit one picture";
+        return choice;
+    }
+    for (const TrackRequest& asked : request.tracks) {
+        if (asked.curves.size() > kMaxCurvesPerTrack) {
+            choice.error = "a track holds at most " + std::to_string(kMaxCurvesPerTrack) +
+                           " curves, not " + std::to_string(asked.curves.size());
+            return choice;
+        }
+        PlotTrack track;
+        for (const std::string& name : asked.curves) {
+            const auto found =
+                std::find_if(data.m_curves.begin(), data.m_curves.end(), [&](const CLasCurve& c) {
+                    return EqualsNoCase(c.m_definition.m_mnemonic, name);
+                });
+            if (found == data.m_curves.end()) {
+                choice.error = "section " + data.m_name + " has no curve " + name;
+                return choice;
+            }
+            if (!found->m_isNumeric) {
+                choice.error = "curve " + name + " holds text and cannot be drawn";
+                return choice;
+            }
+            track.curves.push_back(CurveFor(*found, asked.log, samples, request));
+        }
+        choice.tracks.push_back(std::move(track));
+    }
+    for (const PlotTrack& track : choice.tracks)
+        for (const PlotCurve& curve : track.curves)
+            if (curve.log && curve.hasRange && !(curve.from > 0 && curve.to > 0)) {
+                choice.error = "the log scale of " + curve.mnemonic + " needs two positive ends";
+                return choice;
+            }
+    NoteUnused(request.logCurves, "--log", choice.tracks, &choice.notes);
+    NoteUnused(request.pointCurves, "--points", choice.tracks, &choice.notes);
+    std::vector<std::string> scaled;
+    for (const CurveRange& range : request.ranges) scaled.push_back(range.mnemonic);
+    NoteUnused(scaled, "--scale", choice.tracks, &choice.notes);
+    return choice;
+}
+
+}  // namespace quarl::apps

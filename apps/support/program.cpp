@@ -1,0 +1,28 @@
+#include "support/program.h"
+
+#include <tessel/tessel.h>
+
+#include <cstdio>
+#include <exception>
+#include <new>
+
+namespace quarl::apps {
+
+int RunGuarded(const char* name, int (*run)(int, char**), int argc, char** argv)
+{
+    // The messages are plain literals: formatting one must not need memory.
+    try {
+        return run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "%s: out of memory\n", name);
+    } catch (const tessel::Exception& e) {
+        std::fprintf(stderr, "%s: failed: %s\n", name, e.Message().c_str());
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "%s: failed: %s\n", name, e.what());
+    } catch (...) {
+        std::fprintf(stderr, "%s: failed with an unknown exception\n", name);
+    }
+    return 1;
+}
+
+}  // namespace quarl::apps

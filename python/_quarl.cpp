@@ -1,0 +1,364 @@
+// The native part of the Python package: the reader and the writer with the
+// GIL released, sections shared with Python through their shared pointers,
+// and numeric curves handed out as numpy arrays over the section's own
+// values. The package `quarl` builds its friendly interface on top of this.
+#include <quarl/quarl.h>
+
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace py = pybind11;
+using namespace quarl;
+
+namespace {
+
+// Text in the file is bytes; Python sees it as UTF-8 with the bytes that are
+// not UTF-8 kept as surrogates, so that writing gives back the same bytes.
+py::str Text(const std::string& bytes)
+{
+    PyObject* text = PyUnicode_DecodeUTF8(bytes.data(), static_cast<Py_ssize_t>(bytes.size()),
+                                          "surrogateescape");
+    if (!text) throw py::error_already_set();
+    return py::reinterpret_steal<py::str>(text);
+}
+
+CLasString Bytes(const py::handle& text)
+{
+    if (py::isinstance<py::bytes>(text)) return CLasString(text.cast<std::string>());
+    PyObject* bytes = PyUnicode_AsEncodedString(py::str(text).ptr(), "utf-8", "surrogateescape");
+    if (!bytes) throw py::error_already_set();
+    return CLasString(py::reinterpret_steal<py::bytes>(bytes).cast<std::string>());
+}
+
+// Lets another thread stop a read or a write at its next status report.
+struct CancelToken {
+    std::atomic<bool> set{false};
+};
+
+// The status callback of a read or a write that runs without the GIL. It
+// takes the GIL back only now and then: to call the host's progress
+// function when the whole percent changes, and every 50 ms to let Python see
+// a pending signal (Ctrl-C). A Python error stops the operation and is kept
+// until the GIL is held again.
+class StatusBridge {
+public:
+    StatusBridge(py::object progress, CancelToken* token)
+        : m_progress(std::move(progress)), m_token(token), m_last(Clock::now())
+    {
+    }
+    ~StatusBridge() { Forget(); }
+
+    static int32_t Report(void* context, double percent, const char*)
+    {
+        return static_cast<StatusBridge*>(context)->OnReport(percent);
+    }
+
+    // Raises the Python error that stopped the operation, if there was one.
+    // Needs the GIL.
+    void Rethrow()
+    {
+        if (!m_type) return;
+        PyErr_Restore(m_type, m_value, m_traceback);
+        m_type = m_value = m_traceback = nullptr;
+        throw py::error_already_set();
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    int32_t OnReport(double percent)
+    {
+        if (m_token && m_token->set.load(std::memory_order_relaxed)) return 1;
+        const int whole = static_cast<int>(percent);
+        const bool progressDue = !m_progress.is_none() && whole != m_lastPercent;
+        const Clock::time_point now = Clock::now();
+        if (!progressDue && now - m_last < std::chrono::milliseconds(50)) return 0;
+        m_last = now;
+        m_lastPercent = whole;
+        py::gil_scoped_acquire gil;
+        if (PyErr_CheckSignals() != 0) return Keep();
+        if (!progressDue) return 0;
+        PyObject* result = PyObject_CallFunction(m_progress.ptr(), "d", percent);
+        if (!result) return Keep();
+        Py_DECREF(result);
+        return 0;
+    }
+
+    int32_t Keep()
+    {
+        Forget();
+        PyErr_Fetch(&m_type, &m_value, &m_traceback);
+        return 1;
+    }
+
+    void Forget()
+    {
+        if (!m_type) return;
+        py::gil_scoped_acquire gil;
+        Py_XDECREF(m_type);
+        Py_XDECREF(m_value);
+        Py_XDECREF(m_traceback);
+        m_type = m_value = m_traceback = nullptr;
+    }
+
+    py::object m_progress;
+    CancelToken* m_token;
+    Clock::time_point m_last;
+    int m_lastPercent = -1;
+    PyObject* m_type = nullptr;
+    PyObject* m_value = nullptr;
+    PyObject* m_traceback = nullptr;
+};
+
+using SectionPtr = std::shared_ptr<CLasSection>;
+
+// What one read gives: the reader's sections (shared, not copied) and what
+// the reader found out about the file.
+struct ReadResult {
+    std::vector<SectionPtr> sections;
+    ELASFILEERROR result = LASFILE_OK;
+    bool las3 = false;
+    bool wrapped = false;
+    char delimiter = ' ';
+    std::vector<CLasNote> notes;
+};
+
+std::shared_ptr<ReadResult> Read(const std::string& path, bool lenient, bool headersOnly,
+                                 py::object progress, CancelToken* token)
+{
+    auto out = std::make_shared<ReadResult>();
+    StatusBridge bridge(std::move(progress), token);
+    {
+        py::gil_scoped_release release;
+        CLasReader reader;
+        CLasReadOptions options;
+        options.lenient = lenient;
+        options.headersOnly = headersOnly;
+        reader.SetOptions(options);
+        reader.SetStatusCallback(&bridge, &StatusBridge::Report);
+        out->result = reader.Open(tessel::TxString(path));
+        out->sections.assign(reader.begin(), reader.end());
+        out->las3 = reader.IsLas3();
+        out->wrapped = reader.IsWrapped();
+        out->delimiter = reader.GetDelimiter();
+        out->notes = reader.GetNotes();
+        reader.Close();
+    }
+    bridge.Rethrow();
+    return out;
+}
+
+// Reads a file in C++ alone and drops what was read: the time, in seconds,
+// of the library's own read (freeing aside), which the benchmark sets beside the Python
+// reads of the same file.
+double TimeNativeRead(const std::string& path)
+{
+    py::gil_scoped_release release;
+    const auto start = std::chrono::steady_clock::now();
+    CLasReader reader;
+    const ELASFILEERROR result = reader.Open(tessel::TxString(path));
+    const auto end = std::chrono::steady_clock::now();
+    if (result != LASFILE_OK) throw std::runtime_error(ResultName(result));
+    return std::chrono::duration<double>(end - start).count();
+}
+
+// The writer's answer: its result and last-error record.
+py::dict WriteResult(const CLasWriter& writer)
+{
+    py::dict record;
+    const ELASFILEERROR code = writer.GetLastError();
+    record["code"] = static_cast<int>(code);
+    const char* section = writer.GetLastErrorSection();
+    const char* param = writer.GetLastErrorParam();
+    record["section"] = section ? py::object(Text(section)) : py::object(py::none());
+    record["mnemonic"] = param ? py::object(Text(param)) : py::object(py::none());
+    record["column"] = writer.GetLastErrorColumn();
+    record["row"] = writer.GetLastErrorRow();
+    return record;
+}
+
+// Writes the sections in the given order; the writer completes and orders
+// them. Returns the last-error record, whose code is 0 on success. A stop
+// by the status callback gives LASFILE_CANCELLED, which the writer does not
+// record.
+py::dict Write(const std::string& path, const std::vector<SectionPtr>& sections, bool las3,
+               char delimiter, py::object progress, CancelToken* token)
+{
+    CLasWriter writer;
+    StatusBridge bridge(std::move(progress), token);
+    ELASFILEERROR code = writer.SetFormat(las3, delimiter);
+    {
+        py::gil_scoped_release release;
+        for (size_t i = 0; code == LASFILE_OK && i < sections.size(); ++i)
+            code = writer.AddSection(*sections[i]);
+        if (code == LASFILE_OK) {
+            writer.SetStatusCallback(&bridge, &StatusBridge::Report);
+            code = writer.Write(tessel::TxString(path));
+        }
+    }
+    bridge.Rethrow();
+    py::dict record = WriteResult(writer);
+    record["code"] = static_cast<int>(code);
+    return record;
+}
+
+CLasCurve& CurveAt(CLasSection& section, py::ssize_t index)
+{
+    const auto count = static_cast<py::ssize_t>(section.m_curves.size());
+    if (index < 0) index += count;
+    if (index < 0 || index >= count) throw py::index_error("curve index out of range");
+    return section.m_curves[static_cast<size_t>(index)];
+}
+
+// A numeric curve as a numpy array over the section's own values; the array
+// holds the section, so it stays valid after everything else is gone. The
+// library never resizes the values of a curve it has handed out.
+py::object CurveValues(const SectionPtr& section, py::ssize_t index)
+{
+    CLasCurve& curve = CurveAt(*section, index);
+    if (!curve.m_isNumeric) {
+        py::list values;
+        for (const CLasString& value : curve.m_strings) values.append(Text(value));
+        return py::module_::import("numpy").attr("array")(values, py::arg("dtype") = "object");
+    }
+    py::object owner = py::cast(section);
+    return py::array_t<double>({curve.m_numbers.size()}, {sizeof(double)},
+                               curve.m_numbers.data(), owner);
+}
+
+// Appends a numeric curve with a copy of the values.
+void AddNumbers(CLasSection& section, const CLasParam& definition,
+                py::array_t<double, py::array::c_style | py::array::forcecast> values)
+{
+    if (values.ndim() != 1) throw py::value_error("curve values must be one-dimensional");
+    CLasCurve curve;
+    curve.m_definition = definition;
+    curve.m_numbers.assign(values.data(), values.data() + values.size());
+    section.m_curves.push_back(std::move(curve));
+}
+
+// Appends a text curve; each value is taken as str.
+void AddTexts(CLasSection& section, const CLasParam& definition, const py::iterable& values)
+{
+    CLasCurve curve;
+    curve.m_isNumeric = false;
+    curve.m_definition = definition;
+    for (const py::handle value : values) curve.m_strings.push_back(Bytes(py::str(value)));
+    section.m_curves.push_back(std::move(curve));
+}
+
+py::list Params(const std::vector<CLasParam>& params)
+{
+    py::list out;
+    for (const CLasParam& param : params) out.append(param);
+    return out;
+}
+
+void BindParam(py::module_& m)
+{
+    auto field = [](CLasString CLasParam::*member) {
+        return std::make_pair(
+            [member](const CLasParam& p) { return Text(p.*member); },
+            [member](CLasParam& p, const py::handle& value) { p.*member = Bytes(value); });
+    };
+    py::class_<CLasParam> param(m, "Param");
+    param.def(py::init([](const py::handle& mnemonic, const py::handle& unit,
+                          const py::handle& value, const py::handle& description,
+                          const py::handle& format, const py::handle& association) {
+                  return CLasParam{Bytes(mnemonic), Bytes(unit), Bytes(value),
+                                   Bytes(description), Bytes(format), Bytes(association)};
+              }),
+              py::arg("mnemonic"), py::arg("unit") = "", py::arg("value") = "",
+              py::arg("description") = "", py::arg("format") = "", py::arg("association") = "");
+    for (auto [name, member] : {std::make_pair("mnemonic", &CLasParam::m_mnemonic),
+                                std::make_pair("unit", &CLasParam::m_unit),
+                                std::make_pair("value", &CLasParam::m_value),
+                                std::make_pair("description", &CLasParam::m_description),
+                                std::make_pair("format", &CLasParam::m_format),
+                                std::make_pair("association", &CLasParam::m_association)}) {
+        auto [get, set] = field(member);
+        param.def_property(name, get, set);
+    }
+    param.def("__repr__", [](const CLasParam& p) {
+        return "Param(" + py::repr(Text(p.m_mnemonic)).cast<std::string>() + ", unit=" +
+               py::repr(Text(p.m_unit)).cast<std::string>() + ", value=" +
+               py::repr(Text(p.m_value)).cast<std::string>() + ", description=" +
+               py::repr(Text(p.m_description)).cast<std::string>() + ")";
+    });
+}
+
+void BindSection(py::module_& m)
+{
+    py::class_<CLasSection, SectionPtr>(m, "Section")
+        .def(py::init([](const py::handle& name, int type, const py::handle& association) {
+                 auto section = std::make_shared<CLasSection>();
+                 section->m_name = Bytes(name);
+                 section->m_type = static_cast<ELASSECTIONTYPE>(type);
+                 section->m_association = Bytes(association);
+                 return section;
+             }),
+             py::arg("name"), py::arg("type"), py::arg("association") = "")
+        .def_property_readonly("name", [](const CLasSection& s) { return Text(s.m_name); })
+        .def_property_readonly("type", [](const CLasSection& s) { return int(s.m_type); })
+        .def_property_readonly("flags", [](const CLasSection& s) { return s.m_flags; })
+        .def_property("association", [](const CLasSection& s) { return Text(s.m_association); },
+                      [](CLasSection& s, const py::handle& v) { s.m_association = Bytes(v); })
+        .def_property(
+            "params", [](const CLasSection& s) { return Params(s.m_params); },
+            [](CLasSection& s, std::vector<CLasParam> params) { s.m_params = std::move(params); })
+        .def_property_readonly("curve_count",
+                               [](const CLasSection& s) { return s.m_curves.size(); })
+        .def("curve_definition",
+             [](CLasSection& s, py::ssize_t i) { return CurveAt(s, i).m_definition; })
+        .def("curve_is_numeric",
+             [](CLasSection& s, py::ssize_t i) { return CurveAt(s, i).m_isNumeric; })
+        .def("curve_values", &CurveValues)
+        .def("add_numbers", &AddNumbers, py::arg("definition"), py::arg("values"))
+        .def("add_texts", &AddTexts, py::arg("definition"), py::arg("values"))
+        .def("copy", [](const CLasSection& s) { return std::make_shared<CLasSection>(s); });
+}
+
+}  // namespace
+
+PYBIND11_MODULE(_quarl, m)
+{
+    m.doc() = "Native part of quarl: LAS 2.0 and 3.0 reading and writing.";
+    BindParam(m);
+    BindSection(m);
+
+    py::class_<CancelToken>(m, "CancelToken")
+        .def(py::init<>())
+        .def("set", [](CancelToken& t) { t.set = true; })
+        .def_property_readonly("is_set", [](const CancelToken& t) { return t.set.load(); });
+
+    py::class_<CLasNote>(m, "Note")
+        .def_readonly("line", &CLasNote::line)
+        .def_property_readonly("kind", [](const CLasNote& n) { return int(n.kind); })
+        .def_property_readonly("text", [](const CLasNote& n) { return Text(n.text); });
+
+    py::class_<ReadResult, std::shared_ptr<ReadResult>>(m, "ReadResult")
+        .def_readonly("sections", &ReadResult::sections)
+        .def_property_readonly("result", [](const ReadResult& r) { return int(r.result); })
+        .def_readonly("las3", &ReadResult::las3)
+        .def_readonly("wrapped", &ReadResult::wrapped)
+        .def_property_readonly("delimiter",
+                               [](const ReadResult& r) { return std::string(1, r.delimiter); })
+        .def_readonly("notes", &ReadResult::notes);
+
+    m.def("read", &Read, py::arg("path"), py::arg("lenient"), py::arg("headers_only"),
+          py::arg("progress") = py::none(), py::arg("cancel") = nullptr);
+    m.def("write", &Write, py::arg("path"), py::arg("sections"), py::arg("las3"),
+          py::arg("delimiter"), py::arg("progress") = py::none(), py::arg("cancel") = nullptr);
+    m.def("_time_native_read", &TimeNativeRead, py::arg("path"));
+    m.def("result_name", [](int code) { return ResultName(static_cast<ELASFILEERROR>(code)); });
+    m.def("result_description",
+          [](int code) { return ResultDescription(static_cast<ELASFILEERROR>(code)); });
+}

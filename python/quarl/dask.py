@@ -1,0 +1,72 @@
+"""An archive of LAS files on a Dask cluster: each file is read by a worker,
+and the results come back as dask DataFrames.
+
+    from dask.distributed import Client, LocalCluster
+    import quarl.dask
+    client = Client(LocalCluster(n_workers=4))        # or Client("tcp://scheduler:8786")
+    heads = quarl.dask.headers(paths).compute()       # one row per file
+    logs = quarl.dask.curves(paths, ["GR", "RHOB"])   # one partition per file
+    logs.groupby("path").GR.mean().compute()
+
+Every worker needs the quarl package and must see the paths (a shared
+filesystem). Both functions use the current Dask client, or the scheduler
+that dask is configured with.
+"""
+from __future__ import annotations
+
+import os
+from typing import Iterable, List, Optional, Sequence
+
+import dask
+import dask.dataframe as dd
+import numpy as np
+import pandas as pd
+
+import quarl
+
+__all__ = ["headers", "curves"]
+
+_HEADER_COLUMNS = ["path", "result", "version", *quarl.HEADER_FIELDS, "curves"]
+
+
+def _header_frame(paths: Sequence[str]) -> pd.DataFrame:
+    return quarl.headers(paths, workers=1)
+
+
+def headers(paths: Iterable[os.PathLike], files_per_task: int = 16) -> dd.DataFrame:
+    """A dask DataFrame of one row per file, as quarl.headers gives it; each
+    task reads `files_per_task` files without their data values."""
+    paths = [os.fsdecode(p) for p in paths]
+    chunks = [paths[i:i + files_per_task] for i in range(0, len(paths), files_per_task)]
+    meta = pd.DataFrame({name: pd.Series(dtype=object) for name in _HEADER_COLUMNS})
+    parts = [dask.delayed(_header_frame)(chunk) for chunk in chunks]
+    return dd.from_delayed(parts, meta=meta, verify_meta=False)
+
+
+def _curve_frame(path: str, columns: List[str], index: str) -> pd.DataFrame:
+    try:
+        frame = quarl.read(path).df()
+    except quarl.LasError:
+        frame = pd.DataFrame()
+    frame = frame.reindex(columns=columns).astype(float)
+    frame.index = frame.index.astype(float) if len(frame) else pd.Index([], dtype=float)
+    frame.index.name = index
+    frame.insert(0, "path", path)
+    return frame
+
+
+def curves(paths: Iterable[os.PathLike], columns: Optional[Sequence[str]] = None,
+           index: str = "DEPT") -> dd.DataFrame:
+    """A dask DataFrame of the main data sections, one partition per file,
+    indexed by the first curve, with a `path` column and the given numeric
+    curves (by default those of the first file); a curve a file lacks is
+    NaN, and a file that cannot be read gives no rows."""
+    paths = [os.fsdecode(p) for p in paths]
+    if columns is None:
+        columns = quarl.read(paths[0], headers_only=True).keys[1:] if paths else []
+    columns = list(columns)
+    meta = pd.DataFrame({"path": pd.Series(dtype=object),
+                         **{c: pd.Series(dtype=np.float64) for c in columns}},
+                        index=pd.Index([], dtype=np.float64, name=index))
+    parts = [dask.delayed(_curve_frame)(path, columns, index) for path in paths]
+    return dd.from_delayed(parts, meta=meta, verify_meta=False)

@@ -1,0 +1,34 @@
+#!/bin/sh
+# Installs from Debian 12 (bookworm) what quarl needs to be built and its
+# tests run: the compiler, CMake, Ninja, GoogleTest, pkg-config, and Debian's
+# Python 3 with numpy, pandas, pybind11, pytest and distributed for the
+# Python package. With --all also what the rest of CI uses: clang 14 with
+# libFuzzer, gcovr, valgrind, and two host locales (de_DE.UTF-8 with a
+# decimal comma, tr_TR.ISO-8859-9) for the tests that prove the library
+# ignores the host's locale. Runs as root, or through sudo.
+set -eu
+
+packages="cmake ninja-build g++ libgtest-dev pkg-config
+  python3-dev python3-numpy python3-pandas pybind11-dev python3-pybind11 python3-pytest python3-distributed"
+all=no
+if [ "${1:-}" = "--all" ]; then
+  all=yes
+  packages="$packages clang-14 libclang-rt-14-dev gcovr valgrind locales"
+fi
+
+if [ "$(id -u)" = 0 ]; then
+  as_root=""
+elif command -v sudo >/dev/null 2>&1; then
+  as_root="sudo"
+else
+  echo "install-deps.sh: run this as root (sudo is not installed)" >&2
+  exit 1
+fi
+
+$as_root apt-get update
+# shellcheck disable=SC2086  # the package list is split on purpose
+$as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $packages
+if [ "$all" = yes ]; then
+  $as_root localedef -i de_DE -f UTF-8 de_DE.UTF-8 || echo "install-deps.sh: de_DE.UTF-8 not generated"
+  $as_root localedef -i tr_TR -f ISO-8859-9 tr_TR.ISO-8859-9 || echo "install-deps.sh: tr_TR.ISO-8859-9 not generated"
+fi
