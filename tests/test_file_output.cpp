@@ -125,7 +125,7 @@ std::string Written(char delimiter, const std::vector<CLasSection>& sections, co
 
 const std::string kDataHead = "~Log_Data | Log_Definition\n";
 
-TEST(FileOutput, TextCellsAreQuotedOnlyWhenTheBlankDelimitsAndHoldThem)
+TEST(FileOutput, TextCellsAreQuotedOnlyWhenTheyHoldTheBlankThatDelimits)
 {
     const std::vector<CLasSection> data = {Data("Log_Data", {Numbers({1, 2}), Texts({"fine sand", "a,b"}), Texts({"sand", "\"q\""})})};
     EXPECT_EQ(Written(' ', data, kDataHead), " 1 \"fine sand\" sand\n 2 a,b \"q\"\n");

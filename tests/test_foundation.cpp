@@ -1,8 +1,7 @@
 // Foundation: result codes, tessel's Exception and TxString, the document
-// classes, and the platform layer (ASCII-only case-blind comparison against
-// a model, whatever the host's locale; file deletion; 64-bit positions).
+// classes, and the ASCII-only case-blind comparison against a model,
+// whatever the host's locale.
 #include <clocale>
-#include <cstdio>
 #include <exception>
 #include <random>
 #include <set>
@@ -119,22 +118,6 @@ TEST(Platform, ComparisonMatchesTheModelInEveryLocale)
     for (const char* name : {"tr_TR.ISO-8859-9", "tr_TR.UTF-8", "fr_FR.ISO-8859-1", "de_DE.ISO-8859-1"})
         if (std::setlocale(LC_ALL, name)) ExpectAllPairs();
     std::setlocale(LC_ALL, saved.c_str());
-}
-
-TEST(Platform, DeleteFileAndLargeStreamPositions)
-{
-    test::TempDir dir;
-    const std::string path = dir.Write("gone", "x");
-    EXPECT_EQ(DeleteFile(path.c_str()), 0);
-    EXPECT_FALSE(test::FileExists(path));
-    EXPECT_NE(DeleteFile(path.c_str()), 0);
-    std::FILE* file = OpenStream(dir.File("sparse").c_str(), "wb");
-    ASSERT_NE(file, nullptr);
-    const int64_t far = (int64_t{5} << 30) + 3;
-    EXPECT_EQ(SeekStream(file, far, SEEK_SET), 0);
-    EXPECT_EQ(TellStream(file), far);
-    std::fclose(file);
-    EXPECT_EQ(OpenStream(dir.File("missing").c_str(), "rb"), nullptr);
 }
 
 }  // namespace

@@ -125,16 +125,6 @@ TEST(TextFile, LineStoreGrowsOnlyForLongerLinesGeometricallyAndSurvivesFailures)
         ASSERT_EQ(file.ReadLine(), LASFILE_OK);
         EXPECT_EQ(Line(file) + std::to_string(file.GetLineCount()), longLine.substr(40) + "2");  // byte 40 is lost
     }
-    // A store that never grows. Carriage returns take no room.
-    FailingLineStore failing(2);
-    EXPECT_EQ(file.Open(dir.Write("n", std::string(30, 'a') + "\rbcdefghijklmnopqrstuvwxyz0123\n" + std::string(45, 't'))), LASFILE_OUT_OF_MEMORY);
-    EXPECT_EQ(Line(file), std::string(30, 'a') + "bcdefghij");
-    EXPECT_EQ(file.ReadLine(), LASFILE_OK);  // 'k' was lost
-    EXPECT_EQ(Line(file), "lmnopqrstuvwxyz0123");
-    EXPECT_EQ(file.ReadLine(), LASFILE_OUT_OF_MEMORY);
-    EXPECT_EQ(file.ReadLine(), LASFILE_OK);  // the last line, without line feed
-    EXPECT_EQ(Line(file) + std::to_string(file.GetLineCount()), std::string(5, 't') + "1");
-    EXPECT_EQ(file.ReadLine(), LASFILE_IO_FAILED);
 }
 
 TEST(TextFile, ClosedReopenedAndFailedObjects)

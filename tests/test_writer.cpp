@@ -88,7 +88,7 @@ TEST(WriterFrame, ShortLas2NamesAreExpandedAfterTheDuplicateTest)
     EXPECT_EQ(WriterAccess::CountSectionsByType(w, LASSECTION_PARAMETER), 0);
 }
 
-TEST(WriterFrame, ResetAndAssignment)
+TEST(WriterFrame, AssignmentCopiesTheDocumentAndResetStartsOver)
 {
     CLasWriter a;
     ASSERT_EQ(a.SetFormat(true, '\t'), LASFILE_OK);
@@ -108,8 +108,14 @@ TEST(WriterFrame, ResetAndAssignment)
     EXPECT_EQ(Format(a), "2 ");
     EXPECT_EQ(LastError(a), kClear);
     EXPECT_EQ(a.SetFormat(true, ','), LASFILE_OK);
+}
 
-    // The duplicate test after each way the sections change.
+// A section's name is compared with the names stored at the time of the
+// call, however the sections got there or went.
+TEST(WriterFrame, DuplicateTestFollowsEveryChangeOfTheSections)
+{
+    CLasWriter a;
+    ASSERT_EQ(a.SetFormat(true, ','), LASFILE_OK);
     const CLasSection extra = Section("Extra_Parameter", LASSECTION_PARAMETER);
     ASSERT_EQ(a.AddSection(extra), LASFILE_OK);
     EXPECT_EQ(a.AddSection(extra), LASFILE_DUPLICATE_SECTION);
