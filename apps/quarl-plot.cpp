@@ -11,8 +11,8 @@
 #include "support/command_line.h"
 #include "support/file_identity.h"
 #include "support/log_facts.h"
-#include "support/program.h"
 #include "support/plot_request.h"
+#include "support/program.h"
 #include "support/svg_plot.h"
 #include "support/text.h"
 
@@ -200,6 +200,8 @@ int Run(int argc, char** argv)
         return 1;
     }
     plot.tracks = std::move(choice.tracks);
+    // Only the copies to be drawn stay in memory while the picture is made.
+    data.reset();
     reader.Close();
 
     const std::string svg = ex::RenderLogPlot(plot);
@@ -216,8 +218,8 @@ int Run(int argc, char** argv)
     }
     std::printf("%s: %zu track(s), %zu rows, depth %s to %s %s\n", out.c_str(), plot.tracks.size(),
                 plot.depths.size(),
-                ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.front()).c_str(),
-                ex::FormatNumber(depth.m_numbers.empty() ? 0 : depth.m_numbers.back()).c_str(),
+                ex::FormatNumber(plot.depths.empty() ? 0 : plot.depths.front()).c_str(),
+                ex::FormatNumber(plot.depths.empty() ? 0 : plot.depths.back()).c_str(),
                 plot.depthUnit.c_str());
     return 0;
 }

@@ -305,7 +305,7 @@ ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
             if (!mark) break;
             const char* start = mark;
             while (start > begin && start[-1] == '\r') --start;
-            if (start > begin ? start[-1] == '\n' : !pending || onlyCr) hit = start;
+            if (start > begin ? start[-1] == '\n' : onlyCr) hit = start;
             from = mark + 1;
         }
         const char* stop = hit ? hit : end;

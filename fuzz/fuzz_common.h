@@ -20,7 +20,8 @@ inline void RemoveScratchDir()
 {
     if (DIR* dir = opendir(g_scratchDir)) {
         while (const dirent* entry = readdir(dir)) {
-            if (entry->d_name[0] != '.') unlink((std::string(g_scratchDir) + "/" + entry->d_name).c_str());
+            if (entry->d_name[0] != '.')
+                unlink((std::string(g_scratchDir) + "/" + entry->d_name).c_str());
         }
         closedir(dir);
     }

@@ -1,5 +1,6 @@
-// CLasReader::Open on arbitrary bytes, then every accessor and the stepping
-// check on whatever was read.
+// CLasReader::Open on arbitrary bytes, strictly, leniently, and leniently for
+// the headers only under a small budget; then every accessor and the
+// stepping check on whatever was read, and the notes against the result.
 #include <quarl/quarl.h>
 
 #include <cstdint>
@@ -55,17 +56,50 @@ void VisitAccessors(const quarl::CLasReader& reader, quarl::ELASFILEERROR result
     reader.CheckDataStepping();
 }
 
+// Every note has a kind with a name; a failed read ends with the note that
+// says where it stopped, and only a failed read has one.
+void CheckNotes(const quarl::CLasReader& reader, quarl::ELASFILEERROR result)
+{
+    const std::vector<quarl::CLasNote>& notes = reader.GetNotes();
+    size_t stops = 0;
+    for (const quarl::CLasNote& note : notes) {
+        Check(std::string(quarl::LasNoteKindName(note.kind)) != "LASNOTE_UNKNOWN");
+        stops += note.kind == quarl::LASNOTE_READ_STOPPED;
+    }
+    Check(stops == (result == quarl::LASFILE_OK ? 0u : 1u));
+    if (result != quarl::LASFILE_OK) {
+        Check(notes.back().kind == quarl::LASNOTE_READ_STOPPED);
+        Check(notes.back().line == reader.GetLineNumber());
+    }
+    // The cap: at most 100 notes of each of the kinds, one count per kind,
+    // and the note of the stop.
+    Check(notes.size() <= 32 * 101 + 1);
+}
+
+void ReadWith(const std::string& path, const quarl::CLasReadOptions& options)
+{
+    quarl::CLasReader reader;
+    reader.SetOptions(options);
+    reader.SetStatusCallback(nullptr, &Callback);
+    const quarl::ELASFILEERROR result = reader.Open(tessel::TxString(path.c_str()));
+    Check(result >= quarl::LASFILE_OK && result <= quarl::LASFILE_BAD_NAME);
+    VisitAccessors(reader, result);
+    CheckNotes(reader, result);
+    reader.Close();
+    Check(reader.empty() && !reader.IsOpen());
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const std::string& path = quarl::fuzz::WriteInput(data, size);
-    quarl::CLasReader reader;
-    reader.SetStatusCallback(nullptr, &Callback);
-    const quarl::ELASFILEERROR result = reader.Open(tessel::TxString(path.c_str()));
-    Check(result >= quarl::LASFILE_OK && result <= quarl::LASFILE_BAD_NAME);
-    VisitAccessors(reader, result);
-    reader.Close();
-    Check(reader.empty() && !reader.IsOpen());
+    quarl::CLasReadOptions options;
+    ReadWith(path, options);
+    options.lenient = true;
+    ReadWith(path, options);
+    options.headersOnly = true;
+    options.maxBytes = 2048;
+    ReadWith(path, options);
     return 0;
 }

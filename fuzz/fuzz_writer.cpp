@@ -12,21 +12,21 @@
 //
 // With QUARL_FUZZ_SAVE_DIR set, the first files written are kept there as
 // seeds for the reader's targets.
-#include <fuzzer/FuzzedDataProvider.h>
 #include <quarl/quarl.h>
+#include <strings.h>
 
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <strings.h>
 #include <fstream>
 #include <limits>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "byte_source.h"
 #include "foundation/section_names.h"
 #include "fuzz_common.h"
 
@@ -58,11 +58,16 @@ struct NaturalName {
 };
 
 constexpr NaturalName kLas2Names[] = {
-    {"Well", quarl::LASSECTION_HEADER},         {"W", quarl::LASSECTION_HEADER},
-    {"Parameter", quarl::LASSECTION_PARAMETER}, {"P", quarl::LASSECTION_PARAMETER},
-    {"Curve", quarl::LASSECTION_DEFINITION},    {"C", quarl::LASSECTION_DEFINITION},
-    {"ASCII", quarl::LASSECTION_DATA},          {"A", quarl::LASSECTION_DATA},
-    {"LOG", quarl::LASSECTION_DATA},            {"Other", quarl::LASSECTION_PARAMETER},
+    {"Well", quarl::LASSECTION_HEADER},
+    {"W", quarl::LASSECTION_HEADER},
+    {"Parameter", quarl::LASSECTION_PARAMETER},
+    {"P", quarl::LASSECTION_PARAMETER},
+    {"Curve", quarl::LASSECTION_DEFINITION},
+    {"C", quarl::LASSECTION_DEFINITION},
+    {"ASCII", quarl::LASSECTION_DATA},
+    {"A", quarl::LASSECTION_DATA},
+    {"LOG", quarl::LASSECTION_DATA},
+    {"Other", quarl::LASSECTION_PARAMETER},
 };
 
 constexpr NaturalName kLas3Names[] = {
@@ -84,12 +89,12 @@ class Decoder {
 public:
     Decoder(const uint8_t* data, size_t size) : m_in(data, size) {}
 
-    FuzzedDataProvider& in() { return m_in; }
+    quarl::fuzz::ByteSource& in() { return m_in; }
 
     // Any bytes, or printable ones without "#" when well-formed.
     std::string Text(bool wellFormed, size_t maxLength = 24)
     {
-        std::string text = m_in.ConsumeRandomLengthString(maxLength);
+        std::string text = m_in.ConsumeString(maxLength);
         if (!wellFormed) return text;
         for (char& c : text) {
             const unsigned char u = static_cast<unsigned char>(c);
@@ -118,42 +123,42 @@ public:
 
     double Number()
     {
-        switch (m_in.ConsumeIntegralInRange<int>(0, 3)) {
-        case 0: {
-            static const double kEdgeValues[] = {std::numeric_limits<double>::quiet_NaN(),
-                                              std::numeric_limits<double>::infinity(),
-                                              -std::numeric_limits<double>::infinity(),
-                                              std::numeric_limits<double>::max(),
-                                              std::numeric_limits<double>::lowest(),
-                                              std::numeric_limits<double>::denorm_min(),
-                                              -0.0,
-                                              -999.25};
-            return m_in.PickValueInArray(kEdgeValues);
-        }
-        case 1: {
-            const uint64_t bits = m_in.ConsumeIntegral<uint64_t>();
-            double value;
-            std::memcpy(&value, &bits, sizeof value);
-            return value;
-        }
-        case 2:
-            return m_in.ConsumeFloatingPoint<double>();
-        default:
-            return 1000.0 + 0.5 * m_in.ConsumeIntegralInRange<int>(0, 100);
+        switch (m_in.ConsumeIntInRange(0, 3)) {
+            case 0: {
+                static const double kEdgeValues[] = {std::numeric_limits<double>::quiet_NaN(),
+                                                     std::numeric_limits<double>::infinity(),
+                                                     -std::numeric_limits<double>::infinity(),
+                                                     std::numeric_limits<double>::max(),
+                                                     std::numeric_limits<double>::lowest(),
+                                                     std::numeric_limits<double>::denorm_min(),
+                                                     -0.0,
+                                                     -999.25};
+                return m_in.PickValueInArray(kEdgeValues);
+            }
+            case 1: {
+                const uint64_t bits = m_in.ConsumeUint64();
+                double value;
+                std::memcpy(&value, &bits, sizeof value);
+                return value;
+            }
+            case 2:
+                return m_in.ConsumeFiniteDouble();
+            default:
+                return 1000.0 + 0.5 * m_in.ConsumeIntInRange(0, 100);
         }
     }
 
     void Curves(CLasSection& section, bool wellFormed)
     {
-        const int count = m_in.ConsumeIntegralInRange<int>(0, 5);
-        const int rows = m_in.ConsumeIntegralInRange<int>(0, 12);
+        const int count = m_in.ConsumeIntInRange(0, 5);
+        const int rows = m_in.ConsumeIntInRange(0, 12);
         for (int c = 0; c < count; ++c) {
             CLasCurve curve;
             curve.m_isNumeric = c == 0 || m_in.ConsumeBool();
             curve.m_definition = Param(wellFormed);
             // The writer takes a curve's definition as it is, unchecked.
             if (!PassesLineRules(curve.m_definition)) m_curveDefinitionsChecked = false;
-            const int length = wellFormed ? rows : m_in.ConsumeIntegralInRange<int>(0, 12);
+            const int length = wellFormed ? rows : m_in.ConsumeIntInRange(0, 12);
             for (int r = 0; r < length; ++r) {
                 if (curve.m_isNumeric)
                     curve.m_numbers.push_back(Number());
@@ -168,8 +173,8 @@ public:
     {
         CLasSection section;
         if (wellFormed || m_in.ConsumeBool()) {
-            const NaturalName& natural = las3 ? m_in.PickValueInArray(kLas3Names)
-                                              : m_in.PickValueInArray(kLas2Names);
+            const NaturalName& natural =
+                las3 ? m_in.PickValueInArray(kLas3Names) : m_in.PickValueInArray(kLas2Names);
             section.m_name = natural.name;
             section.m_type = natural.type;
         } else {
@@ -185,7 +190,7 @@ public:
         if (section.m_type == quarl::LASSECTION_DATA || (!wellFormed && m_in.ConsumeBool()))
             Curves(section, wellFormed);
         if (section.m_type != quarl::LASSECTION_DATA || !wellFormed) {
-            const int count = m_in.ConsumeIntegralInRange<int>(0, 6);
+            const int count = m_in.ConsumeIntInRange(0, 6);
             for (int i = 0; i < count; ++i) section.m_params.push_back(Param(wellFormed));
         }
         return section;
@@ -206,7 +211,7 @@ private:
                (param.m_format.empty() || (has(param.m_format, "{") && has(param.m_format, "}")));
     }
 
-    FuzzedDataProvider m_in;
+    quarl::fuzz::ByteSource m_in;
     bool m_curveDefinitionsChecked = true;
 };
 
@@ -229,7 +234,8 @@ const CLasSection* MainData(const List& sections, Get get)
     for (const char* name : quarl::kMainDataNames) {
         for (const auto& entry : sections) {
             const CLasSection& section = get(entry);
-            if (section.m_type == quarl::LASSECTION_DATA && strcasecmp(section.m_name.c_str(), name) == 0)
+            if (section.m_type == quarl::LASSECTION_DATA &&
+                strcasecmp(section.m_name.c_str(), name) == 0)
                 return &section;
         }
     }
@@ -257,7 +263,7 @@ void SaveSeed(const std::string& path)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     Decoder decoder(data, size);
-    FuzzedDataProvider& in = decoder.in();
+    quarl::fuzz::ByteSource& in = decoder.in();
     const bool las3 = in.ConsumeBool();
     const char delimiter = in.PickValueInArray({' ', '\t', ',', ';'});
     bool wellFormed = in.ConsumeBool();
@@ -267,11 +273,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     Check(ValidCode(format));
     wellFormed = wellFormed && format == quarl::LASFILE_OK;
 
-    Stop stop{in.ConsumeBool() ? in.ConsumeIntegralInRange<int>(0, 30) : -1, 0};
+    Stop stop{in.ConsumeBool() ? in.ConsumeIntInRange(0, 30) : -1, 0};
     writer.SetStatusCallback(&stop, &Callback);
 
     std::vector<CLasSection> accepted;  // the writer's own copies are private
-    const int count = in.ConsumeIntegralInRange<int>(0, 8);
+    const int count = in.ConsumeIntInRange(0, 8);
     for (int i = 0; i < count; ++i) {
         CLasSection section = decoder.Section(las3, wellFormed);
         const ELASFILEERROR added = writer.AddSection(section);
@@ -287,9 +293,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     std::remove(path.c_str());
     const ELASFILEERROR written = writer.Write(path);
     // A cancel is the host's own doing and leaves the record clear.
-    Check(ValidCode(written) && writer.GetLastError() == (written == quarl::LASFILE_CANCELLED
-                                                               ? quarl::LASFILE_OK
-                                                               : written));
+    Check(ValidCode(written) &&
+          writer.GetLastError() ==
+              (written == quarl::LASFILE_CANCELLED ? quarl::LASFILE_OK : written));
     if (written != quarl::LASFILE_OK) return 0;
     SaveSeed(path);
 

@@ -187,7 +187,8 @@ ELASFILEERROR CLasReader::ReadDataSection()
     auto stored = std::make_shared<CLasSection>(std::move(section));
     StoreSection(stored);
     m_fillValue = 0.0;
-    const int32_t well = m_options.lenient ? FindSectionIndexByName("Well") : -1;
+    int32_t well = m_options.lenient ? FindSectionIndexByName("Well") : -1;
+    if (well < 0 && m_options.lenient) well = FindSectionIndexByName("W");
     if (well >= 0) WellNullValue(*m_sections[static_cast<size_t>(well)], m_fillValue);
     if (m_options.headersOnly) return PassDataRows(stored->m_name);
     const ELASFILEERROR result = ReadLine();

@@ -110,12 +110,9 @@ void CLasReader::FinishNotes(ELASFILEERROR result)
     m_notes.push_back(std::move(note));
 }
 
-// Adds `bytes` to what the read keeps; false, with a note, once that passes
-// the budget.
-bool CLasReader::Spend(uint64_t bytes)
+// The note and the reason of a read that passed its budget; always false.
+bool CLasReader::BudgetPassed()
 {
-    m_bytesKept += bytes;
-    if (m_options.maxBytes == 0 || m_bytesKept <= m_options.maxBytes) return true;
     Note(LASNOTE_BUDGET_EXCEEDED,
          "the read would keep more than " + std::to_string(m_options.maxBytes) + " bytes");
     Stop(LASFILE_OUT_OF_MEMORY, "the read passed its budget of bytes");

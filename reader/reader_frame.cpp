@@ -181,12 +181,6 @@ void CLasReader::LookAtLine()
     Note(LASNOTE_HEADER_INDENTED, "a section header behind blanks");
 }
 
-const char* CLasReader::Line() const
-{
-    const char* line = m_file.GetLine();
-    return line ? line + m_lineOffset : line;
-}
-
 // A header on the last line: strictly the read fails there; leniently the
 // section is complete without lines.
 ELASFILEERROR CLasReader::HeaderAtEnd(const std::string& name)

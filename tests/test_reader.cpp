@@ -115,36 +115,49 @@ TEST(ReaderProgress, ReportsAtEveryTenthPhysicalLineAndStops)
     EXPECT_EQ(OpenText(reader, Lines(25)), LASFILE_OK);
 }
 
-TEST(ReaderFrame, IsValidFileCloseAndAssignment)
+const std::string kLas3WrappedComma = "~V\nVERS. 3.0 : v\nWRAP. YES : w\nDLM. COMMA : d\n~W\nSTEP.M 1 : s\n";
+
+// IsValidFile looks at the first line that counts of another file; it
+// closes the reader, whose sections stay until the next Open or Close.
+TEST(ReaderFrame, IsValidFileClosesAndKeepsTheSections)
 {
     TempDir dir;
     CLasReader reader;
-    ASSERT_EQ(OpenText(reader, "~V\nVERS. 3.0 : v\nWRAP. YES : w\nDLM. COMMA : d\n~W\nSTEP.M 1 : s\n"), LASFILE_OK);
+    ASSERT_EQ(OpenText(reader, kLas3WrappedComma), LASFILE_OK);
     EXPECT_TRUE(reader.IsValidFile(tessel::TxString(dir.Write("g.las", "#c\n~VERSION\n"))));
     EXPECT_FALSE(reader.IsOpen());
-    EXPECT_EQ(reader.size(), 2u);  // kept until the next Open or Close
+    EXPECT_EQ(reader.size(), 2u);
     CLasSection copy;
     EXPECT_EQ(reader.GetSection(0u, copy), LASFILE_WRONG_STATE);
     for (const std::string& bad : {dir.File("missing.las"), dir.Write("e.las", ""), dir.Write("w.las", "~Well\n"),
                                    dir.Write("c.las", "#c\n#d\n")})
         EXPECT_FALSE(reader.IsValidFile(tessel::TxString(bad))) << bad;
+}
 
-    CLasReader target;  // assignment shares the sections, never the stream
+TEST(ReaderFrame, AssignmentSharesTheSectionsNeverTheStream)
+{
+    CLasReader reader, target;
     ASSERT_EQ(OpenText(target, kSmall + "~P\nX.M 1 : x\n"), LASFILE_OK);
-    ASSERT_EQ(OpenText(reader, "~V\nVERS. 3.0 : v\nWRAP. YES : w\nDLM. COMMA : d\n~W\nSTEP.M 1 : s\n"), LASFILE_OK);
+    ASSERT_EQ(OpenText(reader, kLas3WrappedComma), LASFILE_OK);
     target = reader;
     EXPECT_TRUE(!target.IsOpen() && reader.IsOpen());
     EXPECT_EQ(target.GetSectionPtr(1), reader.GetSectionPtr(1));
     EXPECT_EQ(Access::Format(target), "3 W ,");
     target = target;
     EXPECT_EQ(target.size(), 2u);
+    reader.Close();
+    EXPECT_EQ(target.GetSection(1ull).m_params.size(), 1u);
+}
 
-    reader.Close();  // Close keeps the format of the last file, Open resets it
+TEST(ReaderFrame, CloseKeepsTheFormatOfTheLastFileAndOpenResetsIt)
+{
+    CLasReader reader;
+    ASSERT_EQ(OpenText(reader, kLas3WrappedComma), LASFILE_OK);
+    reader.Close();
     EXPECT_TRUE(reader.empty());
     EXPECT_EQ(Access::Format(reader), "3 W ,");
     reader.Close();
     EXPECT_FALSE(reader.IsOpen());
-    EXPECT_EQ(target.GetSection(1ull).m_params.size(), 1u);
     ASSERT_EQ(OpenText(reader, kSmall), LASFILE_OK);
     EXPECT_EQ(Access::Format(reader), "2 -  ");
 }
@@ -405,9 +418,10 @@ TEST(DataSection, RowsBecomeCurves)
         // The end of the file within a wrapped row, and between two rows.
         {Las20Head(kThree, "YES") + "~A\n1 2 3\n4 5\n", LASFILE_IO_FAILED, "A:2/16|Curve{1,4;2,5;3}"},
         {Las20Head(kThree, "YES") + "~A\n1 2\n3\n", LASFILE_OK, "A:2/16|Curve{1;2;3}"},
-        // A header within a wrapped row ends the section.
+        // A header within a wrapped row ends the section and fills the row.
         {Las20Head(kThree + "T. : t {S}\n", "YES") + "~A\n1 2 3 x\n4 5\n~Parameter\nP.M 1 : p\n", LASFILE_OK,
          "A:2/16|Curve{1,4;2,5;3,0;\"x\",\"\"} Parameter:0(1)"},
+        {Las20Head(kThree, "YES") + "~A\n1 2 3\n4\n~Parameter\n", LASFILE_IO_FAILED, "A:2/16|Curve{1,4;2,0;3,0} Parameter:0(0)"},
         // A definition without lines: rows are read and ignored.
         {Las20Head("") + "~A\n1 2 3\nxyz\n", LASFILE_OK, "A:2/16|Curve{}"},
         // A header association binds, even to the Well section.
@@ -415,6 +429,7 @@ TEST(DataSection, RowsBecomeCurves)
         {Las20Head("") + "~Core_Definition\nA.M : a\n~Core_Data | Other_Name\n1\n", LASFILE_BAD_FORMAT,
          "Core_Definition:1(1)"},
         // No definition, or one behind the data: the section is not stored.
+        {"~Version\nVERS. 2.0 : v\n~Well\nSTEP.M 1 : s\n~Parameter\n~A\n1\n~Curve\nD.M : d\n", LASFILE_BAD_FORMAT, ""},
         {Las20Head("") + "~Core_Data\n1\n", LASFILE_BAD_FORMAT, ""},
         {Las20Head("") + "~Core_Data\n1\n~Core_Definition\nA.M : a\n", LASFILE_BAD_FORMAT, ""},
         // A data header at the very end: stored with curves, without values.
@@ -426,8 +441,8 @@ TEST(DataSection, RowsBecomeCurves)
         EXPECT_EQ(OpenText(reader, c.text), c.result);
         EXPECT_EQ(Dump(reader, 3), c.last);
     }
-    CLasReader reader;
-    ASSERT_EQ(OpenText(reader, cases[14].text), LASFILE_OK);
+    CLasReader reader;  // the curves of data bound to Well are defined by its lines
+    ASSERT_EQ(OpenText(reader, Las20Head(kThree) + "~Drill_Data | Well\n1 2 3 4\n"), LASFILE_OK);
     EXPECT_EQ(reader.GetSection(3ull).m_curves[2].m_definition.m_mnemonic, "STEP");
 }
 
@@ -489,7 +504,7 @@ std::string Thrown(Call call)
     return "";
 }
 
-TEST(ReaderAccess, CountsNamesCopiesAndIteration)
+TEST(ReaderAccess, ANeverOpenedReaderHasNothingToGive)
 {
     CLasReader reader;
     std::vector<CLasString> names{"stale"};
@@ -497,23 +512,35 @@ TEST(ReaderAccess, CountsNamesCopiesAndIteration)
     EXPECT_TRUE(names.empty());
     CLasSection section;
     std::vector<CLasSection> all(1);
-    EXPECT_EQ(reader.GetVersionHeaders(section), LASFILE_WRONG_STATE);  // not open
+    EXPECT_EQ(reader.GetVersionHeaders(section), LASFILE_WRONG_STATE);
     EXPECT_EQ(reader.GetSection(0u, section), LASFILE_WRONG_STATE);
     EXPECT_EQ(reader.GetSection("Well", section), LASFILE_WRONG_STATE);
     EXPECT_EQ(reader.GetSections(all, true), LASFILE_WRONG_STATE);
     EXPECT_EQ(all.size(), 1u);
+}
 
+TEST(ReaderAccess, CountsNamesAndIterationFollowTheFileOrder)
+{
+    CLasReader reader;
     ASSERT_EQ(OpenText(reader, kFile), LASFILE_OK);
     EXPECT_EQ(reader.GetSectionCount(), 5u);
     EXPECT_EQ(reader.CountSectionsByType(LASSECTION_HEADER), 2);
     EXPECT_EQ(reader.CountSectionsByType(LASSECTION_ANY), 5);
+    std::vector<CLasString> names;
     ASSERT_EQ(reader.GetSectionNames(LASSECTION_DATA, names), LASFILE_OK);
     EXPECT_EQ(names, std::vector<CLasString>{"A"});
     ASSERT_EQ(reader.GetSectionNames(LASSECTION_ANY, names), LASFILE_OK);
     EXPECT_EQ(names, (std::vector<CLasString>{"Version", "Well", "Curve", "Parameter", "A"}));
     EXPECT_EQ(std::distance(reader.begin(), reader.end()), 5);
     EXPECT_EQ((*reader.rbegin())->m_name + (*std::prev(reader.rend()))->m_name, "AVersion");
+}
 
+// A failed lookup leaves the caller's section as it was; a copy is deep.
+TEST(ReaderAccess, CopiesByPlaceAndByName)
+{
+    CLasReader reader;
+    ASSERT_EQ(OpenText(reader, kFile), LASFILE_OK);
+    CLasSection section;
     ASSERT_EQ(reader.GetVersionHeaders(section), LASFILE_OK);
     EXPECT_EQ(section.m_name, "Version");
     ASSERT_EQ(reader.GetWellHeaders(section), LASFILE_OK);
@@ -525,19 +552,26 @@ TEST(ReaderAccess, CountsNamesCopiesAndIteration)
     ASSERT_EQ(reader.GetSection("PARAMETER", section), LASFILE_OK);
     EXPECT_EQ(Dump(section), "Parameter:0(1)");
     ASSERT_EQ(reader.GetSection(4u, section), LASFILE_OK);
-    section.m_curves[0].m_numbers.push_back(3);  // the copy is deep
+    section.m_curves[0].m_numbers.push_back(3);
     EXPECT_EQ(Dump(reader.GetSection(4ull)), "A:2/16|Curve{1,2}");
+    std::vector<CLasSection> all;
     ASSERT_EQ(reader.GetSections(all, false), LASFILE_OK);  // without Version and Well
     ASSERT_EQ(all.size(), 3u);
     EXPECT_EQ(all[0].m_name, "Curve");
     ASSERT_EQ(reader.GetSections(all, true), LASFILE_OK);
     EXPECT_EQ(all.size(), 5u);
+}
 
+// The header getters go by place, not by name.
+TEST(ReaderAccess, HeaderGettersTakeTheFirstTwoSections)
+{
+    CLasReader reader;
+    CLasSection section;
+    std::vector<CLasSection> all;
     ASSERT_EQ(OpenText(reader, "~V\nVERS. 2.0 : v\n"), LASFILE_OK);
     EXPECT_EQ(reader.GetWellHeaders(section), LASFILE_WRONG_STATE);
     ASSERT_EQ(reader.GetSections(all, false), LASFILE_OK);
     EXPECT_TRUE(all.empty());
-    // The header getters go by place, not by name.
     ASSERT_EQ(OpenText(reader, "~V\nVERS. 2.0 : v\n~Parameter\nP.M 1 : p\n~Well\nA.M 1 : a\n"), LASFILE_OK);
     EXPECT_EQ(reader.GetWellHeaders().m_name, "Parameter");
     EXPECT_EQ(reader.GetWellHeadersPtr()->m_name, "Parameter");

@@ -7,17 +7,19 @@
 #   cmake --build build-fuzz
 #   tools/fuzz.sh [SECONDS_PER_TARGET] [BUILD_DIR]
 #
-# The corpora live in a scratch folder outside the project: the files of
-# ../shared/corpus (when present) and files the writer target produced seed
-# the reader and the line reader; the writer starts from nothing. All use
-# fuzz/dict/las.dict. A finding leaves the scratch folder in place and
-# prints the input, to be made a regression test in tests/test_fuzz_findings.cpp.
+# The corpora live in a scratch folder outside the project. Each target
+# starts from its regression inputs in fuzz/regression/<name>/; the files of
+# ../shared/corpus (when present) and files the writer target produced also
+# seed the reader and the line reader. All use fuzz/dict/las.dict. A finding
+# leaves the scratch folder in place and prints the input; the input then
+# goes into fuzz/regression/<name>/, which the test suite replays.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-60}
 build=${2:-build-fuzz}
 work=$(mktemp -d /tmp/quarl-fuzz-run-XXXXXX)
 mkdir -p "$work"/{writer,reader,text_file,written,findings}
+for name in writer reader text_file; do cp fuzz/regression/$name/* "$work/$name/"; done
 if [ -d ../shared/corpus ]; then
   cp ../shared/corpus/* "$work/reader/"
   cp ../shared/corpus/* "$work/text_file/"

@@ -28,14 +28,16 @@ class SectionNameIndex;
 struct CLasReadOptions {
     // Relaxes a few well-defined rules so that files written by real tools
     // read as they mean; each relaxed rule that fires leaves a note of its
-    // own kind (LASNOTE_DECODED to LASNOTE_ARRAY_FORMAT below). Off, the
-    // result of every read is exactly the strict one.
+    // own kind, LASNOTE_DECODED to LASNOTE_ARRAY_FORMAT below, where each
+    // rule is told. Off, the result of every read is exactly the strict one.
     bool lenient = false;
     // Reads every section but keeps no data values: the curves of a data
     // section have their definitions and no values. The rows are passed
     // over without being cut into values, so a row that a full read would
-    // refuse (a missing delimiter) does not end the read, and the status
-    // callback hears of the rows of a data section once, at its end.
+    // refuse (a missing delimiter) does not end the read, a data header
+    // followed by nothing but blank and comment lines is not the last line
+    // of the file, and the status callback hears of the rows of a data
+    // section once, at its end.
     bool headersOnly = false;
     // The most a read may keep, in bytes; 0 is no bound. What counts: each
     // stored section, parameter line and curve with the bytes of its texts,
@@ -61,19 +63,36 @@ enum ELASNOTEKIND : int32_t {
     LASNOTE_BUDGET_EXCEEDED = 7,    // the read passed CLasReadOptions::maxBytes
     LASNOTE_MORE_NOTES = 8,         // notes of one kind past the cap, counted here
     // Made only in lenient reads, one kind for each relaxed rule.
-    LASNOTE_DECODED = 16,           // a byte-order mark, UTF-16/32 text or CR line ends
-    LASNOTE_TEXT_BEFORE_SECTIONS = 17,  // lines in front of the first "~" line passed over
-    LASNOTE_NO_VERSION_FIRST = 18,  // the file does not start with a Version section
-    LASNOTE_SECTION_TITLE = 19,     // "~Curves", "~Params", "~Asc"... read as the standard title
-    LASNOTE_HEADER_INDENTED = 20,   // a "~" line behind blanks read as a section header
-    LASNOTE_NO_PERIOD = 21,         // a parameter line without a period: empty unit
-    LASNOTE_LINE_PASSED_OVER = 22,  // a line of a parameter section that is no parameter line
-    LASNOTE_VALUE_WITH_COLONS = 23, // a value that holds colons kept them
-    LASNOTE_LAS12_WELL_VALUE = 24,  // a LAS 1.2 Well line: the value taken from behind the colon
-    LASNOTE_NULL_FILLED = 25,       // a short row filled with the Well section's NULL value
-    LASNOTE_COLUMNS_FROM_HEADER = 26,   // a data section without definition named its columns
-    LASNOTE_LEADING_TAB = 27,       // a tab at the start of a tab-delimited row passed over
-    LASNOTE_ARRAY_FORMAT = 28,      // an "{AF..}"-style format read as numeric
+    LASNOTE_DECODED = 16,           // a UTF-8 byte-order mark passed over, UTF-16/32 text
+                                    // (with a mark, or UTF-16 seen by its zero bytes) read
+                                    // as UTF-8, or carriage returns read as line ends (when
+                                    // the first 1024 bytes hold them and no line feed)
+    LASNOTE_TEXT_BEFORE_SECTIONS = 17,  // blank lines and text in front of the first "~"
+                                        // line passed over (comments behind a first "#"
+                                        // line are no note: strict reading passes them too)
+    LASNOTE_NO_VERSION_FIRST = 18,  // the first section is not Version: LAS 2.0 assumed
+    LASNOTE_SECTION_TITLE = 19,     // "~Curves", "~Params", "~Parameters" and "~Asc" (any
+                                    // case) read and stored as Curve, Parameter, ASCII
+    LASNOTE_HEADER_INDENTED = 20,   // a "~" behind blanks starts a section header
+    LASNOTE_NO_PERIOD = 21,         // "PROV :ALBERTA": the mnemonic is the text before the
+                                    // first colon, the unit is empty
+    LASNOTE_LINE_PASSED_OVER = 22,  // a line of a parameter section that is no parameter
+                                    // line is passed over instead of ending the read
+    LASNOTE_VALUE_WITH_COLONS = 23, // a value whose first colon stands between two digits
+                                    // (a time) ends at the first colon that does not
+    LASNOTE_LAS12_WELL_VALUE = 24,  // VERS 1.x, Well line other than STRT, STOP, STEP, NULL
+                                    // with text on both sides of the colon: value and
+                                    // description swapped ("COMP. COMPANY: ANY OIL CO")
+    LASNOTE_NULL_FILLED = 25,       // a short row's numbers filled with the Well section's
+                                    // NULL value instead of 0 (a row with no NULL in the
+                                    // Well section is filled with 0: LASNOTE_SHORT_ROW)
+    LASNOTE_COLUMNS_FROM_HEADER = 26,   // a data section without definition section whose
+                                        // header names its columns ("~A DEPT GR") gets one
+                                        // numeric curve per name and no association
+    LASNOTE_LEADING_TAB = 27,       // a tab in front of the first value of a LAS 3.0
+                                    // tab-delimited row is passed over
+    LASNOTE_ARRAY_FORMAT = 28,      // a curve of format "{AF..}", "{AI..}" or "{AE..}" is
+                                    // numeric; the note is on the data section's header
 };
 
 // The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
@@ -118,10 +137,11 @@ public:
     // section without a definition is not kept). Blank lines and lines whose
     // first byte behind spaces and backslashes is "#" are passed over. Except
     // for a path that cannot be opened, the reader is open afterwards, good
-    // result or not, until Close. The notes of the read are in GetNotes; a
-    // failed read's last one is LASNOTE_READ_STOPPED at the line where it
-    // stopped, and GetLineNumber gives that line. Lenient reading may pass
-    // over what the strict reading refuses: each rule it relaxes leaves a note.
+    // result or not, until Close. The notes of the read are in GetNotes:
+    // every result but LASFILE_OK leaves a LASNOTE_READ_STOPPED note last, at
+    // GetLineNumber() (line 0 when the file cannot be opened). Lenient reading
+    // may pass over what the strict reading refuses: each rule it relaxes
+    // leaves a note.
     ELASFILEERROR Open(const tessel::TxString& path);
     // Closes the file and empties the list; shared pointers that a host
     // holds stay valid. Keeps the callback, the options, the notes and what
@@ -131,7 +151,8 @@ public:
     // over, then the first line that counts begins with "~V" in either case.
     // False for a file that cannot be opened or is empty, and when the status
     // callback says stop. Leaves the reader closed; the sections of an
-    // earlier read stay in the list (see the accessors).
+    // earlier read stay in the list (see the accessors), and the notes and
+    // line number as the last Open left them.
     bool IsValidFile(const tessel::TxString& path);
     bool IsOpen() const { return m_file.IsOpen(); }
     // Registers the callback and its context for every later Open and
@@ -141,7 +162,7 @@ public:
     void SetStatusCallback(void* context, LasStatusCallback callback);
     // The options of the next Open; they stay until they are set again.
     // IsValidFile follows the lenient option too: leniently, a file is valid
-    // when a "~" line stands anywhere before its data.
+    // when a "~" line stands anywhere in it.
     void SetOptions(const CLasReadOptions& options) { m_options = options; }
     const CLasReadOptions& GetOptions() const { return m_options; }
 
@@ -157,11 +178,14 @@ public:
     // The notes of the last Open, in the order of the file; empty before
     // the first Open. Close keeps them; the next Open replaces them. At most
     // 100 notes of one kind are kept; past that, one LASNOTE_MORE_NOTES note
-    // at the end says how many more there were and the line of the last.
+    // per kind at the end says how many more there were, at the line of the
+    // last of them. LASNOTE_READ_STOPPED comes after those.
     const std::vector<CLasNote>& GetNotes() const { return m_notes; }
     // The 1-based physical line of the file at which the last Open ended:
-    // the line of the failure, or the last line of the file. 0 before the
-    // first Open and when the file could not be opened.
+    // the line where it failed, or after a good read the last line of the
+    // file (blank and comment lines count; so does a last line without a
+    // line feed). 0 before the first Open and when the file could not be
+    // opened or is empty.
     uint64_t GetLineNumber() const { return m_lineNumber; }
 
     // Shares the source's sections (the same objects, by shared pointer) and
@@ -268,13 +292,24 @@ private:
 
     // Notes, the budget and the relaxed rules.
     ELASFILEERROR ReadFile();
-    const char* Line() const;
+    // The current line; leniently from a "~" behind blanks on.
+    const char* Line() const
+    {
+        const char* line = m_file.GetLine();
+        return line ? line + m_lineOffset : line;
+    }
     bool CountNote(ELASNOTEKIND kind, uint64_t line);
     void Note(ELASNOTEKIND kind, const std::string& text) { NoteAt(m_lineNumber, kind, text); }
     void NoteAt(uint64_t line, ELASNOTEKIND kind, const std::string& text);
     void FinishNotes(ELASFILEERROR result);
     ELASFILEERROR Stop(ELASFILEERROR result, const char* why);
-    bool Spend(uint64_t bytes);
+    // Adds `bytes` to what the read keeps; false once that passes the budget.
+    bool Spend(uint64_t bytes)
+    {
+        m_bytesKept += bytes;
+        return m_options.maxBytes == 0 || m_bytesKept <= m_options.maxBytes || BudgetPassed();
+    }
+    bool BudgetPassed();
     void LookAtLine();
     ELASFILEERROR PassLeadingText();
     ELASFILEERROR HeaderAtEnd(const std::string& name);

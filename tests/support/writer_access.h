@@ -22,7 +22,6 @@ struct WriterAccess {
     static int32_t FindSectionIndexByName(const CLasWriter& w, const char* name) { return w.FindSectionIndexByName(name); }
     static int32_t CountSectionsByType(const CLasWriter& w, ELASSECTIONTYPE type) { return w.CountSectionsByType(type); }
     static ELASFILEERROR ValidateDataSection(CLasWriter& w, const CLasSection& s) { return w.ValidateDataSection(s); }
-    static void GetLAS2FullSectionName(const CLasWriter& w, std::string& name) { w.GetLAS2FullSectionName(name); }
     static ELASFILEERROR FillWellSection(CLasWriter& w) { return w.FillWellSection(); }
     static ELASFILEERROR SortSections(CLasWriter& w) { return w.SortSections(); }
 };
@@ -110,15 +109,6 @@ inline ErrorRecord LastError(const CLasWriter& w)
     const char* section = w.GetLastErrorSection();
     const char* param = w.GetLastErrorParam();
     return {w.GetLastError(), section ? section : "", param ? param : "", w.GetLastErrorColumn(), w.GetLastErrorRow()};
-}
-
-// The last-error record as "code section param column row", "-" for null.
-inline std::string Record(const CLasWriter& w)
-{
-    const char* section = w.GetLastErrorSection();
-    const char* param = w.GetLastErrorParam();
-    return std::to_string(w.GetLastError()) + " " + (section ? section : "-") + " " + (param ? param : "-") + " " +
-           std::to_string(w.GetLastErrorColumn()) + " " + std::to_string(w.GetLastErrorRow());
 }
 
 // The names of the stored sections, in order.

@@ -1,0 +1,4 @@
+~Version
+ VERS. 2.0 :
+~Well
+ MNEM:value : colon in mnemonic
