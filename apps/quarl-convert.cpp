@@ -11,6 +11,7 @@
 #include "support/conversion.h"
 #include "support/file_identity.h"
 #include "support/program.h"
+#include "support/read_notes.h"
 
 namespace ex = quarl::apps;
 
@@ -21,7 +22,7 @@ void Usage(std::FILE* to)
     std::fprintf(
         to,
         "usage: quarl-convert IN OUT [--las 2|3] [--delimiter space|tab|comma]\n"
-        "                    [--keep-names] [--drop-unsupported] [--fix-well-range]\n"
+        "                    [--keep-names] [--drop-unsupported] [--fix-well-range] [--strict]\n"
         "  --las 2|3             version of OUT (default: 2)\n"
         "  --delimiter NAME      data delimiter of OUT; LAS 2.0 allows space only (default: "
         "space)\n"
@@ -30,13 +31,16 @@ void Usage(std::FILE* to)
         "Log_Parameter/Log_Definition/Log_Data)\n"
         "  --drop-unsupported    leave out sections the chosen version cannot hold, with a note\n"
         "  --fix-well-range      rewrite STRT, STOP and STEP of the Well section from the data\n"
-        "                        when they disagree with it, with a note\n");
+        "                        when they disagree with it, with a note\n"
+        "  --strict              read IN exactly by the format's rules; by default it is read\n"
+        "                        leniently and the notes of the read go to stderr\n");
 }
 
 int Run(int argc, char** argv)
 {
     std::vector<std::string> positional;
     ex::ConvertOptions options;
+    bool strict = false;
     bool delimiterGiven = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
@@ -69,6 +73,8 @@ int Run(int argc, char** argv)
                 }
                 delimiterGiven = true;
             }
+        } else if (arg == "--strict") {
+            strict = true;
         } else if (arg == "--keep-names") {
             options.mapNames = false;
         } else if (arg == "--drop-unsupported") {
@@ -100,7 +106,9 @@ int Run(int argc, char** argv)
         return 2;
     }
 
+    options.read = ex::ProgramReadOptions(strict, positional[0]);
     const ex::ConvertResult result = ex::ConvertFile(positional[0], positional[1], options);
+    ex::PrintNotesBounded("quarl-convert", positional[0], result.readNotes);
     for (const std::string& note : result.notes)
         std::fprintf(stderr, "quarl-convert: note: %s\n", note.c_str());
     if (result.code != quarl::LASFILE_OK) {

@@ -25,6 +25,7 @@
 #include "support/command_line.h"
 #include "support/log_facts.h"
 #include "support/program.h"
+#include "support/read_notes.h"
 #include "support/text.h"
 
 namespace ex = quarl::apps;
@@ -46,10 +47,12 @@ void Usage(std::FILE* to)
 {
     std::fprintf(
         to,
-        "usage: quarl-info FILE... [--json] [--all] [--progress|--no-progress]\n"
+        "usage: quarl-info FILE... [--json] [--all] [--strict] [--progress|--no-progress]\n"
         "  --json         print the facts as JSON (an object, or an array for several files)\n"
         "  --all          list every section and curve (default: the first 40 of each list,\n"
         "                 the first 10 data sections, texts cut to 60 bytes)\n"
+        "  --strict       read exactly by the format's rules; by default the files are read\n"
+        "                 leniently and the notes of the read go to stderr\n"
         "  --progress     always show a progress bar on stderr\n"
         "  --no-progress  never show one (default: on a terminal, for files of 4 MB or more)\n");
 }
@@ -137,6 +140,8 @@ struct Facts {
     bool hasLogData = false;  // a log data section holds at least one row
     std::string step;
     std::vector<std::shared_ptr<quarl::CLasSection>> sections;
+    bool strict = false;
+    std::vector<quarl::CLasNote> notes;
 };
 
 double MegabytesPerSecond(const Facts& f)
@@ -366,6 +371,11 @@ std::string Json(const Facts& f)
         first = false;
     }
     j += first ? "],\n" : "\n  ],\n";
+    j += "  \"reading\": " + ex::JsonString(f.strict ? "strict" : "lenient") + ",\n";
+    j += "  \"notes\": [";
+    for (size_t i = 0; i < f.notes.size(); ++i)
+        j += std::string(i ? ",\n    " : "\n    ") + ex::NoteJson(f.notes[i]);
+    j += f.notes.empty() ? "],\n" : "\n  ],\n";
     j += "  \"stepping\": " +
          (f.hasLogData ? ex::JsonString(quarl::ResultName(f.stepping)) : std::string("null")) +
          "\n}";
@@ -376,12 +386,15 @@ int Run(int argc, char** argv)
 {
     std::vector<std::string> files;
     bool json = false;
+    bool strict = false;
     Bounds bounds;
     int progressMode = 0;  // 0 automatic, 1 always, -1 never
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         if (arg == "--json")
             json = true;
+        else if (arg == "--strict")
+            strict = true;
         else if (arg == "--all")
             bounds = Bounds{SIZE_MAX, SIZE_MAX, SIZE_MAX};
         else if (arg == "--progress")
@@ -411,8 +424,10 @@ int Run(int argc, char** argv)
         Facts f;
         f.path = files[n];
         f.bytes = FileSize(f.path);
+        f.strict = strict;
 
         quarl::CLasReader reader;
+        reader.SetOptions(ex::ProgramReadOptions(strict, f.path));
         Progress progress;
         if (progressMode == 1 || (progressMode == 0 && terminal && f.bytes >= kProgressBytes))
             reader.SetStatusCallback(&progress, &DrawProgress);
@@ -421,6 +436,8 @@ int Run(int argc, char** argv)
         f.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         if (progress.lastWidth >= 0 && !progress.done) std::fprintf(stderr, "\n");
         f.opened = reader.IsOpen();
+        f.notes = reader.GetNotes();
+        if (!json) ex::PrintNotesBounded("quarl-info", f.path, f.notes);
         f.sections.assign(reader.begin(), reader.end());
         if (!f.sections.empty()) {
             f.format.version = ex::VersionText(f.sections[0].get());

@@ -13,6 +13,7 @@
 #include "support/log_facts.h"
 #include "support/plot_request.h"
 #include "support/program.h"
+#include "support/read_notes.h"
 #include "support/svg_plot.h"
 #include "support/text.h"
 
@@ -38,7 +39,9 @@ void Usage(std::FILE* to)
         "                        points for a Core section and for sparse readings, else lines)\n"
         "  --section NAME        the data section to draw (default: the log data)\n"
         "  --height PX           height of the depth range in pixels (default: from the rows)\n"
-        "  --track-width PX      width of one track in pixels (default: 150)\n");
+        "  --track-width PX      width of one track in pixels (default: 150)\n"
+        "  --strict              read IN exactly by the format's rules; by default it is read\n"
+        "                        leniently and the notes of the read go to stderr\n");
 }
 
 int Run(int argc, char** argv)
@@ -47,6 +50,7 @@ int Run(int argc, char** argv)
     ex::PlotRequest request;
     std::string sectionName;
     double height = 0.0;
+    bool strict = false;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         auto value = [&](const char* option) -> const char* {
@@ -59,13 +63,15 @@ int Run(int argc, char** argv)
         if (arg == "-h" || arg == "--help") {
             Usage(stdout);
             return 0;
+        } else if (arg == "--strict") {
+            strict = true;
         } else if (arg == "--curves") {
             for (const std::string& name : ex::SplitList(value("--curves")))
                 request.tracks.push_back({{name}, false});
         } else if (arg == "--track") {
             ex::TrackRequest track;
             const char* text = value("--track");
-            if (!ex::ParseTrackSpec(text, &track)) {
+            if (!ex::ParseTrackList(text, &track)) {
                 std::fprintf(stderr, "quarl-plot: --track wants CURVE,CURVE,... or ...:log, not '%s'\n",
                              text);
                 return 2;
@@ -121,7 +127,9 @@ int Run(int argc, char** argv)
     }
 
     quarl::CLasReader reader;
+    reader.SetOptions(ex::ProgramReadOptions(strict, in));
     const quarl::ELASFILEERROR code = reader.Open(tessel::TxString(in));
+    ex::PrintNotesBounded("quarl-plot", in, reader.GetNotes());
     if (code != quarl::LASFILE_OK) {
         std::fprintf(
             stderr, "quarl-plot: %s: %s (%s)%s\n", in.c_str(), quarl::ResultName(code),

@@ -99,6 +99,7 @@ ELASFILEERROR CLasReader::ReportProgress(double percent)
 // physical line, and only a line that counts can bring one.
 ELASFILEERROR CLasReader::ReadLine()
 {
+    m_lineOffset = 0;
     for (;;) {
         const ELASFILEERROR result = m_file.ReadLine();
         if (result != LASFILE_OK) return result;

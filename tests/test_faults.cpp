@@ -437,7 +437,7 @@ TEST(Faults, TargetKeepsItsIdentity)
     const std::string small = dir.File("small");
     ASSERT_EQ(mkdir(small.c_str(), 0755), 0);
     const int room = InChild(-1, [&] {
-        if (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0 ||
             mount("tmpfs", small.c_str(), "tmpfs", 0, "size=128k") != 0)
             return 77;
         const std::string target = small + "/big.las";

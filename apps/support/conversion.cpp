@@ -127,6 +127,28 @@ std::string DescribeWriterError(const CLasWriter& writer)
     return text;
 }
 
+namespace {
+
+// Removes the parameter line the writer named in its refusal of `section`,
+// with a note; false when it named none. Curve definitions stay, for the
+// data depend on them.
+bool DropRefusedLine(const CLasWriter& writer, CLasSection& section,
+                     std::vector<std::string>& notes)
+{
+    const char* mnemonic = writer.GetLastErrorParam();
+    if (!mnemonic || section.m_type == LASSECTION_DEFINITION) return false;
+    for (auto it = section.m_params.begin(); it != section.m_params.end(); ++it) {
+        if (it->m_mnemonic != mnemonic) continue;
+        notes.push_back("parameter " + std::string(mnemonic) + " of section " + section.m_name +
+                        " left out: " + DescribeWriterError(writer));
+        section.m_params.erase(it);
+        return true;
+    }
+    return false;
+}
+
+}  // namespace
+
 ConvertResult ConvertFile(const std::string& in, const std::string& out,
                           const ConvertOptions& options)
 {
@@ -142,8 +164,14 @@ ConvertResult ConvertFile(const std::string& in, const std::string& out,
     }
 
     CLasReader reader;
+    reader.SetOptions(options.read);
     const ELASFILEERROR readCode = reader.Open(tessel::TxString(in));
-    if (readCode != LASFILE_OK) {
+    result.readNotes = reader.GetNotes();
+    if (readCode != LASFILE_OK && options.keepPartial && reader.size() > 1) {
+        result.notes.push_back(std::string("the read stopped with ") + ResultName(readCode) +
+                               " after section " + (*reader.rbegin())->m_name +
+                               " (kept as far as it was read); the rest of the file is not kept");
+    } else if (readCode != LASFILE_OK) {
         result.code = readCode;
         result.stage = "read";
         result.message = std::string("reading ") + in + " failed with " + ResultName(readCode) +
@@ -182,8 +210,11 @@ ConvertResult ConvertFile(const std::string& in, const std::string& out,
         for (const std::string& note : FixWellRange(sections, options.toLas3))
             result.notes.push_back(note);
 
-    for (const CLasSection& section : sections) {
-        const ELASFILEERROR code = writer.AddSection(section);
+    for (CLasSection& section : sections) {
+        ELASFILEERROR code = writer.AddSection(section);
+        while (code != LASFILE_OK && options.dropRefusedLines &&
+               DropRefusedLine(writer, section, result.notes))
+            code = writer.AddSection(section);
         if (code == LASFILE_OK) {
             ++result.sectionsAdded;
             continue;

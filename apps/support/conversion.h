@@ -14,9 +14,12 @@ namespace quarl::apps {
 struct ConvertOptions {
     bool toLas3 = false;
     char delimiter = ' ';
-    bool mapNames = true;          // rename the log group between the versions
-    bool dropUnsupported = false;  // leave out sections the writer refuses
-    bool fixWellRange = false;     // make STRT, STOP and STEP agree with the data
+    bool mapNames = true;           // rename the log group between the versions
+    bool dropUnsupported = false;   // leave out sections the writer refuses
+    bool fixWellRange = false;      // make STRT, STOP and STEP agree with the data
+    CLasReadOptions read;           // how IN is read (default: strictly)
+    bool keepPartial = false;       // after a failed read, write what was read, with a note
+    bool dropRefusedLines = false;  // leave out parameter lines the writer refuses, with a note
 };
 
 struct ConvertResult {
@@ -25,7 +28,8 @@ struct ConvertResult {
     std::string message;             // what went wrong, for a person
     std::vector<std::string> notes;  // renamed or dropped sections, changed values
     int sectionsAdded = 0;
-    bool versionLimit = false;  // refused for what LAS 2.0 cannot hold
+    bool versionLimit = false;        // refused for what LAS 2.0 cannot hold
+    std::vector<CLasNote> readNotes;  // the notes of the read of IN
 };
 
 // Reads `in`, hands every section but the Version section to a writer and

@@ -27,7 +27,7 @@ bool ParseScaleList(const std::string& text, std::vector<CurveRange>* ranges)
     return !items.empty();
 }
 
-bool ParseTrackSpec(const std::string& text, TrackRequest* track)
+bool ParseTrackList(const std::string& text, TrackRequest* track)
 {
     std::string names = text;
     const size_t colon = text.rfind(':');

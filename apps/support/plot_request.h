@@ -38,7 +38,7 @@ struct PlotRequest {
 bool ParseScaleList(const std::string& text, std::vector<CurveRange>* ranges);
 // "GR,SP,CALI" or "ILD,ILM:log"; false when it names no curve or ends in
 // another ":" word.
-bool ParseTrackSpec(const std::string& text, TrackRequest* track);
+bool ParseTrackList(const std::string& text, TrackRequest* track);
 
 // What one picture holds: tracks up to 12000 pixels wide in all, at most 40,
 // of at most 6 curves each.

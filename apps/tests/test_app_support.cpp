@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 #include "support/conversion.h"
 #include "support/log_facts.h"
 #include "support/plot_request.h"
@@ -176,8 +178,8 @@ TEST(PlotRequest, ScalesTracksAndWhatOnePictureHolds)
     EXPECT_TRUE(ranges[1].mnemonic == "NPHI" && ranges[1].from == 0.45 && ranges[1].to == -0.15);
     for (const char* bad : {"GR", "GR=0", "=0:1", "GR=1:1", "GR=a:2", ""}) EXPECT_FALSE(ex::ParseScaleList(bad, &ranges)) << bad;
     ex::TrackRequest track;
-    EXPECT_TRUE(ex::ParseTrackSpec("ILD, ILM:log", &track) && track.log && track.curves.size() == 2);
-    EXPECT_FALSE(ex::ParseTrackSpec("ILD:wide", &track) || ex::ParseTrackSpec(":log", &track));
+    EXPECT_TRUE(ex::ParseTrackList("ILD, ILM:log", &track) && track.log && track.curves.size() == 2);
+    EXPECT_FALSE(ex::ParseTrackList("ILD:wide", &track) || ex::ParseTrackList(":log", &track));
 
     CLasSection data;
     data.m_name = "Core_Data";
@@ -326,7 +328,8 @@ TEST(Conversion, CorpusAndSamplesSurviveConversion)
         if (entry.path().extension() == ".las") files.push_back(entry.path().string());
     if (files.empty()) GTEST_SKIP() << "no corpus at " << QUARL_CORPUS_DIR;
     std::sort(files.begin(), files.end());
-    const fs::path dir = fs::path(testing::TempDir()) / "quarl_app_support";
+    // A folder of this process's own: other runs of the suite may be going on.
+    const fs::path dir = fs::path(testing::TempDir()) / ("quarl_app_support_" + std::to_string(getpid()));
     fs::create_directories(dir);
     const std::string out = (dir / "out.las").string();
     // Real files often give a STOP or STEP their depths do not follow, which

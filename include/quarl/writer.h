@@ -128,23 +128,18 @@ public:
     // Runs Validate, then writes the document to `path`: a head with the
     // version block made from SetFormat (VERS, WRAP NO, and DLM in LAS 3.0),
     // then each section in the order Validate gave, with numbers as "%.15g".
-    // Where the target is replaced and where it is written in place:
-    // - A regular file with no other hard link, owned by this process's
-    //   user, in a folder where we may create a file, and a path where
-    //   nothing is yet: the file is written under a temporary name in the
-    //   same folder and renamed onto the target when it is complete, with
-    //   the target's group and permission bits. A write that fails or is
-    //   cancelled leaves the old file as it was. A symbolic link is resolved
-    //   once, when the output is opened, and stays a link. Should the disk
-    //   have no room for the second copy, the temporary file takes the
-    //   target's place at that moment and the write goes on in place.
-    // - Everything else is written in place, opened with "w" (emptied at
-    //   once), so that it stays the same file with the same owner, links
-    //   and name: a file of another user, a file with hard links, a file in
-    //   a folder we may not write, a symbolic link that leads nowhere (the
-    //   file it names is created), a device or a pipe. A write that fails
-    //   there leaves what was written so far.
-    // The results and their order are the same either way.
+    // The target is replaced only where that keeps its identity: a regular
+    // file of this process's user with no other hard link, in a folder where
+    // we may create a file, or a path where nothing is yet, is written under
+    // a temporary name beside it and renamed onto it when complete (with its
+    // group and permission bits; a symbolic link is resolved once and stays a
+    // link), so a Write that fails or is cancelled leaves the old file as it
+    // was; without room for a second copy, the temporary file takes the
+    // target's place then and the write goes on in place. Anything else
+    // (another user's file, hard links, a folder we may not write, a link
+    // that leads nowhere, a device, a pipe) is written in place, emptied at
+    // once, and keeps what was written when a Write fails. The results and
+    // their order are the same either way.
     // Returns:
     //   LASFILE_IO_FAILED   the target cannot be written (a missing folder, a
     //                       folder, no permission; nothing is validated

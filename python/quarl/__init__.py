@@ -226,10 +226,12 @@ def _to_params(values: Mapping[str, object]) -> List[Param]:
 
 
 def _read_error(raw, path: str, las: LasFile) -> LasError:
+    """The error of a failed read: its result, the line where it stopped
+    (None when the file could not be opened) and what was read."""
     stopped = [note for note in raw.notes if note.kind == 0]
-    line = stopped[-1].line if stopped else None
-    where = f" at line {line}" if line else ""
     why = stopped[-1].text if stopped else _quarl.result_description(raw.result)
+    line = raw.line or None
+    where = f" at line {line}" if line else ""
     return LasError(raw.result, f"{path}: {result_name(raw.result)}{where}: {why}",
                     path=path, line=line, las=las)
 

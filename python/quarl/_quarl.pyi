@@ -40,6 +40,7 @@ class CancelToken:
 class Note:
     line: int
     kind: int
+    kind_name: str
     text: str
 
 class ReadResult:
@@ -49,6 +50,7 @@ class ReadResult:
     wrapped: bool
     delimiter: str
     notes: List[Note]
+    line: int
 
 def read(path: bytes, lenient: bool, headers_only: bool, progress: _Progress = None,
          cancel: Optional[CancelToken] = None) -> ReadResult: ...
@@ -56,4 +58,4 @@ def write(path: bytes, sections: List[Section], las3: bool, delimiter: str,
           progress: _Progress = None, cancel: Optional[CancelToken] = None) -> dict: ...
 def result_name(code: int) -> str: ...
 def result_description(code: int) -> str: ...
-def _time_native_read(path: Union[str, bytes, PathLike]) -> float: ...
+def _time_native_read(path: Union[str, bytes, PathLike], lenient: bool) -> float: ...

@@ -91,11 +91,22 @@ def test_failures_raise_with_their_record(tmp_path):
     assert not (tmp_path / "out.las").exists()
 
 
-def test_a_clean_read_has_no_notes_but_a_skipped_section():
-    clean = quarl.read(LAS30, strict=True)
-    assert (clean.notes, clean.result_name) == ([], "LASFILE_OK")
-    skipped = quarl.read(LAS20, strict=True)
-    assert [(n.line, "~Other" in n.text) for n in skipped.notes] == [(35, True)]
+def test_lenient_by_default_with_notes_and_headers_only(tmp_path):
+    for path, notes in ((LAS20, [(35, "LASNOTE_SECTION_SKIPPED")]), (LAS30, [])):
+        las = quarl.read(path, strict=True)
+        assert [(n.line, n.kind_name) for n in las.notes] == notes
+    path = tmp_path / "no_period.las"
+    path.write_text("~Version\n VERS. 2.0 : v\n WRAP. NO : w\n~Well\n STRT.M 1 : s\n"
+                    " PROV :ALBERTA\n~Curve\n DEPT.M : d\n GR.API : g\n~A\n1 10\n2 20\n")
+    with pytest.raises(quarl.LasError) as strict:
+        quarl.read(path, strict=True)
+    assert (strict.value.name, strict.value.line) == ("LASFILE_BAD_FORMAT", 6)
+    assert "line 6" in str(strict.value) and strict.value.las.keys == []
+    las = quarl.read(path)
+    assert [(n.line, n.kind_name) for n in las.notes] == [(6, "LASNOTE_NO_PERIOD")]
+    assert las["GR"].tolist() == [10.0, 20.0] and "PROV" in las.well
+    heads = quarl.read(path, headers_only=True)
+    assert heads.keys == ["DEPT", "GR"] and len(heads["GR"]) == 0 and heads.df().empty
 
 
 @pytest.mark.skipif(not CORPUS.is_dir(), reason="the shared corpus is not there")

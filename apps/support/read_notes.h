@@ -1,0 +1,41 @@
+// How the programs read a file and tell its notes: lenient by default with a
+// bounded list on stderr, or strict, and each note as a line of text or JSON.
+#ifndef QUARL_APPS_READ_NOTES_H
+#define QUARL_APPS_READ_NOTES_H
+
+#include <quarl/quarl.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quarl::apps {
+
+// What a program's read of `path` may keep: 64 MB and 64 bytes for each byte
+// of the file, so that a small file that asks for huge tables ends with
+// LASFILE_OUT_OF_MEMORY at once instead of exhausting the machine.
+uint64_t ReadBudgetFor(const std::string& path);
+
+// The read options of a program: lenient and bounded by ReadBudgetFor, or
+// with --strict the reader's defaults, exactly.
+CLasReadOptions ProgramReadOptions(bool strict, const std::string& path);
+
+// "line 12: LASNOTE_SHORT_ROW: <text>"; a note about the whole file has no line.
+std::string NoteLine(const CLasNote& note);
+// {"line": 12, "kind": "LASNOTE_SHORT_ROW", "text": "..."}
+std::string NoteJson(const CLasNote& note);
+
+// Prints the first `limit` notes to stderr as "<program>: <path>: line ...",
+// then how many more there were and where to see them all.
+void PrintNotesBounded(const char* program, const std::string& path,
+                       const std::vector<CLasNote>& notes, size_t limit = 5);
+
+// Whether a note tells of something a read did not keep as the file has
+// it: values dropped or read as 0, text cut, a section passed over, or the
+// rest of the file after the read stopped.
+bool NoteLosesData(const CLasNote& note);
+
+}  // namespace quarl::apps
+
+#endif
