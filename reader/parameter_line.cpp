@@ -88,7 +88,9 @@ const char* ScanUnit(const char* p, std::string& field)
 }
 
 // Leniently, a line without a period: the mnemonic is the text in front of
-// the first colon, and the value starts at that colon.
+// the first colon, and the value starts at that colon. When that text holds
+// blanks ("BS   222 : BIT SIZE"), the mnemonic is its first word and the
+// value starts at the next word.
 const char* ScanMnemonicWithoutPeriod(const char* p, std::string& field)
 {
     field.clear();
@@ -99,7 +101,11 @@ const char* ScanMnemonicWithoutPeriod(const char* p, std::string& field)
         if (IsBrace(*q) || *q == '|') return nullptr;
     }
     AssignTrimmed(p, colon, field);
-    return field.empty() ? nullptr : colon;
+    if (field.empty()) return nullptr;
+    const size_t blank = field.find_first_of(" \t");
+    if (blank == std::string::npos) return colon;
+    field.resize(blank);
+    return SkipBlanks(p + blank);
 }
 
 bool IsDigit(char c)
