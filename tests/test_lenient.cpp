@@ -19,7 +19,8 @@ struct Read {
     CLasReader reader;
 };
 
-// "Name/MNEM" gives that parameter's value, "Name" the Dump of that section.
+// "Name/MNEM" gives that parameter's value ("(missing)" when there is none),
+// "Name" the Dump of that section.
 std::string Probe(const CLasReader& reader, const std::string& probe)
 {
     const size_t slash = probe.find('/');
@@ -27,7 +28,7 @@ std::string Probe(const CLasReader& reader, const std::string& probe)
     if (reader.GetSection(probe.substr(0, slash).c_str(), section) != LASFILE_OK) return "(none)";
     if (slash == std::string::npos) return Dump(section);
     CLasParam param;
-    section.FindParameterByMnemonic(probe.substr(slash + 1).c_str(), &param);
+    if (section.FindParameterByMnemonic(probe.substr(slash + 1).c_str(), &param) < 0) return "(missing)";
     return param.m_value;
 }
 
@@ -82,6 +83,7 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         {"indented header at end", kHead + "  ~Other\n", "Well/NULL", LASFILE_BAD_FORMAT, "", LASFILE_OK, "-999.25", LASNOTE_HEADER_AT_END, 6, false},
         {"no period", kHead + "PROV   :ALBERTA\n", "Well/PROV", LASFILE_BAD_FORMAT, "", LASFILE_OK, "", LASNOTE_NO_PERIOD, 6, false},
         {"no period, value", kHead + "BS   222 : BIT SIZE\n", "Well/BS", LASFILE_BAD_FORMAT, "", LASFILE_OK, "222", LASNOTE_NO_PERIOD, 6, false},
+        {"no period, words", kHead + "HOLE DIA :8.5\n", "Well/HOLE DIA", LASFILE_BAD_FORMAT, "", LASFILE_OK, "", LASNOTE_NO_PERIOD, 6, false},
         {"no parameter line", kHead + "~Parameter\n  DEPTH  GR\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_BAD_FORMAT, "", LASFILE_OK, "35", LASNOTE_LINE_PASSED_OVER, 7, false},
         {"time in a value", kHead + "DATE. 2021-05-13 11:37:04 : Log date\n", "Well/DATE", LASFILE_OK, "2021-05-13 11", LASFILE_OK, "2021-05-13 11:37:04", LASNOTE_VALUE_WITH_COLONS, 6, false},
         {"time cut", kHead + "TIME. 11:37:04\n", "Well/TIME", LASFILE_OK, "11", LASFILE_OK, "11", LASNOTE_VALUE_CUT, 6, true},

@@ -76,9 +76,9 @@ enum ELASNOTEKIND : int32_t {
                                     // case) read and stored as Curve, Parameter, ASCII
     LASNOTE_HEADER_INDENTED = 20,   // a "~" behind blanks starts a section header
     LASNOTE_NO_PERIOD = 21,         // "PROV :ALBERTA": the mnemonic is the text before the
-                                    // first colon, the unit is empty; when that text holds
-                                    // blanks ("BS  222 : BIT SIZE") its first word is the
-                                    // mnemonic and the rest the value
+                                    // first colon, the unit is empty; when a number follows
+                                    // its first word ("BS  222 : BIT SIZE") that word is
+                                    // the mnemonic and the rest the value
     LASNOTE_LINE_PASSED_OVER = 22,  // a line of a parameter section that is no parameter
                                     // line is passed over instead of ending the read
     LASNOTE_VALUE_WITH_COLONS = 23, // a value whose first colon stands between two digits
