@@ -99,8 +99,10 @@ TEST(Faults, FullDiskGivesIoFailedAndKeepsTheTarget)
         const std::string full = WrittenBytes(las3, 2000, dir.File("t.las"));
         ASSERT_GT(full.size(), 20000u);
         const std::string target = dir.Write("t.las", "old bytes\n");
-        // At the first byte, inside the first block, at a block boundary, one byte short.
-        for (rlim_t room : {rlim_t{0}, rlim_t{1}, rlim_t{4096}, rlim_t{full.size() / 2}, rlim_t{full.size() - 1}}) {
+        const size_t rowsBegin = full.find('\n', full.find(las3 ? "~Log_Data" : "~ASCII")) + 1;
+        // At the first byte, inside the first block, at a block boundary, at
+        // the first byte of the rows, one byte short.
+        for (rlim_t room : {rlim_t{0}, rlim_t{1}, rlim_t{4096}, rlim_t{rowsBegin}, rlim_t{full.size() / 2}, rlim_t{full.size() - 1}}) {
             {
                 CLasWriter w;
                 BuildDocument(w, las3, 2000);
@@ -113,7 +115,6 @@ TEST(Faults, FullDiskGivesIoFailedAndKeepsTheTarget)
                 EXPECT_EQ(w.GetLastError(), LASFILE_IO_FAILED);
                 // Inside the rows, the record names the row of the first
                 // byte the disk refused, and its column.
-                const size_t rowsBegin = full.find('\n', full.find(las3 ? "~Log_Data" : "~ASCII")) + 1;
                 if (room >= rowsBegin) {
                     const size_t lineBegin = full.rfind('\n', room - 1) + 1;
                     const auto row = std::count(full.begin() + static_cast<long>(rowsBegin), full.begin() + static_cast<long>(lineBegin), '\n');

@@ -1,4 +1,4 @@
-// Foundation: result codes, tessel's Exception and TxString, the document
+// Foundation: result codes, tessel's TxString, the document
 // classes, and the ASCII-only case-blind comparison against a model,
 // whatever the host's locale.
 #include <clocale>
@@ -19,13 +19,10 @@
 namespace quarl {
 namespace {
 
-TEST(Foundation, ExceptionCopiesAndTxStringKeepEveryByte)
+TEST(Foundation, TxStringKeepsEveryByteUpToTheFirstNul)
 {
     static_assert(std::is_same<std::underlying_type_t<ELASFILEERROR>, int32_t>::value, "");
     static_assert(!std::is_base_of<std::exception, tessel::Exception>::value, "no named base");
-    const tessel::Exception e("Quarl", "las_clasfile_public", 123, 2, "Out of range."), copy(e);
-    EXPECT_EQ(copy.Module() + copy.File() + copy.Message() + std::to_string(copy.Line() * 10 + copy.Code()),
-              "Quarllas_clasfile_publicOut of range.1232");
     tessel::TxString message("Reading ");
     message += tessel::TxString(std::string("/tmp/\xE9t\xE9\0x", 9)).c_str();  // bytes pass unchanged
     EXPECT_EQ(message, "Reading /tmp/\xE9t\xE9");
@@ -110,8 +107,6 @@ TEST(Foundation, DocumentCurvesAndParameterLookup)
     EXPECT_EQ(curve.size(), 5);
     curve.m_isNumeric = false;
     EXPECT_EQ(curve.size(), 2);
-    EXPECT_EQ(curve.m_strings[1].size(), 2u);
-    EXPECT_EQ(CLasSection().m_type, LASSECTION_ANY);
 
     CLasSection well;
     well.m_params = {Param("", "empty"), Param("STRT", "1"), Param("DEPT", "first"), Param("dept", "second"), Param("W\xC9LL", "latin")};

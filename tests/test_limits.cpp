@@ -156,31 +156,6 @@ TEST(Limits, MillionCurvesInOneDefinition)
     });
 }
 
-TEST(Limits, WriterWithSixtyFiveThousandDataSections)
-{
-    TempDir dir;
-    const int count = 1 << 16;
-    CLasWriter w;
-    ASSERT_EQ(w.SetFormat(true, ','), LASFILE_OK);
-    for (int i = count - 1; i >= 0; --i)  // backwards: the sort must regroup them
-        ASSERT_EQ(w.AddSection(Data("Set" + std::to_string(i) + "_Data", {Numbers({1.0 * i})})), LASFILE_OK);
-    ASSERT_EQ(w.AddSection(Data("Log_Data", {Numbers({1000.0, 1000.5})})), LASFILE_OK);
-    ASSERT_EQ(w.Write(dir.File("many.las")), LASFILE_OK);
-    // Version, Well, a made definition before each data section, and the
-    // log data with its definition last.
-    ReadInChild(dir.File("many.las"), 40.0, [&](const CLasReader& reader) {
-        if (reader.size() != static_cast<uint64_t>(2 * count + 4)) return false;
-        for (int k = 0; k < count; ++k) {
-            const int i = count - 1 - k;
-            const CLasSection& data = reader.GetSection(static_cast<uint64_t>(3 + 2 * k));
-            if (reader.GetSection(static_cast<uint64_t>(2 + 2 * k)).m_name != "Set" + std::to_string(i) + "_Definition" ||
-                data.m_curves.size() != 1 || data.m_curves[0].m_numbers != std::vector<double>{1.0 * i})
-                return false;
-        }
-        return reader.GetSection(reader.size() - 1).m_name == "Log_Data";
-    });
-}
-
 // Section names of 16 bytes of which all have the same std::hash once a
 // common suffix is appended: the second 8-byte block of the standard
 // library's 64-bit hash of strings is solved for from the first, so that

@@ -3,7 +3,6 @@
 // out, and the data stepping check.
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cstring>
 #include <iterator>
 
@@ -475,18 +474,6 @@ TEST(DataSection, NumbersCutWhileConvertedEqualAtofOfTheToken)
     }
     EXPECT_EQ(LastSection(Las30Head(kThree, ".") + "~Log_Data\n1.5.2\n").m_curves[1].m_numbers, Numbers{5});
     EXPECT_EQ(LastSection(Las30Head(kThree, "E") + "~Log_Data\n1E5E2\n").m_curves[0].m_numbers, Numbers{1});
-}
-
-// A host in a locale with a decimal comma still reads "1.5" as 1.5.
-TEST(DataSection, NumbersIgnoreTheHostLocale)
-{
-    const std::string previous = std::setlocale(LC_ALL, nullptr);
-    if (!std::setlocale(LC_ALL, "de_DE.UTF-8")) GTEST_SKIP() << "no locale with a decimal comma is installed";
-    CLasReader reader;
-    const ELASFILEERROR result = OpenText(reader, Las20Head(kThree) + "~A\n1.5 0x1p-1 +2.25e1\n");
-    std::setlocale(LC_ALL, previous.c_str());
-    EXPECT_EQ(result, LASFILE_OK);
-    EXPECT_EQ(Dump(reader, 3), "A:2/16|Curve{1.5;0.5;22.5}");
 }
 
 const std::string kFile = Las20Head("D.M : d\n") + "~Parameter\nP.M 1 : p\n~A\n1\n2\n";

@@ -32,7 +32,7 @@ struct ReaderAccess {
     // "3 W ," for LAS 3.0, wrapped, comma; "2 - " for LAS 2.0, unwrapped, blank.
     static std::string Format(const CLasReader& r)
     {
-        return std::string(r.m_isLas3 ? "3 " : "2 ") + (r.m_isWrapped ? "W " : "- ") + r.m_delimiter;
+        return std::string(r.IsLas3() ? "3 " : "2 ") + (r.IsWrapped() ? "W " : "- ") + r.GetDelimiter();
     }
 };
 

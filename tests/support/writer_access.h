@@ -19,8 +19,6 @@ struct WriterAccess {
     static char Delimiter(const CLasWriter& w) { return w.m_delimiter; }
     static bool HasOpenOutput(const CLasWriter& w) { return w.m_file != nullptr; }
     static const tessel::TxString& Filename(const CLasWriter& w) { return w.m_filename; }
-    static int32_t FindSectionIndexByName(const CLasWriter& w, const char* name) { return w.FindSectionIndexByName(name); }
-    static int32_t CountSectionsByType(const CLasWriter& w, ELASSECTIONTYPE type) { return w.CountSectionsByType(type); }
     static ELASFILEERROR ValidateDataSection(CLasWriter& w, const CLasSection& s) { return w.ValidateDataSection(s); }
     static ELASFILEERROR FillWellSection(CLasWriter& w) { return w.FillWellSection(); }
     static ELASFILEERROR SortSections(CLasWriter& w) { return w.SortSections(); }
@@ -95,7 +93,6 @@ struct ErrorRecord {
     {
         return code == o.code && section == o.section && param == o.param && column == o.column && row == o.row;
     }
-    bool operator!=(const ErrorRecord& o) const { return !(*this == o); }
 };
 
 inline std::ostream& operator<<(std::ostream& out, const ErrorRecord& r)
