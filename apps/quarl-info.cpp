@@ -100,24 +100,6 @@ int32_t SectionLines(const quarl::CLasSection& section)
     return static_cast<int32_t>(section.m_params.size());
 }
 
-const char* SteppingMeaning(quarl::ELASFILEERROR code)
-{
-    switch (code) {
-        case quarl::LASFILE_OK:
-            return "the depths of the log data advance by STEP";
-        case quarl::LASFILE_BAD_FORMAT:
-            return "the depths do not advance by STEP, or the depth curve is text";
-        case quarl::LASFILE_MISSING_SECTION:
-            return "the Well section has no STEP";
-        case quarl::LASFILE_BAD_VALUE:
-            return "a log data section names no stored definition section";
-        case quarl::LASFILE_WRONG_STATE:
-            return "fewer than two sections were read";
-        default:
-            return quarl::ResultDescription(code);
-    }
-}
-
 // The format of a file: the VERS text, and what the reader made of it.
 struct Format {
     std::string version = "?";
@@ -239,7 +221,7 @@ void PrintText(const Facts& f, const Bounds& bounds)
         std::string lines = std::to_string(count) +
                             (s.m_type == quarl::LASSECTION_DATA ? " row" : " line") +
                             (count == 1 ? "" : "s");
-        rows.push_back({std::to_string(i), s.m_name, ex::SectionTypeName(s.m_type), lines,
+        rows.push_back({std::to_string(i), s.m_name, quarl::SectionTypeName(s.m_type), lines,
                         s.m_association.empty() ? "" : "-> " + s.m_association});
     }
     PrintTable({">#", "Name", "Type", ">Lines", ""}, rows, "  ", bounds.text);
@@ -297,7 +279,7 @@ void PrintText(const Facts& f, const Bounds& bounds)
         return;
     }
     std::printf("\nStepping: %s: %s%s\n", quarl::ResultName(f.stepping),
-                SteppingMeaning(f.stepping),
+                quarl::SteppingDescription(f.stepping),
                 f.step.empty() || f.stepping == quarl::LASFILE_MISSING_SECTION
                     ? ""
                     : (" (STEP " + f.step + ")").c_str());
@@ -324,7 +306,7 @@ std::string Json(const Facts& f)
     for (size_t i = 0; i < f.sections.size(); ++i) {
         const quarl::CLasSection& s = *f.sections[i];
         j += std::string(i ? "," : "") + "\n    {\"name\": " + ex::JsonString(s.m_name) +
-             ", \"type\": " + ex::JsonString(ex::SectionTypeName(s.m_type)) +
+             ", \"type\": " + ex::JsonString(quarl::SectionTypeName(s.m_type)) +
              ", \"lines\": " + std::to_string(SectionLines(s)) +
              ", \"association\": " + ex::JsonString(s.m_association) + "}";
     }

@@ -1,4 +1,5 @@
-#include "foundation/depth_steps.h"
+// When two depths agree, and whether a column of depths advances by a step.
+#include <quarl/document.h>
 
 #include <cmath>
 

@@ -1,4 +1,5 @@
-// The names and one-line descriptions of the result codes.
+// The names and one-line descriptions of the result codes, and the names
+// of the section types.
 #include <quarl/types.h>
 
 namespace quarl {
@@ -43,6 +44,23 @@ const char* ResultName(ELASFILEERROR code)
 const char* ResultDescription(ELASFILEERROR code)
 {
     return Lookup(code).description;
+}
+
+const char* SectionTypeName(ELASSECTIONTYPE type)
+{
+    switch (type) {
+        case LASSECTION_PARAMETER:
+            return "parameter";
+        case LASSECTION_DEFINITION:
+            return "definition";
+        case LASSECTION_DATA:
+            return "data";
+        case LASSECTION_HEADER:
+            return "header";
+        case LASSECTION_ANY:
+            return "untyped";
+    }
+    return "unknown";
 }
 
 }  // namespace quarl

@@ -1,5 +1,7 @@
 #include "foundation/section_names.h"
 
+#include <quarl/document.h>
+
 #include "foundation/platform.h"
 
 namespace quarl {
@@ -70,6 +72,12 @@ bool IsMainDataName(const char* name)
         if (AsciiEqualNoCase(name, mainName)) return true;
     }
     return false;
+}
+
+const char* MainDataName(size_t index)
+{
+    constexpr size_t kCount = sizeof(kMainDataNames) / sizeof(kMainDataNames[0]);
+    return index < kCount ? kMainDataNames[index] : nullptr;
 }
 
 bool IsKnownSuffix(const std::string& suffix)

@@ -31,7 +31,8 @@ bool IsVersionSectionName(const char* name);
 
 // The names of the main data section, in the order they are looked for:
 // "ASCII", else "LOG", else "Log_Data". The first is the name a missing
-// main data section is reported under.
+// main data section is reported under. Hosts get them through
+// quarl::MainDataName.
 constexpr const char* kMainDataNames[] = {"ASCII", "LOG", "Log_Data"};
 // Whether `name` is one of kMainDataNames as a whole, ignoring case.
 bool IsMainDataName(const char* name);

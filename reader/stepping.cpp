@@ -2,7 +2,6 @@
 // Well section (the second section of the list) declares.
 #include <quarl/reader.h>
 
-#include "foundation/depth_steps.h"
 #include "foundation/number_parse.h"
 #include "foundation/section_index.h"
 
@@ -10,10 +9,11 @@ namespace quarl {
 
 namespace {
 
+constexpr const char* kDepthNames[] = {"DEPT", "M__DEPTH", "DEPTH"};
+
 // The column of "DEPT", else "M__DEPTH", else "DEPTH", else the first one.
 size_t DepthColumn(const CLasSection& definition)
 {
-    static const char* const kDepthNames[] = {"DEPT", "M__DEPTH", "DEPTH"};
     for (const char* name : kDepthNames) {
         const int32_t index = definition.FindParameterByMnemonic(name, nullptr);
         if (index >= 0) return static_cast<size_t>(index);
@@ -50,6 +50,30 @@ ELASFILEERROR CLasReader::CheckDataStepping() const
         if (FirstUnevenStep(depth.m_numbers, step) != 0) return LASFILE_BAD_FORMAT;
     }
     return LASFILE_OK;
+}
+
+const char* DepthMnemonic(size_t index)
+{
+    constexpr size_t kCount = sizeof(kDepthNames) / sizeof(kDepthNames[0]);
+    return index < kCount ? kDepthNames[index] : nullptr;
+}
+
+const char* SteppingDescription(ELASFILEERROR code)
+{
+    switch (code) {
+        case LASFILE_OK:
+            return "the depths of the log data advance by STEP";
+        case LASFILE_BAD_FORMAT:
+            return "the depths do not advance by STEP, or the depth curve is text";
+        case LASFILE_MISSING_SECTION:
+            return "the Well section has no STEP";
+        case LASFILE_BAD_VALUE:
+            return "a log data section names no stored definition section";
+        case LASFILE_WRONG_STATE:
+            return "fewer than two sections were read";
+        default:
+            return ResultDescription(code);
+    }
 }
 
 }  // namespace quarl

@@ -2,6 +2,7 @@
 // classes, and the ASCII-only case-blind comparison against a model,
 // whatever the host's locale.
 #include <clocale>
+#include <cmath>
 #include <exception>
 #include <random>
 #include <set>
@@ -44,6 +45,57 @@ TEST(Foundation, EveryResultCodeHasItsOwnNameAndDescription)
     EXPECT_EQ(names.count(ResultName(static_cast<ELASFILEERROR>(11))), 0u);
     EXPECT_EQ(names.count(ResultName(static_cast<ELASFILEERROR>(-1))), 0u);
     EXPECT_STREQ(ResultName(LASFILE_MISSING_SECTION), "LASFILE_MISSING_SECTION");
+}
+
+TEST(Foundation, SectionTypesAndSteppingResultsHaveTheirOwnTexts)
+{
+    std::set<std::string> types;
+    for (ELASSECTIONTYPE type : {LASSECTION_PARAMETER, LASSECTION_DEFINITION, LASSECTION_DATA,
+                                 LASSECTION_HEADER, LASSECTION_ANY})
+        types.insert(SectionTypeName(type));
+    types.insert(SectionTypeName(static_cast<ELASSECTIONTYPE>(4)));
+    EXPECT_EQ(types.size(), 6u);
+    EXPECT_STREQ(SectionTypeName(LASSECTION_ANY), "untyped");
+
+    // What CheckDataStepping returns has a text of its own; anything else
+    // falls back to the general description.
+    std::set<std::string> stepping;
+    for (ELASFILEERROR code : {LASFILE_OK, LASFILE_BAD_FORMAT, LASFILE_MISSING_SECTION,
+                               LASFILE_BAD_VALUE, LASFILE_WRONG_STATE}) {
+        EXPECT_STRNE(SteppingDescription(code), ResultDescription(code)) << ResultName(code);
+        stepping.insert(SteppingDescription(code));
+    }
+    EXPECT_EQ(stepping.size(), 5u);
+    EXPECT_STREQ(SteppingDescription(LASFILE_CANCELLED), ResultDescription(LASFILE_CANCELLED));
+    EXPECT_STREQ(SteppingDescription(static_cast<ELASFILEERROR>(-1)), "unknown result");
+}
+
+TEST(Foundation, MainDataNamesAndDepthSteps)
+{
+    EXPECT_STREQ(MainDataName(0), "ASCII");
+    EXPECT_STREQ(MainDataName(1), "LOG");
+    EXPECT_STREQ(MainDataName(2), "Log_Data");
+    EXPECT_EQ(MainDataName(3), nullptr);
+    EXPECT_EQ(MainDataName(static_cast<size_t>(-1)), nullptr);
+    EXPECT_STREQ(DepthMnemonic(0), "DEPT");
+    EXPECT_STREQ(DepthMnemonic(1), "M__DEPTH");
+    EXPECT_STREQ(DepthMnemonic(2), "DEPTH");
+    EXPECT_EQ(DepthMnemonic(3), nullptr);
+
+    // A difference of exactly the tolerance agrees; NaN agrees as it passes
+    // the step test.
+    EXPECT_TRUE(DepthsAgree(100.0, 100.0 + kDepthTolerance / 2));
+    EXPECT_TRUE(DepthsAgree(0.0, kDepthTolerance));
+    EXPECT_FALSE(DepthsAgree(0.0, 2 * kDepthTolerance));
+    EXPECT_FALSE(DepthsAgree(5.0, 4.0));
+    EXPECT_TRUE(DepthsAgree(std::nan(""), 1.0));
+
+    const std::vector<double> falling = {10.0, 9.5, 9.0, 8.4, 7.9};
+    EXPECT_EQ(FirstUnevenStep(falling, -0.5), 3u);
+    EXPECT_EQ(FirstUnevenStep(falling, 0.5), 1u);
+    EXPECT_EQ(FirstUnevenStep({1.0, 1.5, 2.0 + kDepthTolerance / 2}, 0.5), 0u);
+    EXPECT_EQ(FirstUnevenStep({7.0}, 3.0), 0u);
+    EXPECT_EQ(FirstUnevenStep({}, 3.0), 0u);
 }
 
 TEST(Foundation, DocumentCurvesAndParameterLookup)

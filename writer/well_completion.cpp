@@ -2,7 +2,6 @@
 // data, and the descriptive parameters that a Well section needs.
 #include <quarl/writer.h>
 
-#include "foundation/depth_steps.h"
 #include "foundation/number_parse.h"
 #include "foundation/section_names.h"
 #include "writer/number_format.h"

@@ -1,6 +1,5 @@
 #include "support/conversion.h"
 
-#include <cmath>
 #include <cstdlib>
 
 #include "support/text.h"
@@ -66,7 +65,7 @@ std::vector<std::string> FixWellRange(std::vector<CLasSection>& sections, bool l
     CLasSection* data = nullptr;
     for (CLasSection& s : sections)
         if (!well && EqualsNoCase(StoredName(s.m_name, las3), "Well")) well = &s;
-    for (const char* name : {"ASCII", "LOG", "Log_Data"}) {
+    for (size_t i = 0; const char* name = MainDataName(i); ++i) {
         for (CLasSection& s : sections)
             if (EqualsNoCase(StoredName(s.m_name, las3), name)) {
                 data = &s;
@@ -78,7 +77,6 @@ std::vector<std::string> FixWellRange(std::vector<CLasSection>& sections, bool l
         data->m_curves[0].m_numbers.empty())
         return notes;
     const std::vector<double>& x = data->m_curves[0].m_numbers;
-    const double tolerance = 1e-7;
     auto fix = [&](const char* mnemonic, double wanted, const std::string& why) {
         for (CLasParam& p : well->m_params) {
             if (!EqualsNoCase(p.m_mnemonic, mnemonic)) continue;
@@ -91,17 +89,13 @@ std::vector<std::string> FixWellRange(std::vector<CLasSection>& sections, bool l
     };
     CLasParam p;
     if (well->FindParameterByMnemonic("STRT", &p) >= 0 &&
-        std::fabs(std::atof(p.m_value.c_str()) - x.front()) > tolerance)
+        !DepthsAgree(std::atof(p.m_value.c_str()), x.front()))
         fix("STRT", x.front(), "is not the first depth");
     if (well->FindParameterByMnemonic("STOP", &p) >= 0 &&
-        std::fabs(std::atof(p.m_value.c_str()) - x.back()) > tolerance)
+        !DepthsAgree(std::atof(p.m_value.c_str()), x.back()))
         fix("STOP", x.back(), "is not the last depth");
     if (well->FindParameterByMnemonic("STEP", &p) >= 0 && x.size() > 1) {
-        auto evenBy = [&](double step) {
-            for (size_t i = 1; i < x.size(); ++i)
-                if (std::fabs(step + x[i - 1] - x[i]) > tolerance) return false;
-            return true;
-        };
+        auto evenBy = [&](double step) { return FirstUnevenStep(x, step) == 0; };
         const double step = std::atof(p.m_value.c_str());
         if (step != 0.0 && !evenBy(step)) {
             const double interval = std::atof(FormatNumber(x[1] - x[0], 10).c_str());

@@ -7,23 +7,6 @@
 
 namespace quarl::apps {
 
-const char* SectionTypeName(ELASSECTIONTYPE type)
-{
-    switch (type) {
-        case LASSECTION_PARAMETER:
-            return "parameter";
-        case LASSECTION_DEFINITION:
-            return "definition";
-        case LASSECTION_DATA:
-            return "data";
-        case LASSECTION_HEADER:
-            return "header";
-        case LASSECTION_ANY:
-            return "untyped";
-    }
-    return "unknown";
-}
-
 std::string VersionText(const CLasSection* versionSection)
 {
     CLasParam vers;
@@ -72,7 +55,7 @@ CurveStats StatsOf(const CLasCurve& curve, bool hasNull, double nullValue)
 
 int DepthCurveIndex(const CLasSection& data)
 {
-    for (const char* name : {"DEPT", "M__DEPTH", "DEPTH"}) {
+    for (size_t rank = 0; const char* name = DepthMnemonic(rank); ++rank) {
         for (size_t i = 0; i < data.m_curves.size(); ++i)
             if (EqualsNoCase(data.m_curves[i].m_definition.m_mnemonic, name) &&
                 data.m_curves[i].m_isNumeric)

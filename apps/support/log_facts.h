@@ -11,8 +11,6 @@
 
 namespace quarl::apps {
 
-const char* SectionTypeName(ELASSECTIONTYPE type);
-
 // The VERS text of a Version section as written ("2.0", "3.0", "1.2"), or
 // "?" when there is none.
 std::string VersionText(const CLasSection* versionSection);
@@ -30,8 +28,10 @@ struct CurveStats {
 };
 CurveStats StatsOf(const CLasCurve& curve, bool hasNull, double nullValue);
 
-// Index of the depth curve of a data section: DEPT, M__DEPTH or DEPTH by
-// mnemonic, else the first curve; -1 when there is no numeric curve there.
+// Index of the depth curve of a data section: the first numeric curve named
+// by DepthMnemonic, in its order, else the first curve; -1 when that is not
+// numeric. Unlike CheckDataStepping it passes over text curves of those
+// names, so that a plot finds a numeric depth when there is one.
 int DepthCurveIndex(const CLasSection& data);
 
 }  // namespace quarl::apps

@@ -6,6 +6,7 @@
 #ifndef QUARL_DOCUMENT_H
 #define QUARL_DOCUMENT_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -113,6 +114,25 @@ public:
     std::vector<CLasParam> m_params;
     std::vector<CLasCurve> m_curves;
 };
+
+// The names of the main data section, the one whose first curve the writer
+// checks against STRT, STOP and STEP: MainDataName(0) "ASCII", 1 "LOG" and
+// 2 "Log_Data", in the order the writer looks for them, each matched as a
+// whole name ignoring case. Null for any later index.
+QUARL_API const char* MainDataName(size_t index);
+
+// Two depths agree when they differ by no more than kDepthTolerance (a
+// difference equal to it passes); the reader's stepping test and the
+// writer's check of STRT, STOP and STEP use this one rule.
+constexpr double kDepthTolerance = 1e-07;
+// Whether |a - b| is not greater than kDepthTolerance; a NaN on either side
+// agrees, as it does in the step test.
+QUARL_API bool DepthsAgree(double a, double b);
+// The first row whose depth is not the depth of the row before plus `step`,
+// within kDepthTolerance; 0 when every row steps evenly, and for fewer than
+// two rows (row 0 has nothing before it, so it never fails). Changes
+// nothing, throws nothing.
+QUARL_API size_t FirstUnevenStep(const std::vector<double>& depths, double step);
 
 }  // namespace quarl
 

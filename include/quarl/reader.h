@@ -365,6 +365,18 @@ private:
     std::unique_ptr<detail::SectionNameIndex> m_nameIndex;
 };
 
+// What a result of CLasReader::CheckDataStepping means, in one line for
+// people to read ("the Well section has no STEP" for
+// LASFILE_MISSING_SECTION). For a code that CheckDataStepping never returns
+// it gives ResultDescription(code). A static text that never changes.
+QUARL_API const char* SteppingDescription(ELASFILEERROR code);
+
+// The mnemonics that mark the depth column for CheckDataStepping, in the
+// order they are looked for: DepthMnemonic(0) "DEPT", 1 "M__DEPTH", 2
+// "DEPTH", each matched as a whole ignoring case; null for any later index.
+// When none is defined the first column is the depth.
+QUARL_API const char* DepthMnemonic(size_t index);
+
 }  // namespace quarl
 
 #endif

@@ -78,6 +78,11 @@ enum ELASSECTIONTYPE : int32_t {
 QUARL_API const char* ResultName(ELASFILEERROR code);
 QUARL_API const char* ResultDescription(ELASFILEERROR code);
 
+// A one-word name of a section type for people to read: "parameter",
+// "definition", "data", "header", and "untyped" for LASSECTION_ANY. A static
+// text that never changes; a value outside the enumeration gives "unknown".
+QUARL_API const char* SectionTypeName(ELASSECTIONTYPE type);
+
 // Progress and cancellation. Called on the caller's thread, from inside the
 // operation, with the context as registered, the share of the work done (0
 // to 100) and a message, "Reading " or "Writing " and the path, that is valid

@@ -58,7 +58,8 @@ foreach(class IN LISTS required)
 endforeach()
 
 # The free functions of the interface.
-set(functions ResultName ResultDescription LasNoteKindName)
+set(functions ResultName ResultDescription LasNoteKindName SectionTypeName SteppingDescription
+    MainDataName DepthsAgree FirstUnevenStep DepthMnemonic)
 foreach(function IN LISTS functions)
   if(NOT exported_text MATCHES "(^|\n)quarl::${function}\\(")
     list(APPEND failures "quarl::${function} is not exported")
