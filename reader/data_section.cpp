@@ -176,13 +176,18 @@ bool AllNotNumbers(const CLasCurve& curve, const std::vector<detail::KeptTokens:
     return true;
 }
 
-// Every kept token has a decimal comma, and every other value is whole.
+// Every kept token has a decimal comma, and every other value is whole. When
+// every comma has three digits behind it ("1,500") it may as well group
+// thousands: no guess then.
 bool AllCommaDecimals(const CLasCurve& curve, const std::vector<detail::KeptTokens::Token>& kept)
 {
     if (kept.empty()) return false;
+    bool onlyThousands = true;
     for (const auto& token : kept) {
         if (!IsCommaDecimal(token.text)) return false;
+        if (token.text.size() - token.text.find(',') != 4) onlyThousands = false;
     }
+    if (onlyThousands) return false;
     size_t next = 0;
     for (size_t row = 0; row < curve.m_numbers.size(); ++row) {
         if (next < kept.size() && kept[next].row == row) {

@@ -100,6 +100,7 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         {"text column", kHead + "~Curve\nDEPT.M : d\nDATE. : t\n~A\n1 2021-05-13\n2 13/05/21\n", "A", LASFILE_OK, "A:2/16|Curve{1,2;2021,13}", LASFILE_OK, "A:2/16|Curve{1,2;\"2021-05-13\",\"13/05/21\"}", LASNOTE_TEXT_COLUMN, 9, false},
         {"numbers and text", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 x\n2 5\n", "A", LASFILE_OK, "A:2/16|Curve{1,2;0,5}", LASFILE_OK, "A:2/16|Curve{1,2;0,5}", LASNOTE_NOT_A_NUMBER, 10, true},
         {"decimal comma", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,5\n2 -0,25\n3 7\n", "A", LASFILE_OK, "A:2/16|Curve{1,2,3;12,-0,7}", LASFILE_OK, "A:2/16|Curve{1,2,3;12.5,-0.25,7}", LASNOTE_DECIMAL_COMMA, 9, false},
+        {"thousands comma", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 1,500\n2 7\n", "A", LASFILE_OK, "A:2/16|Curve{1,2;1,7}", LASFILE_OK, "A:2/16|Curve{1,2;1,7}", LASNOTE_DECIMAL_COMMA, 0, false},
         {"comma and period", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,5\n2 7.5\n", "A", LASFILE_OK, "A:2/16|Curve{1,2;12,7.5}", LASFILE_OK, "A:2/16|Curve{1,2;12,7.5}", LASNOTE_DECIMAL_COMMA, 0, false},
         {"leading tab", Las30Head("DEPT.M : d\nGR.API : g\n", "TAB") + "~Log_Data\n\t1\t2\n", "Log_Data", LASFILE_OK, "Log_Data:2/16|Log_Definition{0;1}", LASFILE_OK, "Log_Data:2/16|Log_Definition{1;2}", LASNOTE_LEADING_TAB, 11, false},
     };

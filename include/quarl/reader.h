@@ -103,8 +103,9 @@ enum ELASNOTEKIND : int32_t {
     LASNOTE_DECIMAL_COMMA = 30,     // a numeric curve whose tokens are whole numbers and
                                     // numbers with a comma ("12,5", "-0,25") and never a
                                     // period, in a file whose delimiter is not the comma,
-                                    // is read with the comma as the decimal mark; the
-                                    // note is on the data section's header
+                                    // is read with the comma as the decimal mark (not when
+                                    // every comma has three digits behind it: "1,500");
+                                    // the note is on the data section's header
 };
 
 // The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
