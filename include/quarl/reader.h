@@ -29,7 +29,7 @@ class SectionNameIndex;
 struct CLasReadOptions {
     // Relaxes a few well-defined rules so that files written by real tools
     // read as they mean; each relaxed rule that fires leaves a note of its
-    // own kind, LASNOTE_DECODED to LASNOTE_ARRAY_FORMAT below, where each
+    // own kind, LASNOTE_DECODED to LASNOTE_DECIMAL_COMMA below, where each
     // rule is told. Off, the result of every read is exactly the strict one.
     bool lenient = false;
     // Reads every section but keeps no data values: the curves of a data
