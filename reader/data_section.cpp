@@ -65,6 +65,27 @@ private:
     bool m_plainNumbers = true;
 };
 
+// Leniently, the tokens of numeric curves that are not plain numbers, by
+// curve: the row and the bytes. Plain files keep nothing here.
+class KeptTokens {
+public:
+    struct Token {
+        size_t row;
+        std::string text;
+    };
+    explicit KeptTokens(size_t curves) : m_tokens(curves) {}
+    // The bytes the kept token costs against the budget.
+    uint64_t Keep(size_t column, size_t row, const char* begin, const char* end)
+    {
+        m_tokens[column].push_back(Token{row, std::string(begin, end)});
+        return sizeof(Token) + static_cast<uint64_t>(end - begin);
+    }
+    const std::vector<Token>& Of(size_t column) const { return m_tokens[column]; }
+
+private:
+    std::vector<std::vector<Token>> m_tokens;
+};
+
 }  // namespace detail
 
 namespace {
@@ -100,6 +121,91 @@ void FillRow(std::vector<CLasCurve>& curves, size_t from, double fill)
     for (size_t i = from; i < curves.size(); ++i) {
         if (curves[i].m_isNumeric) curves[i].m_numbers.push_back(fill);
         else curves[i].m_strings.emplace_back();
+    }
+}
+
+// "12,5", "-0,25": digits, a comma and digits, optionally signed.
+bool IsCommaDecimal(const std::string& t)
+{
+    size_t i = (!t.empty() && (t[0] == '-' || t[0] == '+')) ? 1 : 0;
+    const size_t digitsBefore = i;
+    while (i < t.size() && t[i] >= '0' && t[i] <= '9') ++i;
+    if (i == digitsBefore || i >= t.size() || t[i] != ',') return false;
+    const size_t digitsAfter = ++i;
+    while (i < t.size() && t[i] >= '0' && t[i] <= '9') ++i;
+    return i > digitsAfter && i == t.size();
+}
+
+bool IsDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+// The whole token is one number: [+-] digits [. digits] [e [+-] digits],
+// with a digit on either side of the period, or inf or nan.
+bool IsWholeNumber(const std::string& t)
+{
+    size_t i = (!t.empty() && (t[0] == '-' || t[0] == '+')) ? 1 : 0;
+    if (t.size() - i == 3 && (AsciiCompareNoCaseN(t.c_str() + i, "inf", 3) == 0 ||
+                              AsciiCompareNoCaseN(t.c_str() + i, "nan", 3) == 0))
+        return true;
+    size_t digits = 0;
+    while (i < t.size() && IsDigit(t[i])) ++i, ++digits;
+    if (i < t.size() && t[i] == '.') {
+        ++i;
+        while (i < t.size() && IsDigit(t[i])) ++i, ++digits;
+    }
+    if (digits == 0) return false;
+    if (i < t.size() && (t[i] == 'e' || t[i] == 'E')) {
+        ++i;
+        if (i < t.size() && (t[i] == '-' || t[i] == '+')) ++i;
+        if (i == t.size() || !IsDigit(t[i])) return false;
+        while (i < t.size() && IsDigit(t[i])) ++i;
+    }
+    return i == t.size();
+}
+
+// Every value of the curve is a kept token that is neither a number nor a
+// number with a decimal comma ("2021-05-13", "13/05/2021", "SAND").
+bool AllNotNumbers(const CLasCurve& curve, const std::vector<detail::KeptTokens::Token>& kept)
+{
+    if (kept.empty() || kept.size() != curve.m_numbers.size()) return false;
+    for (const auto& token : kept) {
+        if (IsWholeNumber(token.text) || IsCommaDecimal(token.text)) return false;
+    }
+    return true;
+}
+
+// Every kept token has a decimal comma, and every other value is whole. When
+// every comma has three digits behind it ("1,500") it may as well group
+// thousands: no guess then.
+bool AllCommaDecimals(const CLasCurve& curve, const std::vector<detail::KeptTokens::Token>& kept)
+{
+    if (kept.empty()) return false;
+    bool onlyThousands = true;
+    for (const auto& token : kept) {
+        if (!IsCommaDecimal(token.text)) return false;
+        if (token.text.size() - token.text.find(',') != 4) onlyThousands = false;
+    }
+    if (onlyThousands) return false;
+    size_t next = 0;
+    for (size_t row = 0; row < curve.m_numbers.size(); ++row) {
+        if (next < kept.size() && kept[next].row == row) {
+            ++next;
+            continue;
+        }
+        const double v = curve.m_numbers[row];
+        if (!(v == static_cast<double>(static_cast<int64_t>(v)))) return false;
+    }
+    return true;
+}
+
+// Takes back the values of row `row` that a row ended early had stored.
+void DropRow(std::vector<CLasCurve>& curves, size_t row)
+{
+    for (CLasCurve& curve : curves) {
+        if (curve.m_isNumeric && curve.m_numbers.size() > row) curve.m_numbers.resize(row);
+        if (!curve.m_isNumeric && curve.m_strings.size() > row) curve.m_strings.resize(row);
     }
 }
 
@@ -191,10 +297,11 @@ ELASFILEERROR CLasReader::ReadDataSection()
     if (well < 0 && m_options.lenient) well = FindSectionIndexByName("W");
     if (well >= 0) WellNullValue(*m_sections[static_cast<size_t>(well)], m_fillValue);
     if (m_options.headersOnly) return PassDataRows(stored->m_name);
+    const uint64_t headerLine = m_lineNumber;
     const ELASFILEERROR result = ReadLine();
     if (result == LASFILE_IO_FAILED) return HeaderAtEnd(stored->m_name);
     if (result != LASFILE_OK) return result;
-    return ReadDataRows(*stored);
+    return ReadDataRows(*stored, headerLine);
 }
 
 // Without values: the lines up to the next header are passed over whole.
@@ -222,23 +329,61 @@ ELASFILEERROR CLasReader::PassDataRows(const std::string& name)
 }
 
 // Row after row up to the next header or the end of the file. A section
-// without curves passes over its lines.
-ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section)
+// without curves passes over its lines. Leniently, the odd tokens of numeric
+// curves are kept aside and looked at once the section is read.
+ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine)
 {
     const detail::RowBytes bytes(m_isLas3, m_delimiter);
     const uint64_t rowBytes = RowBytes(section.m_curves);
+    std::unique_ptr<detail::KeptTokens> kept;
+    if (m_options.lenient) kept.reset(new detail::KeptTokens(section.m_curves.size()));
+    ELASFILEERROR result = LASFILE_OK;
     for (;;) {
         const char* line = Line();
-        if (!line || line[0] == '~') return LASFILE_OK;
+        if (!line || line[0] == '~') break;
         if (!section.m_curves.empty()) {
             if (!Spend(rowBytes)) return LASFILE_OUT_OF_MEMORY;
             bool headerReached = false;
-            const ELASFILEERROR result = ReadDataRow(bytes, section, headerReached);
-            if (result != LASFILE_OK || headerReached) return result;
+            result = ReadDataRow(bytes, section, headerReached, kept.get());
+            if (result != LASFILE_OK || headerReached) break;
         }
-        const ELASFILEERROR result = ReadLine();
-        if (result == LASFILE_IO_FAILED) return LASFILE_OK;
-        if (result != LASFILE_OK) return result;
+        result = ReadLine();
+        if (result == LASFILE_IO_FAILED) {
+            result = LASFILE_OK;  // the end of the file
+            break;
+        }
+        if (result != LASFILE_OK) break;
+    }
+    if (result == LASFILE_OK && kept) ApplyColumnRules(section, *kept, headerLine);
+    return result;
+}
+
+// Leniently, once a data section is read: a numeric curve of nothing but
+// non-numbers becomes a text curve, and one of whole numbers and numbers
+// with a decimal comma is read with the comma as the decimal mark. A curve
+// with numbers and non-numbers keeps its numbers and their notes.
+void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept, uint64_t headerLine)
+{
+    for (size_t i = 0; i < section.m_curves.size(); ++i) {
+        CLasCurve& curve = section.m_curves[i];
+        const auto& tokens = kept.Of(i);
+        if (!curve.m_isNumeric || tokens.empty()) continue;
+        if (AllNotNumbers(curve, tokens)) {
+            curve.m_isNumeric = false;
+            curve.m_numbers.clear();
+            curve.m_numbers.shrink_to_fit();
+            for (const auto& token : tokens) curve.m_strings.push_back(token.text);
+            NoteAt(headerLine, LASNOTE_TEXT_COLUMN,
+                   "curve " + curve.m_definition.m_mnemonic + " holds no number: read as text");
+        } else if (m_delimiter != ',' && AllCommaDecimals(curve, tokens)) {
+            for (const auto& token : tokens) {
+                std::string text = token.text;
+                text[text.find(',')] = '.';
+                curve.m_numbers[token.row] = ParseNumber(text.c_str());
+            }
+            NoteAt(headerLine, LASNOTE_DECIMAL_COMMA,
+                   "curve " + curve.m_definition.m_mnemonic + " read with a decimal comma");
+        }
     }
 }
 
@@ -288,7 +433,7 @@ void CLasReader::NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t
 // that comes first ends the section and fills the row's missing values, so
 // that all curves keep one length.
 ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
-                                      bool& headerReached)
+                                      bool& headerReached, detail::KeptTokens* kept)
 {
     const bool checkDelimiter = bytes.delimiter() != ' ';
     std::vector<CLasCurve>& curves = section.m_curves;
@@ -339,6 +484,13 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
             if (*p != bytes.delimiter()) return Stop(LASFILE_BAD_FORMAT, "no delimiter between two values of a row");
             p = bytes.SkipBlanks(p + 1);
             afterDelimiter = true;
+        }
+        if (kept && curve.m_isNumeric && begin != end && number != end) {
+            const size_t row = curve.m_numbers.size();
+            if (!Spend(kept->Keep(column, row, begin, end))) {
+                DropRow(curves, row);
+                return LASFILE_OUT_OF_MEMORY;
+            }
         }
         if (number)
             curve.m_numbers.push_back(value);

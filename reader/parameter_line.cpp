@@ -87,8 +87,24 @@ const char* ScanUnit(const char* p, std::string& field)
     return SkipBlanks(p);
 }
 
+bool IsDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+// Whether a number starts at `p`: a digit, behind a sign or a period.
+bool StartsNumber(const char* p)
+{
+    if (*p == '-' || *p == '+') ++p;
+    if (*p == '.') ++p;
+    return IsDigit(*p);
+}
+
 // Leniently, a line without a period: the mnemonic is the text in front of
-// the first colon, and the value starts at that colon.
+// the first colon, and the value starts at that colon. When a number follows
+// the first word ("BS   222 : BIT SIZE"), the mnemonic is that word and the
+// value starts at the number; words alone ("HOLE NUMBER :hole") stay one
+// mnemonic.
 const char* ScanMnemonicWithoutPeriod(const char* p, std::string& field)
 {
     field.clear();
@@ -99,12 +115,11 @@ const char* ScanMnemonicWithoutPeriod(const char* p, std::string& field)
         if (IsBrace(*q) || *q == '|') return nullptr;
     }
     AssignTrimmed(p, colon, field);
-    return field.empty() ? nullptr : colon;
-}
-
-bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
+    if (field.empty()) return nullptr;
+    const size_t blank = field.find_first_of(" \t");
+    if (blank == std::string::npos || !StartsNumber(SkipBlanks(p + blank))) return colon;
+    field.resize(blank);
+    return SkipBlanks(p + blank);
 }
 
 // The colon that ends the value: the first one. A colon between two digits

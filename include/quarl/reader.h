@@ -20,6 +20,7 @@ namespace quarl {
 namespace detail {
 struct ReaderAccess;  // the test suite's window on the private operations
 class RowBytes;      // how the bytes of a data row behave
+class KeptTokens;    // leniently, the odd tokens of a data section's numeric curves
 class SectionNameIndex;
 }
 
@@ -28,7 +29,7 @@ class SectionNameIndex;
 struct CLasReadOptions {
     // Relaxes a few well-defined rules so that files written by real tools
     // read as they mean; each relaxed rule that fires leaves a note of its
-    // own kind, LASNOTE_DECODED to LASNOTE_ARRAY_FORMAT below, where each
+    // own kind, LASNOTE_DECODED to LASNOTE_DECIMAL_COMMA below, where each
     // rule is told. Off, the result of every read is exactly the strict one.
     bool lenient = false;
     // Reads every section but keeps no data values: the curves of a data
@@ -75,7 +76,9 @@ enum ELASNOTEKIND : int32_t {
                                     // case) read and stored as Curve, Parameter, ASCII
     LASNOTE_HEADER_INDENTED = 20,   // a "~" behind blanks starts a section header
     LASNOTE_NO_PERIOD = 21,         // "PROV :ALBERTA": the mnemonic is the text before the
-                                    // first colon, the unit is empty
+                                    // first colon, the unit is empty; when a number follows
+                                    // its first word ("BS  222 : BIT SIZE") that word is
+                                    // the mnemonic and the rest the value
     LASNOTE_LINE_PASSED_OVER = 22,  // a line of a parameter section that is no parameter
                                     // line is passed over instead of ending the read
     LASNOTE_VALUE_WITH_COLONS = 23, // a value whose first colon stands between two digits
@@ -93,6 +96,16 @@ enum ELASNOTEKIND : int32_t {
                                     // tab-delimited row is passed over
     LASNOTE_ARRAY_FORMAT = 28,      // a curve of format "{AF..}", "{AI..}" or "{AE..}" is
                                     // numeric; the note is on the data section's header
+    LASNOTE_TEXT_COLUMN = 29,       // a numeric curve none of whose tokens is a number
+                                    // (dates, names) holds them as text; the note is on
+                                    // the data section's header, and the NOT_A_NUMBER
+                                    // notes of its tokens stay
+    LASNOTE_DECIMAL_COMMA = 30,     // a numeric curve whose tokens are whole numbers and
+                                    // numbers with a comma ("12,5", "-0,25") and never a
+                                    // period, in a file whose delimiter is not the comma,
+                                    // is read with the comma as the decimal mark (not when
+                                    // every comma has three digits behind it: "1,500");
+                                    // the note is on the data section's header
 };
 
 // The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
@@ -283,9 +296,9 @@ private:
     ELASFILEERROR ReportProgress(double percent);
     ELASFILEERROR PassLeadingComment();
     void ApplyVersionLine(CLasParam& param);
-    ELASFILEERROR ReadDataRows(CLasSection& section);
+    ELASFILEERROR ReadDataRows(CLasSection& section, uint64_t headerLine);
     ELASFILEERROR ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
-                              bool& headerReached);
+                              bool& headerReached, detail::KeptTokens* kept);
     void StoreSection(std::shared_ptr<CLasSection> section);
     // A host was given sections it can change (rename) while a read runs.
     void NoteSectionsLent() const;
@@ -323,6 +336,7 @@ private:
     void FillShortRow(std::vector<CLasCurve>& curves, size_t column);
     void NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count);
     ELASFILEERROR PassDataRows(const std::string& name);
+    void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept, uint64_t headerLine);
 
     CTextFile m_file;
     LasStatusCallback m_statusCallback;
