@@ -120,6 +120,10 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         } else {
             EXPECT_TRUE(HasNote(lenient.reader, c.kind, c.line)) << c.name << '\n' << NoteList(lenient.reader);
         }
+        // A filled row says what it was filled with.
+        if (c.kind == LASNOTE_NULL_FILLED) {
+            EXPECT_NE(NoteList(lenient.reader).find("filled with NULL -999.25"), std::string::npos) << NoteList(lenient.reader);
+        }
         EXPECT_EQ(HasNote(strict.reader, c.kind, c.line), c.strictToo && c.line != 0) << c.name << '\n' << NoteList(strict.reader);
         // A failed strict read says where it stopped, as GetLineNumber does.
         if (c.strictResult != LASFILE_OK) {
