@@ -181,12 +181,9 @@ int Run(int argc, char** argv)
                 return 2;
             }
             fixPath = argv[++i];
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            std::fprintf(stderr, "quarl-check: unknown option %s\n", arg.c_str());
+        } else if (!ex::TakeOperand("quarl-check", arg, files)) {
             Usage(stderr);
             return 2;
-        } else {
-            files.push_back(arg);
         }
     }
     if (files.empty()) {

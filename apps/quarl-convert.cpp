@@ -81,12 +81,9 @@ int Run(int argc, char** argv)
             options.dropUnsupported = true;
         } else if (arg == "--fix-well-range") {
             options.fixWellRange = true;
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            std::fprintf(stderr, "quarl-convert: unknown option %s\n", arg.c_str());
+        } else if (!ex::TakeOperand("quarl-convert", arg, positional)) {
             Usage(stderr);
             return 2;
-        } else {
-            positional.push_back(arg);
         }
     }
     if (positional.size() != 2) {

@@ -386,12 +386,9 @@ int Run(int argc, char** argv)
         else if (arg == "-h" || arg == "--help") {
             Usage(stdout);
             return 0;
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            std::fprintf(stderr, "quarl-info: unknown option %s\n", arg.c_str());
+        } else if (!ex::TakeOperand("quarl-info", arg, files)) {
             Usage(stderr);
             return 2;
-        } else {
-            files.push_back(arg);
         }
     }
     if (files.empty()) {

@@ -106,12 +106,9 @@ int Run(int argc, char** argv)
                     stderr, "quarl-plot: --track-width wants a number of pixels from 60 to 1000\n");
                 return 2;
             }
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            std::fprintf(stderr, "quarl-plot: unknown option %s\n", arg.c_str());
+        } else if (!ex::TakeOperand("quarl-plot", arg, positional)) {
             Usage(stderr);
             return 2;
-        } else {
-            positional.push_back(arg);
         }
     }
     if (positional.size() != 2) {

@@ -1,10 +1,21 @@
 #include "support/command_line.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "support/text.h"
 
 namespace quarl::apps {
+
+bool TakeOperand(const char* program, const std::string& word, std::vector<std::string>& operands)
+{
+    if (word.size() > 1 && word[0] == '-') {
+        std::fprintf(stderr, "%s: unknown option %s\n", program, word.c_str());
+        return false;
+    }
+    operands.push_back(word);
+    return true;
+}
 
 std::vector<std::string> SplitList(const std::string& text)
 {

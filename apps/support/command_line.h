@@ -8,6 +8,12 @@
 
 namespace quarl::apps {
 
+// The last branch of every program's option loop: a word that starts with
+// "-" and that no option took is a usage error, said on stderr as
+// "PROGRAM: unknown option WORD" (false); any other word is an operand and
+// goes to the end of `operands` (true).
+bool TakeOperand(const char* program, const std::string& word, std::vector<std::string>& operands);
+
 // "RES, ILD" -> {"RES", "ILD"}; empty items are dropped.
 std::vector<std::string> SplitList(const std::string& text);
 bool ListContainsNoCase(const std::vector<std::string>& list, const std::string& name);
