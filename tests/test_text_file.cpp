@@ -82,6 +82,54 @@ TEST(TextFile, MatchesTheModel)
     }
 }
 
+// Passing over lines to the next one that starts with '~' ends where
+// reading line by line ends, with the same line, counts and percentage, in
+// and across the blocks that the skip reads.
+void ExpectSkipsAs(const std::string& bytes)
+{
+    TempDir dir;
+    const std::string path = dir.Write("f", bytes);
+    CTextFile byLine, skipping;
+    ELASFILEERROR model = byLine.Open(path);
+    ASSERT_EQ(skipping.Open(path), model);
+    while (model == LASFILE_OK) {
+        uint64_t lines = 0, passed = 0;
+        do {
+            model = byLine.ReadLine();
+            lines += model == LASFILE_OK;
+        } while (model == LASFILE_OK && byLine.GetLine()[0] != '~');
+        ASSERT_EQ(skipping.SkipToLineStartingWith('~', passed), model);
+        ASSERT_EQ(passed, lines);
+        ASSERT_EQ(Line(skipping), Line(byLine));
+        ASSERT_EQ(skipping.GetLineCount(), byLine.GetLineCount());
+        ASSERT_EQ(skipping.GetPercentRead(), byLine.GetPercentRead());
+    }
+}
+
+TEST(TextFile, SkippingToAHeaderPassesTheLinesThatReadingPasses)
+{
+    std::mt19937 random(20261124);
+    const char alphabet[] = {'a', '~', '\r', '\n', ' '};
+    for (int round = 0; round < 40; ++round) {
+        std::string bytes(std::uniform_int_distribution<size_t>(1, 3000)(random), 'a');
+        for (char& c : bytes) c = alphabet[std::uniform_int_distribution<size_t>(0, sizeof alphabet - 1)(random)];
+        ASSERT_NO_FATAL_FAILURE(ExpectSkipsAs(bytes)) << round;
+    }
+    ExpectSkipsAs(std::string(5000, '\n') + "~h\n" + std::string(70000, '\n') + "~");  // a feed in every byte
+    // A header at and around the edge of the skip's first 64 KiB block,
+    // which starts behind the first line, separated by that edge from the
+    // line feeds and carriage returns in front of it.
+    const std::string first = "~top\n";
+    for (const std::string& edge : {std::string("\n~h"), std::string("\n\r\r~h"), std::string("x~h")}) {
+        for (size_t shift = 0; shift < 5; ++shift) {
+            std::string bytes = first;
+            while (bytes.size() < 3 * 65536) bytes += std::string(97, 'v') + "\n";
+            bytes.replace(first.size() + 65536 - shift, edge.size(), edge);
+            ASSERT_NO_FATAL_FAILURE(ExpectSkipsAs(bytes + "tail without feed")) << edge << shift;
+        }
+    }
+}
+
 TEST(TextFile, PercentUsesSixtyFourBitSizes)
 {
     TempDir dir;
