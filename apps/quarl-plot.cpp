@@ -72,7 +72,8 @@ int Run(int argc, char** argv)
             ex::TrackRequest track;
             const char* text = value("--track");
             if (!ex::ParseTrackList(text, &track)) {
-                std::fprintf(stderr, "quarl-plot: --track wants CURVE,CURVE,... or ...:log, not '%s'\n",
+                std::fprintf(stderr,
+                             "quarl-plot: --track wants CURVE,CURVE,... or ...:log, not '%s'\n",
                              text);
                 return 2;
             }

@@ -6,7 +6,6 @@
 //                                  larger; only the shapes whose name holds word)
 //   bench_limits line-gb   (one read of a file that is a single 1 GB line)
 #include <quarl/quarl.h>
-
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -27,7 +26,8 @@ const std::string kHead = "~Version\nVERS. 3.0 : v\nWRAP. NO : w\nDLM. COMMA : d
 
 // Writes a file made by `emit`, which appends text to a buffer that is
 // flushed whenever it passes 1 MB.
-std::string MakeFile(const std::string& name, const std::function<void(std::string&, std::FILE*)>& emit)
+std::string MakeFile(const std::string& name,
+                     const std::function<void(std::string&, std::FILE*)>& emit)
 {
     const std::string path = "/tmp/quarl-bench-limits-" + name + ".las";
     std::FILE* file = std::fopen(path.c_str(), "wb");
@@ -60,8 +60,10 @@ Measure InChild(const std::function<int()>& work)
     int status = 0;
     rusage usage{};
     wait4(child, &status, 0, &usage);
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) std::printf("  (child failed: %d)\n", status);
+    const double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        std::printf("  (child failed: %d)\n", status);
     return {seconds, usage.ru_maxrss * 1024L};
 }
 
@@ -84,7 +86,7 @@ long FileSize(const std::string& path)
 
 struct Shape {
     const char* name;
-    long n;  // the smaller size; the larger is 4n
+    long n;                                 // the smaller size; the larger is 4n
     std::function<std::string(long)> make;  // a file of size n; empty for a write shape
     std::function<int(long)> write;         // a write of size n, when make is empty
 };
@@ -105,8 +107,8 @@ void Run(const Shape& shape)
             bytes = FileSize("/tmp/quarl-bench-limits-out.las");
             std::remove("/tmp/quarl-bench-limits-out.las");
         }
-        std::printf("%-34s N=%-9ld file %8.1f MB  %7.2f s  peak %7.1f MB", shape.name, n, bytes / 1e6,
-                    m.seconds, m.peakBytes / 1e6);
+        std::printf("%-34s N=%-9ld file %8.1f MB  %7.2f s  peak %7.1f MB", shape.name, n,
+                    bytes / 1e6, m.seconds, m.peakBytes / 1e6);
         if (first > 0) std::printf("  time x%.1f", m.seconds / first);
         std::printf("\n");
         std::fflush(stdout);

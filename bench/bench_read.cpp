@@ -12,9 +12,8 @@
 //                                      comma, 2 wrapped) for profiling
 //   bench_read --options ROWS          strict, lenient and headersOnly reads
 //                                      of one LAS 2.0 file side by side
-#include <quarl/reader.h>
-
 #include <fcntl.h>
+#include <quarl/reader.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -24,10 +23,10 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
-#include <functional>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,9 +41,12 @@ enum class Kind { Las20, Las30Comma, Las20Wrapped };
 const char* KindName(Kind kind)
 {
     switch (kind) {
-    case Kind::Las20: return "LAS 2.0, space";
-    case Kind::Las30Comma: return "LAS 3.0, comma";
-    case Kind::Las20Wrapped: return "LAS 2.0, wrapped";
+        case Kind::Las20:
+            return "LAS 2.0, space";
+        case Kind::Las30Comma:
+            return "LAS 3.0, comma";
+        case Kind::Las20Wrapped:
+            return "LAS 2.0, wrapped";
     }
     return "";
 }
@@ -296,8 +298,8 @@ void CountScaling(const std::string& folder)
         std::string text = version;
         for (long i = 0; i < count / 2; ++i) {
             const std::string n = std::to_string(i);
-            text += "~Core_Definition[" + n + "]\nA.M : a\nB.M : b\n~Core_Data[" + n +
-                    "]\n1 2\n3 4\n";
+            text +=
+                "~Core_Definition[" + n + "]\nA.M : a\nB.M : b\n~Core_Data[" + n + "]\n1 2\n3 4\n";
         }
         WriteText(path, text);
         report("sections (definition + data)", count, "us/section", 1e6);
@@ -314,7 +316,8 @@ void CountScaling(const std::string& folder)
         for (long i = 0; i < count; ++i) text += "C" + std::to_string(i) + ".M : curve\n";
         text += "~A\n";
         for (int row = 0; row < 40; ++row) {
-            for (long i = 0; i < count; ++i) text += " " + std::to_string(row * 7 + i % 1000) + ".25";
+            for (long i = 0; i < count; ++i)
+                text += " " + std::to_string(row * 7 + i % 1000) + ".25";
             text += "\n";
         }
         WriteText(path, text);
@@ -372,10 +375,11 @@ void Options(const std::string& folder, long rows)
     const double strict = Median(strictTimes);
     std::printf("\nReading options, %.0f MB LAS 2.0 (medians of %d interleaved runs):\n",
                 FileMegabytes(path), kRuns);
-    std::printf("strict %.3f s, lenient %.3f s (%.2f x strict), headersOnly %.4f s (%.1f%% of "
-                "strict)\n",
-                strict, Median(lenientTimes), Median(lenientTimes) / strict, Median(headerTimes),
-                Median(headerTimes) * 100.0 / strict);
+    std::printf(
+        "strict %.3f s, lenient %.3f s (%.2f x strict), headersOnly %.4f s (%.1f%% of "
+        "strict)\n",
+        strict, Median(lenientTimes), Median(lenientTimes) / strict, Median(headerTimes),
+        Median(headerTimes) * 100.0 / strict);
     // The data rows end only at the next header, so a read of the headers
     // passes every byte of them: this is its floor.
     std::printf("the file's bytes alone, looked at by nothing: %.4f s (%.1f%% of strict)\n",
@@ -392,9 +396,10 @@ void SmallFile(const std::string& folder)
     OpenSeconds(path, 100);  // warm
     std::vector<double> batches;
     for (int b = 0; b < 15; ++b) batches.push_back(OpenSeconds(path, 201));
-    std::printf("\nSmall file: open and read of a %.0f KB LAS 2.0 file: %.1f us (median; limit "
-                "100 us)\n",
-                kb, Median(batches) * 1e6);
+    std::printf(
+        "\nSmall file: open and read of a %.0f KB LAS 2.0 file: %.1f us (median; limit "
+        "100 us)\n",
+        kb, Median(batches) * 1e6);
     std::remove(path.c_str());
 }
 
@@ -455,15 +460,16 @@ int main(int argc, char** argv)
         const double held = static_cast<double>(pair.values) * 8.0 / 1e6;
         const double allowed = held * 1.3 + 16.0;
         const double peakMb = static_cast<double>(peak - idle) / 1e6;
-        std::printf("%-18s %9.1f %10.1f %10.1f %7.2f %7.2f %9.1f %11.1f %7.2f\n",
-                    KindName(kind), megabytes, megabytes / pair.library, megabytes / pair.limit,
+        std::printf("%-18s %9.1f %10.1f %10.1f %7.2f %7.2f %9.1f %11.1f %7.2f\n", KindName(kind),
+                    megabytes, megabytes / pair.library, megabytes / pair.limit,
                     pair.limit / pair.library, kind == Kind::Las20Wrapped ? 0.6 : 0.8, peakMb,
                     allowed, peakMb / allowed);
         std::remove(path.c_str());
     }
-    std::printf("peak: resident memory of a child that reads the file, less that of an idle "
-                "child (%.1f MB); allowed: 1.3 x 8 bytes per value + 16 MB\n",
-                static_cast<double>(idle) / 1e6);
+    std::printf(
+        "peak: resident memory of a child that reads the file, less that of an idle "
+        "child (%.1f MB); allowed: 1.3 x 8 bytes per value + 16 MB\n",
+        static_cast<double>(idle) / 1e6);
     Options(pattern, rows);
     SizeScaling(pattern, gigabyte);
     CountScaling(pattern);

@@ -8,6 +8,10 @@
 //
 //   bench_write [folder] [--gb] [--prove COUNT]   COUNT values compared with
 //                                                  snprintf (default 20 million)
+#include <quarl/writer.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <charconv>
 #include <chrono>
@@ -20,11 +24,7 @@
 #include <limits>
 #include <random>
 #include <string>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <vector>
-
-#include <quarl/writer.h>
 
 #include "writer/number_format.h"
 
@@ -68,7 +68,9 @@ quarl::CLasSection MakeData(const char* name, int rows)
         curve.m_definition.m_mnemonic = c == 0 ? std::string("DEPT") : "C" + std::to_string(c);
         curve.m_numbers.reserve(static_cast<size_t>(rows));
         for (int i = 0; i < rows; ++i) {
-            const double value = c == 0 ? 1000.0 + 0.1 * i : 1234.5678 + c * 3.25 + (i % 977) * 0.0625 - (i % 13) * 1.125;
+            const double value = c == 0
+                                     ? 1000.0 + 0.1 * i
+                                     : 1234.5678 + c * 3.25 + (i % 977) * 0.0625 - (i % 13) * 1.125;
             curve.m_numbers.push_back(value);
         }
         data.m_curves.push_back(curve);
@@ -132,9 +134,12 @@ double FormatPass(const quarl::CLasSection& data, bool useToChars, size_t* bytes
     for (size_t r = 0; r < data.m_curves[0].m_numbers.size(); ++r) {
         for (const quarl::CLasCurve& curve : data.m_curves) {
             const double value = curve.m_numbers[r];
-            total += useToChars ? static_cast<size_t>(std::to_chars(cell, cell + sizeof cell, value,
-                                                                    std::chars_format::general, 15).ptr - cell)
-                                : static_cast<size_t>(std::snprintf(cell, sizeof cell, "%.15g", value));
+            total += useToChars
+                         ? static_cast<size_t>(std::to_chars(cell, cell + sizeof cell, value,
+                                                             std::chars_format::general, 15)
+                                                   .ptr -
+                                               cell)
+                         : static_cast<size_t>(std::snprintf(cell, sizeof cell, "%.15g", value));
             ++total;  // the delimiter, or the line end behind the last cell
         }
         ++total;  // the leading blank
@@ -149,33 +154,44 @@ double FormatPass(const quarl::CLasSection& data, bool useToChars, size_t* bytes
 double NextValue(std::mt19937_64& random, uint64_t i)
 {
     switch (i % 8) {
-    case 0: {
-        const uint64_t bits = random();
-        double value;
-        std::memcpy(&value, &bits, sizeof value);
-        return value;
-    }
-    case 1: return static_cast<double>(static_cast<int64_t>(random() >> (random() % 64)));
-    case 2:
-    case 3: {
-        const int digits = 1 + static_cast<int>(random() % 15);
-        const double mantissa = static_cast<double>(random() % static_cast<uint64_t>(std::pow(10, digits)));
-        return (random() & 1 ? -mantissa : mantissa) * std::pow(10.0, static_cast<int>(random() % 44) - 22);
-    }
-    case 4: return static_cast<double>(100000000000000ull + random() % 900000000000000ull) + 0.5;
-    case 5: {
-        const double base = static_cast<double>(random() % 100000000) / 10000.0;
-        return std::nextafter(base, random() & 1 ? 1e300 : -1e300);
-    }
-    case 6: return std::ldexp(static_cast<double>(random() % 1000000), static_cast<int>(random() % 120) - 80);
-    default: {
-        static const double kSpecial[] = {0.0, -0.0, std::numeric_limits<double>::infinity(),
-                                          -std::numeric_limits<double>::infinity(),
-                                          std::numeric_limits<double>::quiet_NaN(),
-                                          std::numeric_limits<double>::denorm_min(), 5e-324 * 12345,
-                                          std::numeric_limits<double>::max(), 0.0001, 0.00009999999999999999};
-        return kSpecial[random() % 10];
-    }
+        case 0: {
+            const uint64_t bits = random();
+            double value;
+            std::memcpy(&value, &bits, sizeof value);
+            return value;
+        }
+        case 1:
+            return static_cast<double>(static_cast<int64_t>(random() >> (random() % 64)));
+        case 2:
+        case 3: {
+            const int digits = 1 + static_cast<int>(random() % 15);
+            const double mantissa =
+                static_cast<double>(random() % static_cast<uint64_t>(std::pow(10, digits)));
+            return (random() & 1 ? -mantissa : mantissa) *
+                   std::pow(10.0, static_cast<int>(random() % 44) - 22);
+        }
+        case 4:
+            return static_cast<double>(100000000000000ull + random() % 900000000000000ull) + 0.5;
+        case 5: {
+            const double base = static_cast<double>(random() % 100000000) / 10000.0;
+            return std::nextafter(base, random() & 1 ? 1e300 : -1e300);
+        }
+        case 6:
+            return std::ldexp(static_cast<double>(random() % 1000000),
+                              static_cast<int>(random() % 120) - 80);
+        default: {
+            static const double kSpecial[] = {0.0,
+                                              -0.0,
+                                              std::numeric_limits<double>::infinity(),
+                                              -std::numeric_limits<double>::infinity(),
+                                              std::numeric_limits<double>::quiet_NaN(),
+                                              std::numeric_limits<double>::denorm_min(),
+                                              5e-324 * 12345,
+                                              std::numeric_limits<double>::max(),
+                                              0.0001,
+                                              0.00009999999999999999};
+            return kSpecial[random() % 10];
+        }
     }
 }
 
@@ -189,7 +205,8 @@ bool Prove(uint64_t count)
     const Clock::time_point start = Clock::now();
     for (uint64_t i = 0; i < count; ++i) {
         const double value = NextValue(random, i);
-        const size_t length = static_cast<size_t>(quarl::detail::FormatGeneral15(mine, value) - mine);
+        const size_t length =
+            static_cast<size_t>(quarl::detail::FormatGeneral15(mine, value) - mine);
         const int n = std::snprintf(theirs, sizeof theirs, "%.15g", value);
         bool same = length == static_cast<size_t>(n) && std::memcmp(mine, theirs, length) == 0;
         if (i % 64 == 0) {
@@ -198,10 +215,11 @@ bool Prove(uint64_t count)
         }
         if (!same && ++mismatches <= 5) std::printf("  mismatch at %.17g\n", value);
     }
-    std::printf("\nProof: %llu values through the cell format and snprintf(\"%%.15g\") (every "
-                "64th also \"%%.8f\"): %llu mismatches, %.0f s\n",
-                static_cast<unsigned long long>(count), static_cast<unsigned long long>(mismatches),
-                Seconds(start));
+    std::printf(
+        "\nProof: %llu values through the cell format and snprintf(\"%%.15g\") (every "
+        "64th also \"%%.8f\"): %llu mismatches, %.0f s\n",
+        static_cast<unsigned long long>(count), static_cast<unsigned long long>(mismatches),
+        Seconds(start));
     return mismatches == 0;
 }
 
@@ -241,8 +259,8 @@ void HeadlineFigures(const std::string& path)
     unlink((path + ".raw").c_str());
     unlink(paths[1].c_str());
     const double snprintfMedian = Median(printfRate), toCharsMedian = Median(toChars);
-    std::printf("Write speed, %d curves x %d rows, medians of %d interleaved runs (MB/s):\n", kCurves,
-                kRows, kRuns);
+    std::printf("Write speed, %d curves x %d rows, medians of %d interleaved runs (MB/s):\n",
+                kCurves, kRows, kRuns);
     std::printf("%-16s %6s %7s %7s %6s %9s %6s %9s %6s %7s\n", "file", "MB", "quarl", "target",
                 "ratio", "snprintf", "x", "to_chars", "x", "raw");
     for (int v = 0; v < 2; ++v) {
@@ -252,9 +270,10 @@ void HeadlineFigures(const std::string& path)
                     snprintfMedian, rate / snprintfMedian, toCharsMedian, rate / toCharsMedian,
                     Median(raw));
     }
-    std::printf("(snprintf and to_chars: the same cells into memory, no file. Where the target was "
-                "set, they ran at 41 and 132 MB/s: 300 MB/s is %.1fx snprintf and %.1fx to_chars.)\n",
-                300.0 / 41, 300.0 / 132);
+    std::printf(
+        "(snprintf and to_chars: the same cells into memory, no file. Where the target was "
+        "set, they ran at 41 and 132 MB/s: 300 MB/s is %.1fx snprintf and %.1fx to_chars.)\n",
+        300.0 / 41, 300.0 / 132);
 }
 
 }  // namespace
@@ -286,7 +305,12 @@ int main(int argc, char** argv)
         writer.SetFormat(false, ' ');
         writer.AddSection(MakeData("ASCII", mb * 1000000 / 250));
         double written = 0;
-        const double rate = WriteRate(writer, path, mb <= 1 ? 31 : mb <= 10 ? 11 : mb <= 100 ? 5 : 3, &written);
+        const double rate = WriteRate(writer, path,
+                                      mb <= 1     ? 31
+                                      : mb <= 10  ? 11
+                                      : mb <= 100 ? 5
+                                                  : 3,
+                                      &written);
         std::printf("%7.0f MB %10.1f\n", written, rate);
     }
 

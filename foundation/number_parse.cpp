@@ -1,9 +1,10 @@
 #include "foundation/number_parse.h"
 
+#include <locale.h>
+
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
-#include <locale.h>
 #include <string>
 
 namespace quarl {

@@ -26,8 +26,7 @@ inline double ParseNumber(const char* begin, const char* end)
     if (p < end && ((*p >= '0' && *p <= '9') || *p == '.')) {
         double value = 0.0;
         const std::from_chars_result r = std::from_chars(begin, end, value);
-        if (r.ec == std::errc() && (r.ptr == end || (*r.ptr != 'x' && *r.ptr != 'X')))
-            return value;
+        if (r.ec == std::errc() && (r.ptr == end || (*r.ptr != 'x' && *r.ptr != 'X'))) return value;
     }
     return ParseNumberSlow(begin, end);
 }

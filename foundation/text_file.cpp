@@ -301,7 +301,8 @@ ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
         const char* end = begin + got;
         const char* hit = nullptr;
         for (const char* from = begin; !hit;) {
-            const char* mark = static_cast<const char*>(std::memchr(from, first, static_cast<size_t>(end - from)));
+            const char* mark =
+                static_cast<const char*>(std::memchr(from, first, static_cast<size_t>(end - from)));
             if (!mark) break;
             const char* start = mark;
             while (start > begin && start[-1] == '\r') --start;
@@ -311,7 +312,8 @@ ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
         const char* stop = hit ? hit : end;
         const char* tail = begin;
         for (const char* p = begin; p < stop;) {
-            const char* feed = static_cast<const char*>(std::memchr(p, '\n', static_cast<size_t>(stop - p)));
+            const char* feed =
+                static_cast<const char*>(std::memchr(p, '\n', static_cast<size_t>(stop - p)));
             if (!feed) break;
             ++passed;
             ++m_lineCount;
@@ -325,7 +327,9 @@ ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
         }
         if (tail < stop) pending = true;
         if (hit) {
-            if (SeekStream(m_file, static_cast<int64_t>(offset + static_cast<uint64_t>(hit - begin)), SEEK_SET) != 0)
+            if (SeekStream(m_file,
+                           static_cast<int64_t>(offset + static_cast<uint64_t>(hit - begin)),
+                           SEEK_SET) != 0)
                 return LASFILE_IO_FAILED;
             const ELASFILEERROR result = ReadLine();
             if (result == LASFILE_OK) ++passed;
@@ -393,8 +397,8 @@ ELASFILEERROR CTextFile::ReadLine()
 double CTextFile::GetPercentRead() const
 {
     if (m_fileSize == 0) return 100.0;
-    const double percent = static_cast<double>(m_bufferStart + m_bufferPos) * 100.0 /
-                           static_cast<double>(m_fileSize);
+    const double percent =
+        static_cast<double>(m_bufferStart + m_bufferPos) * 100.0 / static_cast<double>(m_fileSize);
     // Decoded text can hold more bytes than the file.
     return percent > 100.0 ? 100.0 : percent;
 }

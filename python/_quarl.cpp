@@ -2,11 +2,10 @@
 // GIL released, sections shared with Python through their shared pointers,
 // and numeric curves handed out as numpy arrays over the section's own
 // values. The package `quarl` builds its friendly interface on top of this.
-#include <quarl/quarl.h>
-
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
+#include <quarl/quarl.h>
 
 #include <atomic>
 #include <chrono>
@@ -235,8 +234,8 @@ py::object CurveValues(const SectionPtr& section, py::ssize_t index)
         return py::module_::import("numpy").attr("array")(values, py::arg("dtype") = "object");
     }
     py::object owner = py::cast(section);
-    return py::array_t<double>({curve.m_numbers.size()}, {sizeof(double)},
-                               curve.m_numbers.data(), owner);
+    return py::array_t<double>({curve.m_numbers.size()}, {sizeof(double)}, curve.m_numbers.data(),
+                               owner);
 }
 
 // Appends a numeric curve with a copy of the values.
@@ -278,25 +277,25 @@ void BindParam(py::module_& m)
     param.def(py::init([](const py::handle& mnemonic, const py::handle& unit,
                           const py::handle& value, const py::handle& description,
                           const py::handle& format, const py::handle& association) {
-                  return CLasParam{Bytes(mnemonic), Bytes(unit), Bytes(value),
+                  return CLasParam{Bytes(mnemonic),    Bytes(unit),   Bytes(value),
                                    Bytes(description), Bytes(format), Bytes(association)};
               }),
               py::arg("mnemonic"), py::arg("unit") = "", py::arg("value") = "",
               py::arg("description") = "", py::arg("format") = "", py::arg("association") = "");
-    for (auto [name, member] : {std::make_pair("mnemonic", &CLasParam::m_mnemonic),
-                                std::make_pair("unit", &CLasParam::m_unit),
-                                std::make_pair("value", &CLasParam::m_value),
-                                std::make_pair("description", &CLasParam::m_description),
-                                std::make_pair("format", &CLasParam::m_format),
-                                std::make_pair("association", &CLasParam::m_association)}) {
+    for (auto [name, member] :
+         {std::make_pair("mnemonic", &CLasParam::m_mnemonic),
+          std::make_pair("unit", &CLasParam::m_unit), std::make_pair("value", &CLasParam::m_value),
+          std::make_pair("description", &CLasParam::m_description),
+          std::make_pair("format", &CLasParam::m_format),
+          std::make_pair("association", &CLasParam::m_association)}) {
         auto [get, set] = field(member);
         param.def_property(name, get, set);
     }
     param.def("__repr__", [](const CLasParam& p) {
-        return "Param(" + py::repr(Text(p.m_mnemonic)).cast<std::string>() + ", unit=" +
-               py::repr(Text(p.m_unit)).cast<std::string>() + ", value=" +
-               py::repr(Text(p.m_value)).cast<std::string>() + ", description=" +
-               py::repr(Text(p.m_description)).cast<std::string>() + ")";
+        return "Param(" + py::repr(Text(p.m_mnemonic)).cast<std::string>() +
+               ", unit=" + py::repr(Text(p.m_unit)).cast<std::string>() +
+               ", value=" + py::repr(Text(p.m_value)).cast<std::string>() +
+               ", description=" + py::repr(Text(p.m_description)).cast<std::string>() + ")";
     });
 }
 
@@ -314,8 +313,9 @@ void BindSection(py::module_& m)
         .def_property_readonly("name", [](const CLasSection& s) { return Text(s.m_name); })
         .def_property_readonly("type", [](const CLasSection& s) { return int(s.m_type); })
         .def_property_readonly("flags", [](const CLasSection& s) { return s.m_flags; })
-        .def_property("association", [](const CLasSection& s) { return Text(s.m_association); },
-                      [](CLasSection& s, const py::handle& v) { s.m_association = Bytes(v); })
+        .def_property(
+            "association", [](const CLasSection& s) { return Text(s.m_association); },
+            [](CLasSection& s, const py::handle& v) { s.m_association = Bytes(v); })
         .def_property(
             "params", [](const CLasSection& s) { return Params(s.m_params); },
             [](CLasSection& s, std::vector<CLasParam> params) { s.m_params = std::move(params); })
@@ -347,7 +347,8 @@ PYBIND11_MODULE(_quarl, m)
     py::class_<CLasNote>(m, "Note")
         .def_readonly("line", &CLasNote::line)
         .def_property_readonly("kind", [](const CLasNote& n) { return int(n.kind); })
-        .def_property_readonly("kind_name", [](const CLasNote& n) { return LasNoteKindName(n.kind); })
+        .def_property_readonly("kind_name",
+                               [](const CLasNote& n) { return LasNoteKindName(n.kind); })
         .def_property_readonly("text", [](const CLasNote& n) { return Text(n.text); });
 
     py::class_<ReadResult, std::shared_ptr<ReadResult>>(m, "ReadResult")

@@ -56,9 +56,13 @@ private:
 
     void Mark(char c, uint8_t bit)
     {
-        m_class[static_cast<unsigned char>(c)] = static_cast<uint8_t>(m_class[static_cast<unsigned char>(c)] | bit);
+        m_class[static_cast<unsigned char>(c)] =
+            static_cast<uint8_t>(m_class[static_cast<unsigned char>(c)] | bit);
     }
-    bool Is(char c, uint8_t bit) const { return (m_class[static_cast<unsigned char>(c)] & bit) != 0; }
+    bool Is(char c, uint8_t bit) const
+    {
+        return (m_class[static_cast<unsigned char>(c)] & bit) != 0;
+    }
 
     uint8_t m_class[256] = {};
     char m_delimiter;
@@ -112,15 +116,18 @@ bool HasLeadingNumber(const char* begin, const char* end)
     if (p < end && *p == '.') ++p;
     if (p < end && *p >= '0' && *p <= '9') return true;
     const size_t left = static_cast<size_t>(end - p);
-    return (left >= 3 && (AsciiCompareNoCaseN(p, "inf", 3) == 0 || AsciiCompareNoCaseN(p, "nan", 3) == 0));
+    return (left >= 3 &&
+            (AsciiCompareNoCaseN(p, "inf", 3) == 0 || AsciiCompareNoCaseN(p, "nan", 3) == 0));
 }
 
 // The values a row lacks: `fill` in numeric curves, "" in text curves.
 void FillRow(std::vector<CLasCurve>& curves, size_t from, double fill)
 {
     for (size_t i = from; i < curves.size(); ++i) {
-        if (curves[i].m_isNumeric) curves[i].m_numbers.push_back(fill);
-        else curves[i].m_strings.emplace_back();
+        if (curves[i].m_isNumeric)
+            curves[i].m_numbers.push_back(fill);
+        else
+            curves[i].m_strings.emplace_back();
     }
 }
 
@@ -212,7 +219,8 @@ void DropRow(std::vector<CLasCurve>& curves, size_t row)
 uint64_t RowBytes(const std::vector<CLasCurve>& curves)
 {
     uint64_t bytes = 0;
-    for (const CLasCurve& curve : curves) bytes += curve.m_isNumeric ? sizeof(double) : sizeof(CLasString);
+    for (const CLasCurve& curve : curves)
+        bytes += curve.m_isNumeric ? sizeof(double) : sizeof(CLasString);
     return bytes;
 }
 
@@ -266,16 +274,20 @@ ELASFILEERROR CLasReader::ReadDataSection()
     // An association written in the header binds; only without one do the
     // name rules look for the definition.
     const bool named = !section.m_association.empty();
-    if (!named && FindDefinitionSectionForDataSection(section.m_name.c_str(), &section.m_association) < 0) {
-        if (!m_options.lenient) return Stop(LASFILE_BAD_FORMAT, "a data section without a definition section");
+    if (!named &&
+        FindDefinitionSectionForDataSection(section.m_name.c_str(), &section.m_association) < 0) {
+        if (!m_options.lenient)
+            return Stop(LASFILE_BAD_FORMAT, "a data section without a definition section");
         section.m_association.clear();
         const ELASFILEERROR made = MakeCurvesFromHeader(section);
         if (made != LASFILE_OK) return made;
     } else {
         const int32_t definition = FindSectionIndexByName(section.m_association.c_str());
         if (definition < 0)
-            return Stop(LASFILE_BAD_FORMAT, "the association of a data section names no section read before it");
-        const std::vector<CLasParam>& params = m_sections[static_cast<size_t>(definition)]->m_params;
+            return Stop(LASFILE_BAD_FORMAT,
+                        "the association of a data section names no section read before it");
+        const std::vector<CLasParam>& params =
+            m_sections[static_cast<size_t>(definition)]->m_params;
         uint64_t bytes = sizeof(CLasSection) + section.m_name.size();
         for (const CLasParam& param : params) bytes += sizeof(CLasCurve) + ParamBytes(param);
         if (!Spend(bytes)) return LASFILE_OUT_OF_MEMORY;
@@ -285,8 +297,8 @@ ELASFILEERROR CLasReader::ReadDataSection()
             curve.m_definition = params[i];
             curve.m_isNumeric = FormatIsNumeric(params[i].m_format, m_options.lenient);
             if (curve.m_isNumeric && !FormatIsNumeric(params[i].m_format, false))
-                Note(LASNOTE_ARRAY_FORMAT, "curve " + params[i].m_mnemonic + " " + params[i].m_format +
-                                               " read as numbers");
+                Note(LASNOTE_ARRAY_FORMAT, "curve " + params[i].m_mnemonic + " " +
+                                               params[i].m_format + " read as numbers");
         }
     }
 
@@ -362,7 +374,8 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
 // non-numbers becomes a text curve, and one of whole numbers and numbers
 // with a decimal comma is read with the comma as the decimal mark. A curve
 // with numbers and non-numbers keeps its numbers and their notes.
-void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept, uint64_t headerLine)
+void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
+                                  uint64_t headerLine)
 {
     for (size_t i = 0; i < section.m_curves.size(); ++i) {
         CLasCurve& curve = section.m_curves[i];
@@ -411,7 +424,8 @@ void CLasReader::FillShortRow(std::vector<CLasCurve>& curves, size_t column)
     std::snprintf(fill, sizeof fill, "%g", m_fillValue);
     m_notes.push_back(CLasNote{m_lineNumber, kind,
                                "row of " + std::to_string(column) + " values for " +
-                                   std::to_string(curves.size()) + " curves; the rest filled with " +
+                                   std::to_string(curves.size()) +
+                                   " curves; the rest filled with " +
                                    (withNull ? std::string("NULL ") : std::string()) + fill});
 }
 
@@ -456,7 +470,8 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
             } else {
                 do {
                     const ELASFILEERROR result = ReadLine();
-                    if (result == LASFILE_IO_FAILED) return Stop(result, "the file ends inside a wrapped row");
+                    if (result == LASFILE_IO_FAILED)
+                        return Stop(result, "the file ends inside a wrapped row");
                     if (result != LASFILE_OK) return result;
                     const char* next = Line();
                     if (next[0] == '~') {
@@ -481,7 +496,8 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
         const char* end = bytes.TokenEnd(number ? number : p);
         p = bytes.SkipBlanks(end);
         if (checkDelimiter && *p != '\0' && column + 1 < count) {
-            if (*p != bytes.delimiter()) return Stop(LASFILE_BAD_FORMAT, "no delimiter between two values of a row");
+            if (*p != bytes.delimiter())
+                return Stop(LASFILE_BAD_FORMAT, "no delimiter between two values of a row");
             p = bytes.SkipBlanks(p + 1);
             afterDelimiter = true;
         }

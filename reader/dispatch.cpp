@@ -35,8 +35,10 @@ std::string NameTail(const std::string& name)
 std::string CLasReader::SectionTitle(const std::string& name) const
 {
     if (!m_options.lenient) return name;
-    static const char* const kTitles[][2] = {
-        {"curves", "Curve"}, {"params", "Parameter"}, {"parameters", "Parameter"}, {"asc", "ASCII"}};
+    static const char* const kTitles[][2] = {{"curves", "Curve"},
+                                             {"params", "Parameter"},
+                                             {"parameters", "Parameter"},
+                                             {"asc", "ASCII"}};
     for (const auto& title : kTitles) {
         if (AsciiEqualNoCase(name.c_str(), title[0])) return title[1];
     }
@@ -80,7 +82,8 @@ void CLasReader::StoreSection(std::shared_ptr<CLasSection> section)
 {
     m_sections.push_back(std::move(section));
     if (m_nameIndex)
-        m_nameIndex->Add(m_sections.back()->m_name.c_str(), static_cast<int32_t>(m_sections.size() - 1));
+        m_nameIndex->Add(m_sections.back()->m_name.c_str(),
+                         static_cast<int32_t>(m_sections.size() - 1));
 }
 
 // While Open reads, only StoreSection adds sections, so the index answers;
@@ -104,8 +107,7 @@ int32_t CLasReader::FindSectionIndexByName(const char* name) const
     const size_t length = std::strlen(name);
     for (size_t i = 0; i < m_sections.size(); ++i) {
         const CLasString& stored = m_sections[i]->m_name;
-        if (stored.size() < length || (stored.size() > length && stored[length] != '\0'))
-            continue;
+        if (stored.size() < length || (stored.size() > length && stored[length] != '\0')) continue;
         size_t k = length;
         while (k > 0 && AsciiLower(stored[k - 1]) == AsciiLower(name[k - 1])) --k;
         if (k == 0) return static_cast<int32_t>(i);

@@ -30,7 +30,8 @@ int32_t CLasReader::CountSectionsByType(ELASSECTIONTYPE type) const
     return count;
 }
 
-ELASFILEERROR CLasReader::GetSectionNames(ELASSECTIONTYPE type, std::vector<CLasString>& names) const
+ELASFILEERROR CLasReader::GetSectionNames(ELASSECTIONTYPE type,
+                                          std::vector<CLasString>& names) const
 {
     names.clear();
     for (const auto& section : m_sections) {
@@ -98,7 +99,8 @@ const CLasSection& CLasReader::GetSection(uint64_t index) const
 std::shared_ptr<CLasSection> CLasReader::GetVersionHeadersPtr() const
 {
     NoteSectionsLent();
-    if (m_sections.empty()) throw tessel::Exception(kModule, kFile, __LINE__, kCode, kInternalError);
+    if (m_sections.empty())
+        throw tessel::Exception(kModule, kFile, __LINE__, kCode, kInternalError);
     return m_sections[0];
 }
 

@@ -118,18 +118,23 @@ ELASFILEERROR CLasReader::ReadParameterLine(CLasSection& section, bool isVersion
     unsigned relaxed = 0;
     if (ParseParameterLineAs(Line(), param, m_options.lenient, relaxed) != LASFILE_OK) {
         if (!m_options.lenient)
-            return Stop(LASFILE_BAD_FORMAT, "a line of a parameter section is not MNEM.UNIT VALUE : DESCRIPTION");
+            return Stop(LASFILE_BAD_FORMAT,
+                        "a line of a parameter section is not MNEM.UNIT VALUE : DESCRIPTION");
         Note(LASNOTE_LINE_PASSED_OVER, "no parameter line: passed over");
         return LASFILE_OK;
     }
     const std::string quoted = param.m_mnemonic + " = \"" + param.m_value + "\"";
-    if (relaxed & kRelaxedNoPeriod) Note(LASNOTE_NO_PERIOD, "no period behind " + param.m_mnemonic + ": empty unit");
-    if (relaxed & kValueCutAtColon) Note(LASNOTE_VALUE_CUT, "value cut at a colon inside a time: " + quoted);
+    if (relaxed & kRelaxedNoPeriod)
+        Note(LASNOTE_NO_PERIOD, "no period behind " + param.m_mnemonic + ": empty unit");
+    if (relaxed & kValueCutAtColon)
+        Note(LASNOTE_VALUE_CUT, "value cut at a colon inside a time: " + quoted);
     if (relaxed & kColonsKept) Note(LASNOTE_VALUE_WITH_COLONS, "value keeps its colons: " + quoted);
     if (!Spend(ParamBytes(param))) return LASFILE_OUT_OF_MEMORY;
     section.m_params.push_back(std::move(param));
-    if (isVersion) ApplyVersionLine(section.m_params.back());
-    else if (m_options.lenient && m_isVersion1) ApplyLas12WellLine(section, section.m_params.back());
+    if (isVersion)
+        ApplyVersionLine(section.m_params.back());
+    else if (m_options.lenient && m_isVersion1)
+        ApplyLas12WellLine(section, section.m_params.back());
     return LASFILE_OK;
 }
 
@@ -138,15 +143,17 @@ ELASFILEERROR CLasReader::ReadParameterLine(CLasSection& section, bool isVersion
 // depth and null lines.
 void CLasReader::ApplyLas12WellLine(const CLasSection& section, CLasParam& param)
 {
-    if (!AsciiEqualNoCase(section.m_name.c_str(), "Well") && !AsciiEqualNoCase(section.m_name.c_str(), "W"))
+    if (!AsciiEqualNoCase(section.m_name.c_str(), "Well") &&
+        !AsciiEqualNoCase(section.m_name.c_str(), "W"))
         return;
     for (const char* kept : {"STRT", "STOP", "STEP", "NULL"}) {
         if (AsciiEqualNoCase(param.m_mnemonic.c_str(), kept)) return;
     }
     if (param.m_value.empty() || param.m_description.empty()) return;
     std::swap(param.m_value, param.m_description);
-    Note(LASNOTE_LAS12_WELL_VALUE, "LAS 1.2 Well line: " + param.m_mnemonic + " = \"" + param.m_value +
-                                       "\", described as \"" + param.m_description + "\"");
+    Note(LASNOTE_LAS12_WELL_VALUE, "LAS 1.2 Well line: " + param.m_mnemonic + " = \"" +
+                                       param.m_value + "\", described as \"" + param.m_description +
+                                       "\"");
 }
 
 }  // namespace quarl

@@ -101,9 +101,12 @@ void CLasReader::FinishNotes(ELASFILEERROR result)
     }
     if (result == LASFILE_OK) return;
     if (m_stopReason.empty()) {
-        if (result == LASFILE_CANCELLED) m_stopReason = "the status callback stopped the read";
-        else if (result == LASFILE_OUT_OF_MEMORY) m_stopReason = "no memory for a line of the file";
-        else m_stopReason = ResultDescription(result);
+        if (result == LASFILE_CANCELLED)
+            m_stopReason = "the status callback stopped the read";
+        else if (result == LASFILE_OUT_OF_MEMORY)
+            m_stopReason = "no memory for a line of the file";
+        else
+            m_stopReason = ResultDescription(result);
     }
     CLasNote note;
     note.line = m_lineNumber;

@@ -52,12 +52,18 @@ std::string HeaderName(const char* line)
 const char* TextFormName(CTextFile::ETextForm form)
 {
     switch (form) {
-    case CTextFile::kFormUtf8Bom: return "a UTF-8 byte-order mark was passed over";
-    case CTextFile::kFormUtf16Le: return "UTF-16 LE text read as UTF-8";
-    case CTextFile::kFormUtf16Be: return "UTF-16 BE text read as UTF-8";
-    case CTextFile::kFormUtf32Le: return "UTF-32 LE text read as UTF-8";
-    case CTextFile::kFormUtf32Be: return "UTF-32 BE text read as UTF-8";
-    case CTextFile::kFormBytes: break;
+        case CTextFile::kFormUtf8Bom:
+            return "a UTF-8 byte-order mark was passed over";
+        case CTextFile::kFormUtf16Le:
+            return "UTF-16 LE text read as UTF-8";
+        case CTextFile::kFormUtf16Be:
+            return "UTF-16 BE text read as UTF-8";
+        case CTextFile::kFormUtf32Le:
+            return "UTF-32 LE text read as UTF-8";
+        case CTextFile::kFormUtf32Be:
+            return "UTF-32 BE text read as UTF-8";
+        case CTextFile::kFormBytes:
+            break;
     }
     return "";
 }
@@ -160,12 +166,13 @@ ELASFILEERROR CLasReader::PassLeadingText()
             noted = true;
         }
         const ELASFILEERROR result = ReadLine();
-        if (result == LASFILE_IO_FAILED) return Stop(LASFILE_BAD_FORMAT, "no section header in the file");
+        if (result == LASFILE_IO_FAILED)
+            return Stop(LASFILE_BAD_FORMAT, "no section header in the file");
         if (result != LASFILE_OK) return result;
     }
     if (!StartsLikeVersionSection(Line()))
-        Note(LASNOTE_NO_VERSION_FIRST,
-             "the file starts with ~" + HeaderName(Line()) + ", not a Version section: LAS 2.0 assumed");
+        Note(LASNOTE_NO_VERSION_FIRST, "the file starts with ~" + HeaderName(Line()) +
+                                           ", not a Version section: LAS 2.0 assumed");
     return LASFILE_OK;
 }
 
@@ -214,8 +221,8 @@ ELASFILEERROR CLasReader::Open(const tessel::TxString& path)
         m_lineNumber = 1;
         result = ReadFile();
     } else {
-        Stop(result, m_file.IsOpen() ? "the file is empty or cannot be read"
-                                     : "the file cannot be opened");
+        Stop(result,
+             m_file.IsOpen() ? "the file is empty or cannot be read" : "the file cannot be opened");
     }
     FinishNotes(result);
     return result;

@@ -3,16 +3,16 @@
 #ifndef QUARL_READER_READER_RULES_H
 #define QUARL_READER_READER_RULES_H
 
-#include <cstdint>
-
 #include <quarl/document.h>
+
+#include <cstdint>
 
 namespace quarl {
 
 // Bits of the `relaxed` output of CLasReader::ParseParameterLineAs.
-constexpr unsigned kRelaxedNoPeriod = 1;   // leniently read without a period
-constexpr unsigned kValueCutAtColon = 2;   // the value ends at a colon inside a time
-constexpr unsigned kColonsKept = 4;        // leniently the value kept its colons
+constexpr unsigned kRelaxedNoPeriod = 1;  // leniently read without a period
+constexpr unsigned kValueCutAtColon = 2;  // the value ends at a colon inside a time
+constexpr unsigned kColonsKept = 4;       // leniently the value kept its colons
 
 inline uint64_t ParamBytes(const CLasParam& p)
 {

@@ -3,7 +3,6 @@
 // be allocated at any point of a read. Each must end in a result code with
 // valid objects, the target of a write as it was, and nothing left behind.
 #include <gtest/gtest.h>
-
 #include <sched.h>
 #include <signal.h>
 #include <sys/mount.h>
@@ -32,8 +31,10 @@ void BuildDocument(CLasWriter& w, bool las3, int rows)
 {
     ASSERT_EQ(w.SetFormat(las3, las3 ? ',' : ' '), LASFILE_OK);
     CLasSection params = Section("Parameter", LASSECTION_PARAMETER);
-    for (int i = 0; i < 30; ++i) params.m_params.push_back(Param("P" + std::to_string(i), "M", "1.5", std::string(i * 3, 'd')));
-    std::vector<CLasCurve> curves = {Numbers({}, Param("DEPT", "M", "", "Depth")), Numbers({}, Param("GR", "GAPI", "", "Gamma ray"))};
+    for (int i = 0; i < 30; ++i)
+        params.m_params.push_back(Param("P" + std::to_string(i), "M", "1.5", std::string(i * 3, 'd')));
+    std::vector<CLasCurve> curves = {Numbers({}, Param("DEPT", "M", "", "Depth")),
+                                     Numbers({}, Param("GR", "GAPI", "", "Gamma ray"))};
     for (int r = 0; r < rows; ++r) {
         curves[0].m_numbers.push_back(1000.0 + 0.5 * r);
         curves[1].m_numbers.push_back(40.0 + r % 17);
@@ -43,8 +44,10 @@ void BuildDocument(CLasWriter& w, bool las3, int rows)
         curves[2].m_definition = Param("LITH", "", "", "Lithology", "{S}");
         for (int r = 0; r < rows; ++r) curves[2].m_strings.push_back(r % 3 ? "sand" : "shale");
     }
-    for (const CLasSection& s : {Section("Well", LASSECTION_HEADER, {Param("WELL", "", "Fault 1", "Well name"), Param("UWI", "", "A-1", "Unique id")}),
-                                 params, Data(las3 ? "Log_Data" : "ASCII", curves)})
+    for (const CLasSection& s :
+         {Section("Well", LASSECTION_HEADER,
+                  {Param("WELL", "", "Fault 1", "Well name"), Param("UWI", "", "A-1", "Unique id")}),
+          params, Data(las3 ? "Log_Data" : "ASCII", curves)})
         ASSERT_EQ(w.AddSection(s), LASFILE_OK) << s.m_name;
 }
 
@@ -102,7 +105,8 @@ TEST(Faults, FullDiskGivesIoFailedAndKeepsTheTarget)
         const size_t rowsBegin = full.find('\n', full.find(las3 ? "~Log_Data" : "~ASCII")) + 1;
         // At the first byte, inside the first block, at a block boundary, at
         // the first byte of the rows, one byte short.
-        for (rlim_t room : {rlim_t{0}, rlim_t{1}, rlim_t{4096}, rlim_t{rowsBegin}, rlim_t{full.size() / 2}, rlim_t{full.size() - 1}}) {
+        for (rlim_t room : {rlim_t{0}, rlim_t{1}, rlim_t{4096}, rlim_t{rowsBegin}, rlim_t{full.size() / 2},
+                            rlim_t{full.size() - 1}}) {
             {
                 CLasWriter w;
                 BuildDocument(w, las3, 2000);
@@ -117,8 +121,11 @@ TEST(Faults, FullDiskGivesIoFailedAndKeepsTheTarget)
                 // byte the disk refused, and its column.
                 if (room >= rowsBegin) {
                     const size_t lineBegin = full.rfind('\n', room - 1) + 1;
-                    const auto row = std::count(full.begin() + static_cast<long>(rowsBegin), full.begin() + static_cast<long>(lineBegin), '\n');
-                    const auto column = std::count(full.begin() + static_cast<long>(lineBegin), full.begin() + static_cast<long>(room), las3 ? ',' : ' ') - (las3 ? 0 : 1);
+                    const auto row = std::count(full.begin() + static_cast<long>(rowsBegin),
+                                                full.begin() + static_cast<long>(lineBegin), '\n');
+                    const auto column = std::count(full.begin() + static_cast<long>(lineBegin),
+                                                   full.begin() + static_cast<long>(room), las3 ? ',' : ' ') -
+                                        (las3 ? 0 : 1);
                     EXPECT_EQ(w.GetLastErrorRow(), row) << room;
                     const long lineEnd = las3 ? 3 : 2;  // the column behind the last curve
                     EXPECT_EQ(w.GetLastErrorColumn(), full[room] == '\n' ? lineEnd : std::max<long>(column, 0)) << room;
@@ -265,8 +272,11 @@ std::vector<std::string> ReadCases(const TempDir& dir)
 {
     WrittenBytes(false, 40, dir.File("w20.las"));
     WrittenBytes(true, 40, dir.File("w30.las"));
-    std::string wrapped = "# head\n~Version\nVERS. 2.0 : v\nWRAP. YES : w\n~Well\nSTEP.M 1 : s\n~Curve\nDEPT.M : d\nA.M : a\nB.M : b\n~A\n";
-    for (int r = 0; r < 30; ++r) wrapped += std::to_string(r) + "\n# between\n  1.5\n2." + std::string(r * 13, '5') + "\n";
+    std::string wrapped =
+        "# head\n~Version\nVERS. 2.0 : v\nWRAP. YES : w\n~Well\nSTEP.M 1 : s\n~Curve\nDEPT.M : d\nA.M : a\nB.M : "
+        "b\n~A\n";
+    for (int r = 0; r < 30; ++r)
+        wrapped += std::to_string(r) + "\n# between\n  1.5\n2." + std::string(r * 13, '5') + "\n";
     return {SampleFile("sample_las20.las"), SampleFile("sample_las30.las"), dir.File("w20.las"), dir.File("w30.las"),
             dir.Write("wrapped.las", wrapped)};
 }

@@ -1,6 +1,7 @@
 // Write: the bytes of the file, widths, quoting, reports, cancellation, the
 // error record of every point of failure, and what stands at the target
 // after a write that did not finish.
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,8 +9,6 @@
 #include <cstdio>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "support/reader_access.h"
 #include "support/writer_access.h"
@@ -20,12 +19,14 @@ namespace {
 
 using detail::WriterAccess;
 
-const std::string kDepths = " STRT.          1000.00000000 : Starting Depth {F}\n STOP.          %s : Stopping Depth {F}\n"
-                            " STEP.             0.50000000 : Step interval between samples {F}\n"
-                            " COMP.          Not Specified : \n";
+const std::string kDepths =
+    " STRT.          1000.00000000 : Starting Depth {F}\n STOP.          %s : Stopping Depth {F}\n"
+    " STEP.             0.50000000 : Step interval between samples {F}\n"
+    " COMP.          Not Specified : \n";
 const std::string kNone = " FLD .          Not Specified : \n LOC .          Not Specified : \n";
-const std::string kPlaces = " CNTY.          Not Specified : \n STAT.          Not Specified : \n"
-                            " CTRY.          Not Specified : \n SRVC.          Not Specified : \n";
+const std::string kPlaces =
+    " CNTY.          Not Specified : \n STAT.          Not Specified : \n"
+    " CTRY.          Not Specified : \n SRVC.          Not Specified : \n";
 
 std::string Head(const std::string& path, const char* version)
 {
@@ -35,7 +36,10 @@ std::string Head(const std::string& path, const char* version)
            "\n WRAP.                           NO : ONE LINE PER DEPTH STEP\n";
 }
 
-std::string Depths(const char* stop) { return std::string(kDepths).replace(kDepths.find("%s"), 2, stop); }
+std::string Depths(const char* stop)
+{
+    return std::string(kDepths).replace(kDepths.find("%s"), 2, stop);
+}
 
 std::string Example20(const std::string& path)
 {
@@ -47,29 +51,41 @@ std::string Example20(const std::string& path)
 
 std::string Example30(const std::string& path)
 {
-    return Head(path, "3.0") + " DLM .                        COMMA : DELIMITING CHARACTER BETWEEN DATA COLUMNS\n~Well\n"
+    return Head(path, "3.0") +
+           " DLM .                        COMMA : DELIMITING CHARACTER BETWEEN DATA COLUMNS\n~Well\n"
            " WELL.              Example 1 : Well name\n UWI .                   A-12 : Unique well id\n" +
            Depths("1000.50000000") + kNone + kPlaces +
-           "~Core_Parameter\n C_TOP .M                1000.2 : Core top {F}\n C_BASE.M                1000.4 : Core base {F}\n"
-           "~Core_Definition\n DEPT.M                       : Depth {F}\n LITH.                        : Lithology {S}\n"
-           "~Core_Data | Core_Definition\n 1000.25,fine sand\n~Log_Parameter\n RUNS.                      1 : Runs {I}\n"
-           "~Log_Definition\n DEPT.M                         : Depth {F}\n GR  .GAPI                      : Gamma ray {F} | RUNS\n"
+           "~Core_Parameter\n C_TOP .M                1000.2 : Core top {F}\n C_BASE.M                1000.4 : Core "
+           "base {F}\n"
+           "~Core_Definition\n DEPT.M                       : Depth {F}\n LITH.                        : Lithology "
+           "{S}\n"
+           "~Core_Data | Core_Definition\n 1000.25,fine sand\n~Log_Parameter\n RUNS.                      1 : Runs "
+           "{I}\n"
+           "~Log_Definition\n DEPT.M                         : Depth {F}\n GR  .GAPI                      : Gamma ray "
+           "{F} | RUNS\n"
            "~Log_Data | Log_Definition\n 1000,45.25\n 1000.5,50\n";
 }
 
 void Build(CLasWriter& w, bool las3)
 {
     ASSERT_EQ(w.SetFormat(las3, las3 ? ',' : ' '), LASFILE_OK);
-    std::vector<CLasSection> sections = {Data("ASCII", {Numbers({1000, 1000.5, 1001}, Param("DEPT", "M", "", "Depth")),
-                                                        Numbers({45.25, 50, 61.125}, Param("GR", "GAPI", "", "Gamma ray"))})};
+    std::vector<CLasSection> sections = {
+        Data("ASCII", {Numbers({1000, 1000.5, 1001}, Param("DEPT", "M", "", "Depth")),
+                       Numbers({45.25, 50, 61.125}, Param("GR", "GAPI", "", "Gamma ray"))})};
     if (las3)
-        sections = {Section("Well", LASSECTION_HEADER, {Param("WELL", "", "Example 1", "Well name"), Param("UWI", "", "A-12", "Unique well id")}),
-                    Section("Core_Parameter", LASSECTION_PARAMETER, {Param("C_TOP", "M", "1000.2", "Core top", "{F}"), Param("C_BASE", "M", "1000.4", "Core base", "{F}")}),
-                    Section("Core_Definition", LASSECTION_DEFINITION, {Param("DEPT", "M", "", "Depth", "{F}"), Param("LITH", "", "", "Lithology", "{S}")}),
-                    Data("Core_Data", {Numbers({1000.25}), Texts({"fine sand"})}, "Core_Definition"),
-                    Section("Log_Parameter", LASSECTION_PARAMETER, {Param("RUNS", "", "1", "Runs", "{I}")}),
-                    Section("Log_Definition", LASSECTION_DEFINITION, {Param("DEPT", "M", "", "Depth", "{F}"), Param("GR", "GAPI", "", "Gamma ray", "{F}", "RUNS")}),
-                    Data("Log_Data", {Numbers({1000, 1000.5}), Numbers({45.25, 50})}, "Log_Definition")};
+        sections = {
+            Section("Well", LASSECTION_HEADER,
+                    {Param("WELL", "", "Example 1", "Well name"), Param("UWI", "", "A-12", "Unique well id")}),
+            Section(
+                "Core_Parameter", LASSECTION_PARAMETER,
+                {Param("C_TOP", "M", "1000.2", "Core top", "{F}"), Param("C_BASE", "M", "1000.4", "Core base", "{F}")}),
+            Section("Core_Definition", LASSECTION_DEFINITION,
+                    {Param("DEPT", "M", "", "Depth", "{F}"), Param("LITH", "", "", "Lithology", "{S}")}),
+            Data("Core_Data", {Numbers({1000.25}), Texts({"fine sand"})}, "Core_Definition"),
+            Section("Log_Parameter", LASSECTION_PARAMETER, {Param("RUNS", "", "1", "Runs", "{I}")}),
+            Section("Log_Definition", LASSECTION_DEFINITION,
+                    {Param("DEPT", "M", "", "Depth", "{F}"), Param("GR", "GAPI", "", "Gamma ray", "{F}", "RUNS")}),
+            Data("Log_Data", {Numbers({1000, 1000.5}), Numbers({45.25, 50})}, "Log_Definition")};
     for (const CLasSection& s : sections) ASSERT_EQ(w.AddSection(s), LASFILE_OK) << s.m_name;
 }
 
@@ -118,7 +134,8 @@ const std::string kDataHead = "~Log_Data | Log_Definition\n";
 
 TEST(FileOutput, TextCellsAreQuotedOnlyWhenTheyHoldTheBlankThatDelimits)
 {
-    const std::vector<CLasSection> data = {Data("Log_Data", {Numbers({1, 2}), Texts({"fine sand", "a,b"}), Texts({"sand", "\"q\""})})};
+    const std::vector<CLasSection> data = {
+        Data("Log_Data", {Numbers({1, 2}), Texts({"fine sand", "a,b"}), Texts({"sand", "\"q\""})})};
     EXPECT_EQ(Written(' ', data, kDataHead), " 1 \"fine sand\" sand\n 2 a,b \"q\"\n");
     EXPECT_EQ(Written(',', data, kDataHead), " 1,fine sand,sand\n 2,a,b,\"q\"\n");
     EXPECT_EQ(Written('\t', data, kDataHead), " 1\tfine sand\tsand\n 2\ta,b\t\"q\"\n");
@@ -126,7 +143,10 @@ TEST(FileOutput, TextCellsAreQuotedOnlyWhenTheyHoldTheBlankThatDelimits)
 
 TEST(FileOutput, NumbersHaveFifteenSignificantDigits)
 {
-    EXPECT_EQ(Written(',', {Data("Log_Data", {Numbers({0.1, 1e14, 1e15, -0.0, 123456789.123456789}), Numbers({0.125, 1.0 / 3, -2.5e-7, 1e300, 100})})}, kDataHead),
+    EXPECT_EQ(Written(',',
+                      {Data("Log_Data", {Numbers({0.1, 1e14, 1e15, -0.0, 123456789.123456789}),
+                                         Numbers({0.125, 1.0 / 3, -2.5e-7, 1e300, 100})})},
+                      kDataHead),
               " 0.1,0.125\n 100000000000000,0.333333333333333\n 1e+15,-2.5e-07\n -0,1e+300\n 123456789.123457,100\n");
 }
 
@@ -151,20 +171,26 @@ TEST(FileOutput, RowsWiderThanTheOutputBufferComeOutWhole)
 TEST(FileOutput, ParameterColumnsAreAsWideAsTheirSectionNeeds)
 {
     const auto params = [&](const CLasParam& odd) {
-        return Written(' ', {Section("Parameter", LASSECTION_PARAMETER, {Param("BHT", "DEGC", "35.5", "Bottom temp"), odd}),
-                             Data("Log_Data", {Numbers({1})})},
+        return Written(' ',
+                       {Section("Parameter", LASSECTION_PARAMETER, {Param("BHT", "DEGC", "35.5", "Bottom temp"), odd}),
+                        Data("Log_Data", {Numbers({1})})},
                        "~Parameter\n", "~");
     };
-    EXPECT_EQ(params(Param("X", "", "", "")), " BHT .DEGC                 35.5 : Bottom temp\n X   .                          : \n");
-    EXPECT_EQ(params(Param("LONGM", "UNITSX", "123456789012345678901", "d", "{F}", "RUNS")),
-              " BHT  .DEGC                    35.5 : Bottom temp\n LONGM.UNITSX 123456789012345678901 : d {F} | RUNS\n");
+    EXPECT_EQ(params(Param("X", "", "", "")),
+              " BHT .DEGC                 35.5 : Bottom temp\n X   .                          : \n");
+    EXPECT_EQ(
+        params(Param("LONGM", "UNITSX", "123456789012345678901", "d", "{F}", "RUNS")),
+        " BHT  .DEGC                    35.5 : Bottom temp\n LONGM.UNITSX 123456789012345678901 : d {F} | RUNS\n");
     const std::string huge(1000000, 'v');
-    EXPECT_EQ(params(Param("BIG", "", huge, "")), " BHT .DEGC " + std::string(huge.size() - 4, ' ') + "35.5 : Bottom temp\n BIG .     " + huge + " : \n");
+    EXPECT_EQ(params(Param("BIG", "", huge, "")),
+              " BHT .DEGC " + std::string(huge.size() - 4, ' ') + "35.5 : Bottom temp\n BIG .     " + huge + " : \n");
 }
 
 TEST(FileOutput, EmptySectionsAreWrittenAsTheirHeadersAlone)
 {
-    EXPECT_EQ(Written(' ', {Section("Tops_Parameter", LASSECTION_PARAMETER), Data("Empty_Data", {}), Data("Log_Data", {Numbers({}), Numbers({})})},
+    EXPECT_EQ(Written(' ',
+                      {Section("Tops_Parameter", LASSECTION_PARAMETER), Data("Empty_Data", {}),
+                       Data("Log_Data", {Numbers({}), Numbers({})})},
                       " SRVC.          Not Specified : \n", " COL1"),
               "~Empty_Definition\n~Empty_Data | Empty_Definition\n~Tops_Parameter\n~Log_Definition\n");
 }
@@ -302,7 +328,8 @@ TEST(FileOutput, EveryOutputCallHasItsOwnErrorRecord)
         EXPECT_EQ(ReadFileBytes(path), "old\n") << call;
         records.push_back(LastError(w));
     }
-    const ErrorRecord clear, none{LASFILE_IO_FAILED}, well{LASFILE_IO_FAILED, "Well"}, w2{LASFILE_IO_FAILED, "Well", "WELL"};
+    const ErrorRecord clear, none{LASFILE_IO_FAILED}, well{LASFILE_IO_FAILED, "Well"},
+        w2{LASFILE_IO_FAILED, "Well", "WELL"};
     // Banner, filename, "~Version Information" leave the record clear; VERS,
     // WRAP, DLM record no place; the head of "Well" (no association) and the
     // leading blank of its first line the section; the other five pieces of
@@ -317,8 +344,11 @@ TEST(FileOutput, EveryOutputCallHasItsOwnErrorRecord)
     EXPECT_EQ(std::count(records.begin(), records.end(), ErrorRecord{LASFILE_IO_FAILED, "Log_Definition", "GR"}), 7);
     // The last row of Log_Data: blank, cell, delimiter, cell, line end.
     const ErrorRecord row{LASFILE_IO_FAILED, "Log_Data", "", -1, -1};
-    const std::vector<ErrorRecord> tail = {row, {LASFILE_IO_FAILED, "Log_Data", "", 0, 1}, {LASFILE_IO_FAILED, "Log_Data", "", 0, 1},
-                                           {LASFILE_IO_FAILED, "Log_Data", "", 1, 1}, {LASFILE_IO_FAILED, "Log_Data", "", 2, 1}};
+    const std::vector<ErrorRecord> tail = {row,
+                                           {LASFILE_IO_FAILED, "Log_Data", "", 0, 1},
+                                           {LASFILE_IO_FAILED, "Log_Data", "", 0, 1},
+                                           {LASFILE_IO_FAILED, "Log_Data", "", 1, 1},
+                                           {LASFILE_IO_FAILED, "Log_Data", "", 2, 1}};
     EXPECT_EQ(std::vector<ErrorRecord>(records.end() - tail.size(), records.end()), tail);
     EXPECT_EQ(FolderEntries(dir.path()), std::vector<std::string>{"t.las"});
 }

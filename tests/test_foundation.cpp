@@ -1,6 +1,9 @@
 // Foundation: result codes, tessel's TxString, the document
 // classes, and the ASCII-only case-blind comparison against a model,
 // whatever the host's locale.
+#include <gtest/gtest.h>
+#include <quarl/quarl.h>
+
 #include <clocale>
 #include <cmath>
 #include <exception>
@@ -9,9 +12,6 @@
 #include <string>
 #include <type_traits>
 #include <vector>
-
-#include <gtest/gtest.h>
-#include <quarl/quarl.h>
 
 #include "foundation/platform.h"
 #include "support/writer_access.h"
@@ -30,7 +30,10 @@ TEST(Foundation, TxStringKeepsEveryByteUpToTheFirstNul)
     EXPECT_TRUE(message.empty());
 }
 
-CLasParam Param(const char* mnemonic, const char* value) { return test::Param(mnemonic, "", value, ""); }
+CLasParam Param(const char* mnemonic, const char* value)
+{
+    return test::Param(mnemonic, "", value, "");
+}
 
 TEST(Foundation, EveryResultCodeHasItsOwnNameAndDescription)
 {
@@ -50,8 +53,8 @@ TEST(Foundation, EveryResultCodeHasItsOwnNameAndDescription)
 TEST(Foundation, SectionTypesAndSteppingResultsHaveTheirOwnTexts)
 {
     std::set<std::string> types;
-    for (ELASSECTIONTYPE type : {LASSECTION_PARAMETER, LASSECTION_DEFINITION, LASSECTION_DATA,
-                                 LASSECTION_HEADER, LASSECTION_ANY})
+    for (ELASSECTIONTYPE type :
+         {LASSECTION_PARAMETER, LASSECTION_DEFINITION, LASSECTION_DATA, LASSECTION_HEADER, LASSECTION_ANY})
         types.insert(SectionTypeName(type));
     types.insert(SectionTypeName(static_cast<ELASSECTIONTYPE>(4)));
     EXPECT_EQ(types.size(), 6u);
@@ -60,8 +63,8 @@ TEST(Foundation, SectionTypesAndSteppingResultsHaveTheirOwnTexts)
     // What CheckDataStepping returns has a text of its own; anything else
     // falls back to the general description.
     std::set<std::string> stepping;
-    for (ELASFILEERROR code : {LASFILE_OK, LASFILE_BAD_FORMAT, LASFILE_MISSING_SECTION,
-                               LASFILE_BAD_VALUE, LASFILE_WRONG_STATE}) {
+    for (ELASFILEERROR code :
+         {LASFILE_OK, LASFILE_BAD_FORMAT, LASFILE_MISSING_SECTION, LASFILE_BAD_VALUE, LASFILE_WRONG_STATE}) {
         EXPECT_STRNE(SteppingDescription(code), ResultDescription(code)) << ResultName(code);
         stepping.insert(SteppingDescription(code));
     }
@@ -109,8 +112,12 @@ TEST(Foundation, DocumentCurvesAndParameterLookup)
     EXPECT_EQ(curve.size(), 2);
 
     CLasSection well;
-    well.m_params = {Param("", "empty"), Param("STRT", "1"), Param("DEPT", "first"), Param("dept", "second"), Param("W\xC9LL", "latin")};
-    const struct { const char* mnemonic; int32_t index; } cases[] = {{nullptr, -1}, {"", -1},       {"DePt", 2},    {"strt", 1},    {"w\xC9ll", 4},
+    well.m_params = {Param("", "empty"), Param("STRT", "1"), Param("DEPT", "first"), Param("dept", "second"),
+                     Param("W\xC9LL", "latin")};
+    const struct {
+        const char* mnemonic;
+        int32_t index;
+    } cases[] = {{nullptr, -1}, {"", -1},      {"DePt", 2},   {"strt", 1},   {"w\xC9ll", 4},
                  {"DEP", -1},   {"DEPTH", -1}, {" DEPT", -1}, {"DEPT ", -1}, {"W\xE9LL", -1}};
     for (const auto& c : cases) {
         CLasParam out = Param("KEEP", "me");
@@ -132,7 +139,10 @@ int Model(const std::string& a, const std::string& b, size_t n)
     return 0;
 }
 
-int Sign(int v) { return (v > 0) - (v < 0); }
+int Sign(int v)
+{
+    return (v > 0) - (v < 0);
+}
 
 void ExpectModel(const std::string& a, const std::string& b, size_t n)
 {
@@ -143,14 +153,17 @@ void ExpectModel(const std::string& a, const std::string& b, size_t n)
 void ExpectAllPairs()
 {
     for (int x = 1; x < 256; ++x)
-        for (int y = 1; y < 256; ++y) ExpectModel(std::string(1, static_cast<char>(x)), std::string(1, static_cast<char>(y)), 1);
+        for (int y = 1; y < 256; ++y)
+            ExpectModel(std::string(1, static_cast<char>(x)), std::string(1, static_cast<char>(y)), 1);
 }
 
 TEST(Platform, ComparisonMatchesTheModelInEveryLocale)
 {
     ExpectAllPairs();
     std::mt19937 random(7);
-    const char pool[] = "aAzZ_[`@{\xC0\xE0\x80\xFF" "0";
+    const char pool[] =
+        "aAzZ_[`@{\xC0\xE0\x80\xFF"
+        "0";
     for (int i = 0; i < 20000; ++i) {
         std::string a, b;
         for (unsigned k = random() % 4; k > 0; --k) a += pool[random() % (sizeof pool - 1)];

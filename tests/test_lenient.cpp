@@ -48,7 +48,8 @@ bool HasNote(const CLasReader& reader, ELASNOTEKIND kind, uint64_t line)
 std::string NoteList(const CLasReader& reader)
 {
     std::ostringstream out;
-    for (const CLasNote& n : reader.GetNotes()) out << n.line << ' ' << LasNoteKindName(n.kind) << ": " << n.text << '\n';
+    for (const CLasNote& n : reader.GetNotes())
+        out << n.line << ' ' << LasNoteKindName(n.kind) << ": " << n.text << '\n';
     return out.str();
 }
 
@@ -73,36 +74,69 @@ struct RuleCase {
 TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
 {
     const RuleCase cases[] = {
-        {"blank first line", "\n" + kHead, "Well/NULL", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "-999.25", LASNOTE_TEXT_BEFORE_SECTIONS, 1, false},
-        {"text before", "LAS export\n" + kHead, "Well/NULL", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "-999.25", LASNOTE_TEXT_BEFORE_SECTIONS, 1, false},
-        {"no Version", "# c\n~W\nNULL. -1 : n\n", "W/NULL", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "-1", LASNOTE_NO_VERSION_FIRST, 2, false},
-        {"~Curves", kHead + "~Curves\nDEPT.M : d\n~A\n1\n", "A", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "A:2/16|Curve{1}", LASNOTE_SECTION_TITLE, 6, false},
-        {"~Params", kHead + "~Params\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_OK, "(none)", LASFILE_OK, "35", LASNOTE_SECTION_TITLE, 6, false},
-        {"~Asc", kHead + kCurves + "~Asc\n1 2 3\n", "ASCII", LASFILE_OK, "(none)", LASFILE_OK, "ASCII:2/16|Curve{1;2;3}", LASNOTE_SECTION_TITLE, 10, false},
-        {"indented header", kHead + "  ~Parameter\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "35", LASNOTE_HEADER_INDENTED, 6, false},
-        {"indented header at end", kHead + "  ~Other\n", "Well/NULL", LASFILE_BAD_FORMAT, "", LASFILE_OK, "-999.25", LASNOTE_HEADER_AT_END, 6, false},
-        {"no period", kHead + "PROV   :ALBERTA\n", "Well/PROV", LASFILE_BAD_FORMAT, "", LASFILE_OK, "", LASNOTE_NO_PERIOD, 6, false},
-        {"no period, value", kHead + "BS   222 : BIT SIZE\n", "Well/BS", LASFILE_BAD_FORMAT, "", LASFILE_OK, "222", LASNOTE_NO_PERIOD, 6, false},
-        {"no period, words", kHead + "HOLE DIA :8.5\n", "Well/HOLE DIA", LASFILE_BAD_FORMAT, "", LASFILE_OK, "", LASNOTE_NO_PERIOD, 6, false},
-        {"no parameter line", kHead + "~Parameter\n  DEPTH  GR\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_BAD_FORMAT, "", LASFILE_OK, "35", LASNOTE_LINE_PASSED_OVER, 7, false},
-        {"time in a value", kHead + "DATE. 2021-05-13 11:37:04 : Log date\n", "Well/DATE", LASFILE_OK, "2021-05-13 11", LASFILE_OK, "2021-05-13 11:37:04", LASNOTE_VALUE_WITH_COLONS, 6, false},
-        {"time cut", kHead + "TIME. 11:37:04\n", "Well/TIME", LASFILE_OK, "11", LASFILE_OK, "11", LASNOTE_VALUE_CUT, 6, true},
-        {"LAS 1.2 Well line", kHead12 + "COMP. COMPANY: ANY OIL CO\n", "Well/COMP", LASFILE_OK, "COMPANY", LASFILE_OK, "ANY OIL CO", LASNOTE_LAS12_WELL_VALUE, 6, false},
-        {"LAS 1.2 depth line", kHead12 + "STRT.M 10.5: START\n", "Well/STRT", LASFILE_OK, "10.5", LASFILE_OK, "10.5", LASNOTE_LAS12_WELL_VALUE, 0, false},
-        {"short row", kHead + kCurves + "~A\n1 2 3\n4 5\n", "A", LASFILE_OK, "A:2/16|Curve{1,4;2,5;3,0}", LASFILE_OK, "A:2/16|Curve{1,4;2,5;3,-999.25}", LASNOTE_NULL_FILLED, 12, false},
-        {"short row, no NULL", kHeadNoNull + kCurves + "~A\n4 5\n", "A", LASFILE_OK, "A:2/16|Curve{4;5;0}", LASFILE_OK, "A:2/16|Curve{4;5;0}", LASNOTE_SHORT_ROW, 11, true},
-        {"long row", kHead + kCurves + "~A\n1 2 3 4\n", "A", LASFILE_OK, "A:2/16|Curve{1;2;3}", LASFILE_OK, "A:2/16|Curve{1;2;3}", LASNOTE_LONG_ROW, 11, true},
-        {"not a number", kHead + kCurves + "~A\n1 x 3\n", "A", LASFILE_OK, "A:2/16|Curve{1;0;3}", LASFILE_OK, "A:2/16|Curve{1;\"x\";3}", LASNOTE_NOT_A_NUMBER, 11, true},
-        {"header at end", kHead + kCurves + "~A\n", "A", LASFILE_IO_FAILED, "A:2/16|Curve{;;}", LASFILE_OK, "A:2/16|Curve{;;}", LASNOTE_HEADER_AT_END, 10, true},
-        {"skipped as data", kHead + "~Other\n1 2 3\n", "Well/NULL", LASFILE_OK, "-999.25", LASFILE_OK, "-999.25", LASNOTE_SECTION_SKIPPED, 6, true},
-        {"columns named", "~A DEPT GR\n1 2\n", "A", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "A:2/16|{1;2}", LASNOTE_COLUMNS_FROM_HEADER, 1, false},
-        {"array format", kHead + "~Curve\nDEPT.M : d\nUF.M : u {AF13.4}\n~A\n1 2.5\n", "A", LASFILE_OK, "A:2/16|Curve{1;\"2.5\"}", LASFILE_OK, "A:2/16|Curve{1;2.5}", LASNOTE_ARRAY_FORMAT, 9, false},
-        {"text column", kHead + "~Curve\nDEPT.M : d\nDATE. : t\n~A\n1 2021-05-13\n2 13/05/21\n", "A", LASFILE_OK, "A:2/16|Curve{1,2;2021,13}", LASFILE_OK, "A:2/16|Curve{1,2;\"2021-05-13\",\"13/05/21\"}", LASNOTE_TEXT_COLUMN, 9, false},
-        {"numbers and text", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 x\n2 5\n", "A", LASFILE_OK, "A:2/16|Curve{1,2;0,5}", LASFILE_OK, "A:2/16|Curve{1,2;0,5}", LASNOTE_NOT_A_NUMBER, 10, true},
-        {"decimal comma", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,5\n2 -0,25\n3 7\n", "A", LASFILE_OK, "A:2/16|Curve{1,2,3;12,-0,7}", LASFILE_OK, "A:2/16|Curve{1,2,3;12.5,-0.25,7}", LASNOTE_DECIMAL_COMMA, 9, false},
-        {"thousands comma", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 1,500\n2 7\n", "A", LASFILE_OK, "A:2/16|Curve{1,2;1,7}", LASFILE_OK, "A:2/16|Curve{1,2;1,7}", LASNOTE_DECIMAL_COMMA, 0, false},
-        {"comma and period", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,5\n2 7.5\n", "A", LASFILE_OK, "A:2/16|Curve{1,2;12,7.5}", LASFILE_OK, "A:2/16|Curve{1,2;12,7.5}", LASNOTE_DECIMAL_COMMA, 0, false},
-        {"leading tab", Las30Head("DEPT.M : d\nGR.API : g\n", "TAB") + "~Log_Data\n\t1\t2\n", "Log_Data", LASFILE_OK, "Log_Data:2/16|Log_Definition{0;1}", LASFILE_OK, "Log_Data:2/16|Log_Definition{1;2}", LASNOTE_LEADING_TAB, 11, false},
+        {"blank first line", "\n" + kHead, "Well/NULL", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "-999.25",
+         LASNOTE_TEXT_BEFORE_SECTIONS, 1, false},
+        {"text before", "LAS export\n" + kHead, "Well/NULL", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "-999.25",
+         LASNOTE_TEXT_BEFORE_SECTIONS, 1, false},
+        {"no Version", "# c\n~W\nNULL. -1 : n\n", "W/NULL", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "-1",
+         LASNOTE_NO_VERSION_FIRST, 2, false},
+        {"~Curves", kHead + "~Curves\nDEPT.M : d\n~A\n1\n", "A", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK,
+         "A:2/16|Curve{1}", LASNOTE_SECTION_TITLE, 6, false},
+        {"~Params", kHead + "~Params\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_OK, "(none)", LASFILE_OK, "35",
+         LASNOTE_SECTION_TITLE, 6, false},
+        {"~Asc", kHead + kCurves + "~Asc\n1 2 3\n", "ASCII", LASFILE_OK, "(none)", LASFILE_OK,
+         "ASCII:2/16|Curve{1;2;3}", LASNOTE_SECTION_TITLE, 10, false},
+        {"indented header", kHead + "  ~Parameter\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_BAD_FORMAT, "(none)",
+         LASFILE_OK, "35", LASNOTE_HEADER_INDENTED, 6, false},
+        {"indented header at end", kHead + "  ~Other\n", "Well/NULL", LASFILE_BAD_FORMAT, "", LASFILE_OK, "-999.25",
+         LASNOTE_HEADER_AT_END, 6, false},
+        {"no period", kHead + "PROV   :ALBERTA\n", "Well/PROV", LASFILE_BAD_FORMAT, "", LASFILE_OK, "",
+         LASNOTE_NO_PERIOD, 6, false},
+        {"no period, value", kHead + "BS   222 : BIT SIZE\n", "Well/BS", LASFILE_BAD_FORMAT, "", LASFILE_OK, "222",
+         LASNOTE_NO_PERIOD, 6, false},
+        {"no period, words", kHead + "HOLE DIA :8.5\n", "Well/HOLE DIA", LASFILE_BAD_FORMAT, "", LASFILE_OK, "",
+         LASNOTE_NO_PERIOD, 6, false},
+        {"no parameter line", kHead + "~Parameter\n  DEPTH  GR\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_BAD_FORMAT,
+         "", LASFILE_OK, "35", LASNOTE_LINE_PASSED_OVER, 7, false},
+        {"time in a value", kHead + "DATE. 2021-05-13 11:37:04 : Log date\n", "Well/DATE", LASFILE_OK, "2021-05-13 11",
+         LASFILE_OK, "2021-05-13 11:37:04", LASNOTE_VALUE_WITH_COLONS, 6, false},
+        {"time cut", kHead + "TIME. 11:37:04\n", "Well/TIME", LASFILE_OK, "11", LASFILE_OK, "11", LASNOTE_VALUE_CUT, 6,
+         true},
+        {"LAS 1.2 Well line", kHead12 + "COMP. COMPANY: ANY OIL CO\n", "Well/COMP", LASFILE_OK, "COMPANY", LASFILE_OK,
+         "ANY OIL CO", LASNOTE_LAS12_WELL_VALUE, 6, false},
+        {"LAS 1.2 depth line", kHead12 + "STRT.M 10.5: START\n", "Well/STRT", LASFILE_OK, "10.5", LASFILE_OK, "10.5",
+         LASNOTE_LAS12_WELL_VALUE, 0, false},
+        {"short row", kHead + kCurves + "~A\n1 2 3\n4 5\n", "A", LASFILE_OK, "A:2/16|Curve{1,4;2,5;3,0}", LASFILE_OK,
+         "A:2/16|Curve{1,4;2,5;3,-999.25}", LASNOTE_NULL_FILLED, 12, false},
+        {"short row, no NULL", kHeadNoNull + kCurves + "~A\n4 5\n", "A", LASFILE_OK, "A:2/16|Curve{4;5;0}", LASFILE_OK,
+         "A:2/16|Curve{4;5;0}", LASNOTE_SHORT_ROW, 11, true},
+        {"long row", kHead + kCurves + "~A\n1 2 3 4\n", "A", LASFILE_OK, "A:2/16|Curve{1;2;3}", LASFILE_OK,
+         "A:2/16|Curve{1;2;3}", LASNOTE_LONG_ROW, 11, true},
+        {"not a number", kHead + kCurves + "~A\n1 x 3\n", "A", LASFILE_OK, "A:2/16|Curve{1;0;3}", LASFILE_OK,
+         "A:2/16|Curve{1;\"x\";3}", LASNOTE_NOT_A_NUMBER, 11, true},
+        {"header at end", kHead + kCurves + "~A\n", "A", LASFILE_IO_FAILED, "A:2/16|Curve{;;}", LASFILE_OK,
+         "A:2/16|Curve{;;}", LASNOTE_HEADER_AT_END, 10, true},
+        {"skipped as data", kHead + "~Other\n1 2 3\n", "Well/NULL", LASFILE_OK, "-999.25", LASFILE_OK, "-999.25",
+         LASNOTE_SECTION_SKIPPED, 6, true},
+        {"columns named", "~A DEPT GR\n1 2\n", "A", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "A:2/16|{1;2}",
+         LASNOTE_COLUMNS_FROM_HEADER, 1, false},
+        {"array format", kHead + "~Curve\nDEPT.M : d\nUF.M : u {AF13.4}\n~A\n1 2.5\n", "A", LASFILE_OK,
+         "A:2/16|Curve{1;\"2.5\"}", LASFILE_OK, "A:2/16|Curve{1;2.5}", LASNOTE_ARRAY_FORMAT, 9, false},
+        {"text column", kHead + "~Curve\nDEPT.M : d\nDATE. : t\n~A\n1 2021-05-13\n2 13/05/21\n", "A", LASFILE_OK,
+         "A:2/16|Curve{1,2;2021,13}", LASFILE_OK, "A:2/16|Curve{1,2;\"2021-05-13\",\"13/05/21\"}", LASNOTE_TEXT_COLUMN,
+         9, false},
+        {"numbers and text", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 x\n2 5\n", "A", LASFILE_OK,
+         "A:2/16|Curve{1,2;0,5}", LASFILE_OK, "A:2/16|Curve{1,2;0,5}", LASNOTE_NOT_A_NUMBER, 10, true},
+        {"decimal comma", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,5\n2 -0,25\n3 7\n", "A", LASFILE_OK,
+         "A:2/16|Curve{1,2,3;12,-0,7}", LASFILE_OK, "A:2/16|Curve{1,2,3;12.5,-0.25,7}", LASNOTE_DECIMAL_COMMA, 9,
+         false},
+        {"thousands comma", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 1,500\n2 7\n", "A", LASFILE_OK,
+         "A:2/16|Curve{1,2;1,7}", LASFILE_OK, "A:2/16|Curve{1,2;1,7}", LASNOTE_DECIMAL_COMMA, 0, false},
+        {"comma and period", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,5\n2 7.5\n", "A", LASFILE_OK,
+         "A:2/16|Curve{1,2;12,7.5}", LASFILE_OK, "A:2/16|Curve{1,2;12,7.5}", LASNOTE_DECIMAL_COMMA, 0, false},
+        {"leading tab", Las30Head("DEPT.M : d\nGR.API : g\n", "TAB") + "~Log_Data\n\t1\t2\n", "Log_Data", LASFILE_OK,
+         "Log_Data:2/16|Log_Definition{0;1}", LASFILE_OK, "Log_Data:2/16|Log_Definition{1;2}", LASNOTE_LEADING_TAB, 11,
+         false},
     };
     for (const RuleCase& c : cases) {
         Read strict, lenient;
@@ -113,7 +147,9 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         EXPECT_EQ(strict.result, c.strictResult) << c.name;
         EXPECT_EQ(lenient.result, c.lenientResult) << c.name << '\n' << NoteList(lenient.reader);
         EXPECT_EQ(lenient.probe, c.lenientProbe) << c.name;
-        if (c.strictResult == LASFILE_OK) { EXPECT_EQ(strict.probe, c.strictProbe) << c.name; }
+        if (c.strictResult == LASFILE_OK) {
+            EXPECT_EQ(strict.probe, c.strictProbe) << c.name;
+        }
         // Line 0: the rule must not fire at all.
         if (c.line == 0) {
             EXPECT_EQ(lenient.reader.GetNotes().size(), 0u) << c.name << '\n' << NoteList(lenient.reader);
@@ -122,9 +158,11 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         }
         // A filled row says what it was filled with.
         if (c.kind == LASNOTE_NULL_FILLED) {
-            EXPECT_NE(NoteList(lenient.reader).find("filled with NULL -999.25"), std::string::npos) << NoteList(lenient.reader);
+            EXPECT_NE(NoteList(lenient.reader).find("filled with NULL -999.25"), std::string::npos)
+                << NoteList(lenient.reader);
         }
-        EXPECT_EQ(HasNote(strict.reader, c.kind, c.line), c.strictToo && c.line != 0) << c.name << '\n' << NoteList(strict.reader);
+        EXPECT_EQ(HasNote(strict.reader, c.kind, c.line), c.strictToo && c.line != 0) << c.name << '\n'
+                                                                                      << NoteList(strict.reader);
         // A failed strict read says where it stopped, as GetLineNumber does.
         if (c.strictResult != LASFILE_OK) {
             ASSERT_FALSE(strict.reader.GetNotes().empty()) << c.name;
@@ -140,7 +178,8 @@ TEST(Lenient, DecodedTextReadsAsItsUtf8)
 {
     std::string text = kHead + "~Parameter\n";
     // Two- to four-byte characters, and enough lines to cross many blocks.
-    for (int i = 0; i < 200; ++i) text += "P" + std::to_string(i) + ".M " + std::to_string(i) + " : caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80\n";
+    for (int i = 0; i < 200; ++i)
+        text += "P" + std::to_string(i) + ".M " + std::to_string(i) + " : caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80\n";
     CLasReadOptions options;
     options.lenient = true;
     Read plain;
@@ -176,15 +215,19 @@ TEST(Lenient, DecodedTextReadsAsItsUtf8)
     };
     std::string crOnly = text;
     std::replace(crOnly.begin(), crOnly.end(), '\n', '\r');
-    const std::pair<const char*, std::string> forms[] = {
-        {"UTF-8 BOM", "\xEF\xBB\xBF" + text}, {"UTF-16 LE", encode(2, true, true)}, {"UTF-16 BE", encode(2, false, true)},
-        {"UTF-16 LE, no mark", encode(2, true, false)}, {"UTF-32 LE", encode(4, true, true)}, {"UTF-32 BE", encode(4, false, true)},
-        {"CR line ends", crOnly}};
+    const std::pair<const char*, std::string> forms[] = {{"UTF-8 BOM", "\xEF\xBB\xBF" + text},
+                                                         {"UTF-16 LE", encode(2, true, true)},
+                                                         {"UTF-16 BE", encode(2, false, true)},
+                                                         {"UTF-16 LE, no mark", encode(2, true, false)},
+                                                         {"UTF-32 LE", encode(4, true, true)},
+                                                         {"UTF-32 BE", encode(4, false, true)},
+                                                         {"CR line ends", crOnly}};
     for (const auto& form : forms) {
         Read decoded, strict;
         ReadText(decoded, form.second, "Parameter/P199", options);
         EXPECT_EQ(decoded.result, LASFILE_OK) << form.first;
-        EXPECT_EQ(Dump(decoded.reader) + decoded.reader.GetSection(uint64_t{2}).m_params[150].m_description, expected) << form.first;
+        EXPECT_EQ(Dump(decoded.reader) + decoded.reader.GetSection(uint64_t{2}).m_params[150].m_description, expected)
+            << form.first;
         EXPECT_TRUE(HasNote(decoded.reader, LASNOTE_DECODED, 1)) << form.first;
         EXPECT_EQ(decoded.reader.GetLineNumber(), plain.reader.GetLineNumber()) << form.first;
         ReadText(strict, form.second, "Parameter/P199");
@@ -200,7 +243,8 @@ TEST(Lenient, NotesOfOneKindAreCappedAndCounted)
     ReadText(read, text, "A");
     ASSERT_EQ(read.result, LASFILE_OK);
     const auto& notes = read.reader.GetNotes();
-    EXPECT_EQ(std::count_if(notes.begin(), notes.end(), [](const CLasNote& n) { return n.kind == LASNOTE_SHORT_ROW; }), 100);
+    EXPECT_EQ(std::count_if(notes.begin(), notes.end(), [](const CLasNote& n) { return n.kind == LASNOTE_SHORT_ROW; }),
+              100);
     ASSERT_EQ(notes.back().kind, LASNOTE_MORE_NOTES);
     EXPECT_EQ(notes.back().line, 260u);
     EXPECT_EQ(notes.back().text.substr(0, 4), "150 ");
@@ -237,7 +281,10 @@ TEST(Lenient, BudgetEndsTheReadAndKeepsWhatFitted)
         options.maxBytes = 0;
         ReadText(read, text, "A", options);
         EXPECT_EQ(read.result, LASFILE_OK);
-        if (k == 2) { EXPECT_TRUE(HasNote(read.reader, LASNOTE_TEXT_COLUMN, 10) && HasNote(read.reader, LASNOTE_DECIMAL_COMMA, 10)); }
+        if (k == 2) {
+            EXPECT_TRUE(HasNote(read.reader, LASNOTE_TEXT_COLUMN, 10) &&
+                        HasNote(read.reader, LASNOTE_DECIMAL_COMMA, 10));
+        }
     }
 }
 
@@ -300,22 +347,28 @@ void ExpectNotesOnDifferingRows(const CLasSection& a, const CLasSection& b, cons
     if (a.m_curves.size() != b.m_curves.size() || a.m_curves.empty()) return;
     for (size_t c = 0; c < a.m_curves.size(); ++c) {
         if (a.m_curves[c].m_isNumeric != b.m_curves[c].m_isNumeric) {
-            EXPECT_TRUE(ColumnNoted(notes, b.m_curves[c].m_definition.m_mnemonic)) << b.m_curves[c].m_definition.m_mnemonic;
+            EXPECT_TRUE(ColumnNoted(notes, b.m_curves[c].m_definition.m_mnemonic))
+                << b.m_curves[c].m_definition.m_mnemonic;
         }
     }
-    const bool capped = std::any_of(notes.begin(), notes.end(), [](const CLasNote& n) { return n.kind == LASNOTE_MORE_NOTES; });
+    const bool capped =
+        std::any_of(notes.begin(), notes.end(), [](const CLasNote& n) { return n.kind == LASNOTE_MORE_NOTES; });
     const auto& first = b.m_curves[0].m_numbers;
     for (size_t r = 0; r < a.m_curves[0].m_numbers.size() && !capped; ++r) {
         bool differs = false;
         for (size_t c = 0; c < a.m_curves.size() && !differs; ++c) {
             const auto& x = a.m_curves[c].m_numbers;
             const auto& y = b.m_curves[c].m_numbers;
-            differs = r < x.size() && r < y.size() && x[r] != y[r] && !ColumnNoted(notes, a.m_curves[c].m_definition.m_mnemonic);
+            differs = r < x.size() && r < y.size() && x[r] != y[r] &&
+                      !ColumnNoted(notes, a.m_curves[c].m_definition.m_mnemonic);
         }
         if (!differs) continue;
-        EXPECT_TRUE(r < first.size() && std::any_of(notes.begin(), notes.end(), [&](const CLasNote& n) {
-            return IsRowNote(n) && n.line >= 1 && n.line <= lines.size() && std::atof(lines[n.line - 1].c_str()) == first[r];
-        })) << b.m_name << " row " << r;
+        EXPECT_TRUE(r < first.size() && std::any_of(notes.begin(), notes.end(),
+                                                    [&](const CLasNote& n) {
+                                                        return IsRowNote(n) && n.line >= 1 && n.line <= lines.size() &&
+                                                               std::atof(lines[n.line - 1].c_str()) == first[r];
+                                                    }))
+            << b.m_name << " row " << r;
     }
 }
 
@@ -341,7 +394,9 @@ TEST(Lenient, CorpusReadsLenientlyWithNotesOnChangedValues)
         EXPECT_LE(static_cast<int>(bounded.Open(tessel::TxString(path))), static_cast<int>(LASFILE_BAD_FORMAT)) << path;
         strictOk += strictResult == LASFILE_OK;
         lenientOk += lenientResult == LASFILE_OK;
-        if (strictResult == LASFILE_OK) { EXPECT_EQ(lenientResult, LASFILE_OK) << path << '\n' << NoteList(lenient); }
+        if (strictResult == LASFILE_OK) {
+            EXPECT_EQ(lenientResult, LASFILE_OK) << path << '\n' << NoteList(lenient);
+        }
         if (strict.size() != lenient.size() || lenient.GetNotes().empty()) continue;
         std::vector<std::string> lines;
         std::istringstream in(ReadFileBytes(path));
@@ -353,13 +408,17 @@ TEST(Lenient, CorpusReadsLenientlyWithNotesOnChangedValues)
             const auto& b = lenient.GetSection(s).m_params;
             for (size_t p = 0; p < std::min(a.size(), b.size()); ++p) {
                 if (a[p].m_value == b[p].m_value || b[p].m_mnemonic.empty()) continue;
-                EXPECT_TRUE(std::any_of(notes.begin(), notes.end(), [&](const CLasNote& n) {
-                    return n.line >= 1 && n.line <= lines.size() && lines[n.line - 1].find(b[p].m_mnemonic) != std::string::npos;
-                })) << path << ' ' << b[p].m_mnemonic;
+                EXPECT_TRUE(std::any_of(notes.begin(), notes.end(),
+                                        [&](const CLasNote& n) {
+                                            return n.line >= 1 && n.line <= lines.size() &&
+                                                   lines[n.line - 1].find(b[p].m_mnemonic) != std::string::npos;
+                                        }))
+                    << path << ' ' << b[p].m_mnemonic;
             }
         }
     }
-    std::printf("corpus: %d files, strict reads %d, lenient reads %d\n", static_cast<int>(files.size()), strictOk, lenientOk);
+    std::printf("corpus: %d files, strict reads %d, lenient reads %d\n", static_cast<int>(files.size()), strictOk,
+                lenientOk);
     EXPECT_GE(lenientOk * 100, static_cast<int>(files.size()) * 98);
 }
 

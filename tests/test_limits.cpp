@@ -4,7 +4,6 @@
 // shown by bench/bench_limits; tested here is only that names chosen to
 // collide in the standard string hash cost no more than other names.
 #include <gtest/gtest.h>
-
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,8 +13,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
-#include <string>
 #include <set>
+#include <string>
 
 #include "support/reader_access.h"
 #include "support/writer_access.h"
@@ -100,8 +99,7 @@ TEST(Limits, LineOf64MegabytesIsOneValue)
     ReadInChild(path, 3.5, [&](const CLasReader& reader) {
         const CLasSection& well = reader.GetSection(1ull);
         return well.m_params.size() == 2 && well.m_params[0].m_value.size() == static_cast<size_t>(length) &&
-               well.m_params[0].m_value.compare(length - 3, 3, tail) == 0 &&
-               well.m_params[1].m_mnemonic == "STEP";
+               well.m_params[0].m_value.compare(length - 3, 3, tail) == 0 && well.m_params[1].m_mnemonic == "STEP";
     });
 }
 
@@ -242,7 +240,8 @@ TEST(Limits, NamesThatCollideInTheStringHashCostNoMore)
         return BestSeconds([&] {
             CLasWriter w;
             ASSERT_EQ(w.SetFormat(true, ','), LASFILE_OK);
-            for (const std::string& name : names) ASSERT_EQ(w.AddSection(Section(name, LASSECTION_PARAMETER)), LASFILE_OK);
+            for (const std::string& name : names)
+                ASSERT_EQ(w.AddSection(Section(name, LASSECTION_PARAMETER)), LASFILE_OK);
             ASSERT_EQ(w.AddSection(Data("Log_Data", {Numbers({1.0})})), LASFILE_OK);
             ASSERT_EQ(w.Validate(), LASFILE_OK);
         });

@@ -2,18 +2,18 @@
 // "C" locale, bounded by the end of the text; the writer's texts are the
 // bytes of printf's "%.15g" and "%.8f"; the fast paths agree with the slow
 // ones wherever they answer; the host's locale changes nothing.
+#include <gtest/gtest.h>
+#include <locale.h>
+
 #include <clocale>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <locale.h>
 #include <random>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "foundation/number_parse.h"
 #include "writer/number_format.h"
@@ -29,7 +29,10 @@ std::string Printf(const char* format, double value)
     return std::string(buffer, static_cast<size_t>(std::snprintf(buffer, sizeof buffer, format, value)));
 }
 
-std::string Bits(double v) { return Printf("%a", v); }
+std::string Bits(double v)
+{
+    return Printf("%a", v);
+}
 
 // The text alone, and with bytes behind its end that must not be looked at.
 void ExpectStrtod(const std::string& text)
@@ -37,7 +40,8 @@ void ExpectStrtod(const std::string& text)
     const std::string want = Bits(strtod_l(text.c_str(), nullptr, kC));
     for (const char* behind : {"", "7", "e5", ".5", "x1", "p3", " 9"}) {
         const std::string longer = text + behind;
-        ASSERT_EQ(Bits(ParseNumber(longer.data(), longer.data() + text.size())), want) << '"' << text << "\" " << behind;
+        ASSERT_EQ(Bits(ParseNumber(longer.data(), longer.data() + text.size())), want)
+            << '"' << text << "\" " << behind;
     }
     ASSERT_EQ(Bits(ParseNumber(text.c_str())), want) << text;
 }
@@ -46,8 +50,8 @@ const std::vector<std::string> kFixed = {
     "0", "-0", "+0", "007", "123456789012345678901234567890", "-9223372036854775809", "+.5", "-.5", "5.", "1.e3",
     "1.5E+3", "\t\n\v\f\r -3.25", "  ", "0x10", "-0x1p3", "0x1.8p1", "0x", "0xg", "00x1", "0x.8", "inf", "+Infinity",
     "infin", "-nan", "nan(123)", "nanx", "in", "1e", "1e+", ".", "-", "-.", "+-1", "e5", "", ".e5", "1e400", "1e-400",
-    "1.7976931348623159e308", "2.2250738585072011e-308", "2.4703282292062328e-324", "2.4703282292062327e-324",
-    "12abc", "3.14.15", "1,5", "1e5x", "9\xE9", "0.1000000000000000055511151231257827021181583404541015625",
+    "1.7976931348623159e308", "2.2250738585072011e-308", "2.4703282292062328e-324", "2.4703282292062327e-324", "12abc",
+    "3.14.15", "1,5", "1e5x", "9\xE9", "0.1000000000000000055511151231257827021181583404541015625",
     std::string(400, '9'), "0." + std::string(400, '0') + "1", std::string(200, '0') + "1.5",
     // The general case copies short tokens to the stack: both sides of its 128-byte bound.
     "+" + std::string(126, '1'), "+" + std::string(127, '2'), "+" + std::string(128, '3')};
@@ -80,7 +84,8 @@ TEST(NumberParse, EqualsStrtodOnFixedAndRandomInputs)
         char* want = nullptr;
         const double expected = strtod_l(t.c_str(), &want, kC);
         ASSERT_EQ(end ? Bits(value) + std::to_string(end - t.c_str()) : Bits(value),
-                  end ? Bits(expected) + std::to_string(want - t.c_str()) : Bits(-123.0)) << t;
+                  end ? Bits(expected) + std::to_string(want - t.c_str()) : Bits(-123.0))
+            << t;
         answered += end != nullptr;
     }
     EXPECT_GT(answered, asked / 2);

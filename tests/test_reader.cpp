@@ -20,14 +20,22 @@ const std::string kSmall = "~Version\nVERS. 2.0 : v\nWRAP. NO : w\n~Well\nSTEP.M
 
 TEST(ReaderFrame, WhatOpenKeepsOfEachFile)
 {
-    const struct { std::string text; ELASFILEERROR result; std::string sections; } cases[] = {
+    const struct {
+        std::string text;
+        ELASFILEERROR result;
+        std::string sections;
+    } cases[] = {
         // The first line that counts begins with "~V" in either case.
-        {"~VERSION INFORMATION\nVERS. 2.0 : v\n", LASFILE_OK, "VERSION:3(1)"}, {"~v\n", LASFILE_IO_FAILED, "v:3(0)"},
+        {"~VERSION INFORMATION\nVERS. 2.0 : v\n", LASFILE_OK, "VERSION:3(1)"},
+        {"~v\n", LASFILE_IO_FAILED, "v:3(0)"},
         {"~Vxyz\nVERS. 2.0 : v\n", LASFILE_OK, ""},  // passes the test, but no row reads "Vxyz"
         {"# comment\n\n  # more\n\\ \\\n~Version\nVERS. 2.0 : v\n", LASFILE_OK, "Version:3(1)"},
-        {"\n~Version\n", LASFILE_BAD_FORMAT, ""}, {" ~Version\n", LASFILE_BAD_FORMAT, ""},
-        {" # comment\n~Version\n", LASFILE_BAD_FORMAT, ""}, {"~Well\n", LASFILE_BAD_FORMAT, ""},
-        {"", LASFILE_IO_FAILED, ""}, {"# only\n\n# comments\n", LASFILE_IO_FAILED, ""},
+        {"\n~Version\n", LASFILE_BAD_FORMAT, ""},
+        {" ~Version\n", LASFILE_BAD_FORMAT, ""},
+        {" # comment\n~Version\n", LASFILE_BAD_FORMAT, ""},
+        {"~Well\n", LASFILE_BAD_FORMAT, ""},
+        {"", LASFILE_IO_FAILED, ""},
+        {"# only\n\n# comments\n", LASFILE_IO_FAILED, ""},
         // Blank and comment lines never reach a section.
         {"~Version\n  \\  \\\nVERS. 2.0 : v\n\\ #x\n   #y\n\n~Well\nA.M 1 : a\n", LASFILE_OK, "Version:3(1) Well:3(1)"},
         // A line of tabs counts, and so does a tab in front of "#"; a header
@@ -94,12 +102,18 @@ TEST(ReaderProgress, ReportsAtEveryTenthPhysicalLineAndStops)
     EXPECT_EQ(all.percents[2], 100.0);
     for (const std::string& message : all.messages) EXPECT_EQ(message, "Reading " + path);
 
-    const struct { std::string text; int stopAt; ELASFILEERROR result; size_t reports; std::string sections; } cases[] = {
+    const struct {
+        std::string text;
+        int stopAt;
+        ELASFILEERROR result;
+        size_t reports;
+        std::string sections;
+    } cases[] = {
         {Lines(25, 10, "# comment\n"), -1, LASFILE_OK, 2u, "Version:3(23)"},  // no report on a comment
-        {Lines(25), 1, LASFILE_CANCELLED, 2u, "Version:3(8)"},  // the final report all the same
+        {Lines(25), 1, LASFILE_CANCELLED, 2u, "Version:3(8)"},                // the final report all the same
         {Lines(25), 3, LASFILE_CANCELLED, 3u, "Version:3(24)"},
         {"~Version\nbad line\n", 1, LASFILE_CANCELLED, 1u, "Version:3(0)"},  // it replaces a failure
-        {"~Well\n", 1, LASFILE_BAD_FORMAT, 0u, ""},  // no report before the section loop
+        {"~Well\n", 1, LASFILE_BAD_FORMAT, 0u, ""},                          // no report before the section loop
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
@@ -168,9 +182,15 @@ TEST(SectionHeader, NameAssociationAndSplit)
     EXPECT_FALSE(ParseSectionHeader(nullptr, &name, &association));
     EXPECT_FALSE(ParseSectionHeader("~A", nullptr, &association));
     EXPECT_EQ(name, "old");
-    const struct { const char* line; const char* parsed; } cases[] = {  // "name|association"
-        {"~Well Information | x", "Well|"}, {"~Log_Data|Log_Definition extra", "Log_Data|Log_Definition"},
-        {"~ \tLog_Data", "Log_Data|"}, {"~", "|"},
+    const struct {
+        const char* line;
+        const char* parsed;
+    } cases[] = {
+        // "name|association"
+        {"~Well Information | x", "Well|"},
+        {"~Log_Data|Log_Definition extra", "Log_Data|Log_Definition"},
+        {"~ \tLog_Data", "Log_Data|"},
+        {"~", "|"},
         {"  Core_Data[2]  |\t Core_Definition[2]|x", "Core_Data[2]|Core_Definition[2]"},
     };
     for (const auto& c : cases) {
@@ -196,23 +216,33 @@ TEST(Dispatch, SectionsAreReadAsTheirNameSays)
 {
     const std::string v2 = "~VeRsIoN\nVERS. 2.0 : v\n~W\nSTEP.M 1 : s\n";
     const std::string v3 = "~Version\nVERS. 3.0 : v\n~Well\nSTEP.M 1 : s\n";
-    const struct { std::string text; ELASFILEERROR result; std::string sections; } cases[] = {  // behind Version and Well
-        {v2 + "~PARAMETER\nA.M 1 : a\n~p\n~cUrVe\nDEPT.M : d\n~a\n1\n", LASFILE_OK, "PARAMETER:0(1) p:0(0) cUrVe:1/32(1) a:2/16|cUrVe{1}"},
+    const struct {
+        std::string text;
+        ELASFILEERROR result;
+        std::string sections;
+    } cases[] = {
+        // behind Version and Well
+        {v2 + "~PARAMETER\nA.M 1 : a\n~p\n~cUrVe\nDEPT.M : d\n~a\n1\n", LASFILE_OK,
+         "PARAMETER:0(1) p:0(0) cUrVe:1/32(1) a:2/16|cUrVe{1}"},
         {v2 + "~Log_Parameter\n~Log_Definition\nD.M : d\n~Log_Data\n5\n", LASFILE_OK,
          "Log_Parameter:0(0) Log_Definition:1/32(1) Log_Data:2/16|Log_Definition{5}"},
         {v2 + "~C\nD.M : d\n~A_B_Data | C\n1\n~Log\n2\n~L\n3\n~ASCII\n4\n", LASFILE_OK,
          "C:1/32(1) A_B_Data:2|C{1} Log:2/16|C{2} L:2/16|C{3} ASCII:2/16|C{4}"},
         // Unknown names are skipped whole; a known suffix is read without asking for a definition.
-        {v2 + "~Other\nfree text : { | }\n~Tops\nA.M 1 : a\n~\nx\n~Drilling\n1 2\n~P\nA.M 1 : a\n", LASFILE_OK, "P:0(1)"},
+        {v2 + "~Other\nfree text : { | }\n~Tops\nA.M 1 : a\n~\nx\n~Drilling\n1 2\n~P\nA.M 1 : a\n", LASFILE_OK,
+         "P:0(1)"},
         {v2 + "~Drilling_Data\n1 2\n", LASFILE_BAD_FORMAT, ""},
         // "Other" is data in version 3 only, and only with a definition.
-        {v3 + "~Other_Definition\nX.M : x\n~Other\n7\n", LASFILE_OK, "Other_Definition:1(1) Other:2|Other_Definition{7}"},
+        {v3 + "~Other_Definition\nX.M : x\n~Other\n7\n", LASFILE_OK,
+         "Other_Definition:1(1) Other:2|Other_Definition{7}"},
         {v3 + "~Other\n7\n~P\nA.M 1 : a\n", LASFILE_OK, "P:0(1)"},
         {v2 + "~Other_Definition\nX.M : x\n~Other\n7\n", LASFILE_OK, "Other_Definition:1(1)"},
         // Indexed sections are read as their suffix says; Curve[1] finds no definition and is skipped.
         {v2 + "~Core_Definition\nA.M : a\n~Core_Parameter[2]\nP.M 1 : p\n~Core_Definition[2]\nB.M : b\nC.M : c\n"
-              "~Core_Data[2]\n1 2\n~Core_Data\n3\n~Curve[1]\n4\n", LASFILE_OK,
-         "Core_Definition:1(1) Core_Parameter[2]:0(1) Core_Definition[2]:1(2) Core_Data[2]:2|Core_Definition[2]{1;2} Core_Data:2|Core_Definition{3}"},
+              "~Core_Data[2]\n1 2\n~Core_Data\n3\n~Curve[1]\n4\n",
+         LASFILE_OK,
+         "Core_Definition:1(1) Core_Parameter[2]:0(1) Core_Definition[2]:1(2) Core_Data[2]:2|Core_Definition[2]{1;2} "
+         "Core_Data:2|Core_Definition{3}"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
@@ -230,14 +260,18 @@ TEST(Dispatch, SectionsAreReadAsTheirNameSays)
 TEST(Lookup, SectionByNameAndDefinitionOfDataSection)
 {
     CLasReader reader;
-    for (const char* name : {"", "Well", "WELL", "Log_Definition", "Curve", "CORE_DEFINITION", "Core_Run_Definition[2]"})
+    for (const char* name :
+         {"", "Well", "WELL", "Log_Definition", "Curve", "CORE_DEFINITION", "Core_Run_Definition[2]"})
         Access::AddSection(reader, name);
     EXPECT_EQ(Access::FindSectionIndexByName(reader, nullptr), -1);
     EXPECT_EQ(Access::FindSectionIndexByName(reader, ""), -1);
     EXPECT_EQ(Access::FindSectionIndexByName(reader, "well"), 1);  // the first in any case
     EXPECT_EQ(Access::FindSectionIndexByName(reader, "Wel"), -1);
-    const struct { const char* data; int32_t index; } cases[] = {{"Log_Data[2]", 4}, {"", -1}, {"core_data", 5}, {"Core_Data[3]", 5},
-                                                                 {"Core", 5}, {"Core_Run[2]", 6}, {"Core_Run", -1}, {"Other_Data", -1}};
+    const struct {
+        const char* data;
+        int32_t index;
+    } cases[] = {{"Log_Data[2]", 4}, {"", -1},           {"core_data", 5}, {"Core_Data[3]", 5},
+                 {"Core", 5},        {"Core_Run[2]", 6}, {"Core_Run", -1}, {"Other_Data", -1}};
     for (const auto& c : cases) {
         std::string found = "untouched";
         EXPECT_EQ(Access::FindDefinition(reader, c.data, &found), c.index) << c.data;
@@ -282,14 +316,24 @@ TEST(Lookup, SectionByNameAndDefinitionOfDataSection)
 // with a NUL inside that a host may have set.
 TEST(Lookup, FindSectionIndexByNameEqualsAPlainComparison)
 {
-    const std::vector<std::string> names = {"Core_Data[12]", "core_data[12]", "Core_Data[2]",
-                                            "Core_Data", std::string("Core\0Data", 9),
-                                            std::string("Well\0x", 6), "well", "Well_",
-                                            "[12]", "A", "a", "b", "~", "Core_Data[12] "};
+    const std::vector<std::string> names = {"Core_Data[12]",
+                                            "core_data[12]",
+                                            "Core_Data[2]",
+                                            "Core_Data",
+                                            std::string("Core\0Data", 9),
+                                            std::string("Well\0x", 6),
+                                            "well",
+                                            "Well_",
+                                            "[12]",
+                                            "A",
+                                            "a",
+                                            "b",
+                                            "~",
+                                            "Core_Data[12] "};
     CLasReader reader;
     for (const std::string& name : names) Access::AddSection(reader, name);
-    for (const char* query : {"Core_Data[12]", "CORE_DATA[2]", "Core", "WELL", "well_", "a",
-                              "B", "[12]", "2]", "Core_Data[12] ", "Core_Data[1", "x"}) {
+    for (const char* query : {"Core_Data[12]", "CORE_DATA[2]", "Core", "WELL", "well_", "a", "B", "[12]", "2]",
+                              "Core_Data[12] ", "Core_Data[1", "x"}) {
         int32_t want = -1;
         for (size_t i = 0; i < names.size() && want < 0; ++i)
             if (AsciiEqualNoCase(query, names[i].c_str())) want = static_cast<int32_t>(i);
@@ -300,25 +344,52 @@ TEST(Lookup, FindSectionIndexByNameEqualsAPlainComparison)
 TEST(ParameterLine, SplitsEveryFieldByTheByteRules)
 {
     // "mnemonic#unit#value#description#format#association", or null: refused.
-    const struct { const char* line; bool isLas3; const char* fields; } cases[] = {
+    const struct {
+        const char* line;
+        bool isLas3;
+        const char* fields;
+    } cases[] = {
         {"DEPT.M 100.5 : Depth", false, "DEPT#M#100.5#Depth##"},
         {"  STRT .M   1.0   :  start  ", false, "STRT#M#1.0#start##"},
         {"DATE.   12:30:00 : taken", false, "DATE##12#30:00 : taken##"},
-        {"GAMMA RAY.GAPI 1 : x", false, "GAMMA RAY#GAPI#1#x##"}, {"A . B : d", false, "A##B#d##"},
-        {"A.X.Y D : d", false, "A#X.Y#D#d##"}, {".M 5 : x", false, "#M#5#x##"}, {"A.M:d", false, "A#M##d##"},
-        {"A.M 1   ", false, "A#M#1   ###"}, {"A.M 1 |x", false, "A#M#1 |x###"}, {"A.M 1|2 : x", false, "A#M#1|2#x##"},
-        {"A.M 1 : x | y | z", true, "A#M#1#x | y##z"}, {"A.M 1 : d {a} {b}", false, "A#M#1#d {a}#{b}#"},
-        {"A.M 1 : d | a {F}", true, "A#M#1#d#{F}#a {F}"}, {"A.M 1 : d {F} tail", false, "A#M#1#d#{F}#"},
-        {"A.M 1 : d {F", false, "A#M#1#d##"}, {"A.M 1 : d } x", false, "A#M#1#d } x##"},
-        {"A.M 1 \t: d\t", false, "A#M#1#d##"}, {"A\t.M 1 : d", false, "A#M#1#d##"},
-        {"A.M 1 : : {x} | {y}", false, "A#M#1#: {x}#{y}#{y}"}, {"vers", false, "vers#####"},
-        {"VERS\t3.0 : x", false, "VERS##3.0#x##"}, {"VERS 3.0 : x", false, "VERS 3#0##x##"},
-        {"VERS.2.0 : x", false, "VERS#2.0##x##"}, {"VERS.X|Y 5 : x", false, "VERS#X#.X|Y 5#x##"},
-        {"~A.B c : d", false, "~A#B#c#d##"}, {"A:B.M 1", false, nullptr}, {"A{.M 1", false, nullptr},
-        {"A|.M 1", false, nullptr}, {"A}.M 1", false, nullptr}, {"   ", false, nullptr}, {"", false, nullptr},
-        {"no period here", false, nullptr}, {"A\tB.M 1", false, nullptr}, {"VERS   ", false, nullptr},
-        {"A.M{ 1 : x", false, nullptr}, {"A.M| 1 : x", false, nullptr}, {"A.M 1{2} : x", false, nullptr},
-        {"A.M 1} : x", false, nullptr}, {"A.M 1 |x", true, nullptr}, {"A.M 1|2 : x", true, nullptr},
+        {"GAMMA RAY.GAPI 1 : x", false, "GAMMA RAY#GAPI#1#x##"},
+        {"A . B : d", false, "A##B#d##"},
+        {"A.X.Y D : d", false, "A#X.Y#D#d##"},
+        {".M 5 : x", false, "#M#5#x##"},
+        {"A.M:d", false, "A#M##d##"},
+        {"A.M 1   ", false, "A#M#1   ###"},
+        {"A.M 1 |x", false, "A#M#1 |x###"},
+        {"A.M 1|2 : x", false, "A#M#1|2#x##"},
+        {"A.M 1 : x | y | z", true, "A#M#1#x | y##z"},
+        {"A.M 1 : d {a} {b}", false, "A#M#1#d {a}#{b}#"},
+        {"A.M 1 : d | a {F}", true, "A#M#1#d#{F}#a {F}"},
+        {"A.M 1 : d {F} tail", false, "A#M#1#d#{F}#"},
+        {"A.M 1 : d {F", false, "A#M#1#d##"},
+        {"A.M 1 : d } x", false, "A#M#1#d } x##"},
+        {"A.M 1 \t: d\t", false, "A#M#1#d##"},
+        {"A\t.M 1 : d", false, "A#M#1#d##"},
+        {"A.M 1 : : {x} | {y}", false, "A#M#1#: {x}#{y}#{y}"},
+        {"vers", false, "vers#####"},
+        {"VERS\t3.0 : x", false, "VERS##3.0#x##"},
+        {"VERS 3.0 : x", false, "VERS 3#0##x##"},
+        {"VERS.2.0 : x", false, "VERS#2.0##x##"},
+        {"VERS.X|Y 5 : x", false, "VERS#X#.X|Y 5#x##"},
+        {"~A.B c : d", false, "~A#B#c#d##"},
+        {"A:B.M 1", false, nullptr},
+        {"A{.M 1", false, nullptr},
+        {"A|.M 1", false, nullptr},
+        {"A}.M 1", false, nullptr},
+        {"   ", false, nullptr},
+        {"", false, nullptr},
+        {"no period here", false, nullptr},
+        {"A\tB.M 1", false, nullptr},
+        {"VERS   ", false, nullptr},
+        {"A.M{ 1 : x", false, nullptr},
+        {"A.M| 1 : x", false, nullptr},
+        {"A.M 1{2} : x", false, nullptr},
+        {"A.M 1} : x", false, nullptr},
+        {"A.M 1 |x", true, nullptr},
+        {"A.M 1|2 : x", true, nullptr},
         {" ~Well", false, nullptr},
     };
     for (const auto& c : cases) {
@@ -329,7 +400,8 @@ TEST(ParameterLine, SplitsEveryFieldByTheByteRules)
         p.m_format = "stale";  // every scanner empties its field first
         EXPECT_EQ(Access::ParseParameterLine(reader, c.line, p), c.fields ? LASFILE_OK : LASFILE_BAD_FORMAT);
         if (c.fields) {
-            EXPECT_EQ(p.m_mnemonic + "#" + p.m_unit + "#" + p.m_value + "#" + p.m_description + "#" + p.m_format + "#" + p.m_association,
+            EXPECT_EQ(p.m_mnemonic + "#" + p.m_unit + "#" + p.m_value + "#" + p.m_description + "#" + p.m_format + "#" +
+                          p.m_association,
                       c.fields);
         }
     }
@@ -342,25 +414,37 @@ TEST(ParameterLine, SplitsEveryFieldByTheByteRules)
 TEST(VersionLines, VersWrapAndDlmSetTheFormat)
 {
     // The format as "version wrapped delimiter", and the value of the VERS line unless null.
-    const struct { const char* lines; ELASFILEERROR result; const char* format; const char* vers; } cases[] = {
+    const struct {
+        const char* lines;
+        ELASFILEERROR result;
+        const char* format;
+        const char* vers;
+    } cases[] = {
         // VERS decides version 3 by its first byte.
-        {"VERS. 1.2 : x\n", LASFILE_OK, "2 -  ", "1.2"}, {"VERS. 3.0 : x\n", LASFILE_OK, "3 -  ", "3.0"},
-        {"VERS. A : x\n", LASFILE_OK, "3 -  ", "A"}, {"VERS. \xC3\xA9 : x\n", LASFILE_OK, "2 -  ", nullptr},
+        {"VERS. 1.2 : x\n", LASFILE_OK, "2 -  ", "1.2"},
+        {"VERS. 3.0 : x\n", LASFILE_OK, "3 -  ", "3.0"},
+        {"VERS. A : x\n", LASFILE_OK, "3 -  ", "A"},
+        {"VERS. \xC3\xA9 : x\n", LASFILE_OK, "2 -  ", nullptr},
         {"VERS. : x\n", LASFILE_OK, "2 -  ", ""},
         // A version written against the period is taken from the unit.
-        {"VERS.2.0 : x\n", LASFILE_OK, "2 -  ", "2.0"}, {"VERS.3.0 : x\n", LASFILE_OK, "3 -  ", "3.0"},
-        {"VERS.0.5 : x\n", LASFILE_OK, "2 -  ", ""}, {"VERS.2.0 CWLS : x\n", LASFILE_OK, "3 -  ", "CWLS"},
+        {"VERS.2.0 : x\n", LASFILE_OK, "2 -  ", "2.0"},
+        {"VERS.3.0 : x\n", LASFILE_OK, "3 -  ", "3.0"},
+        {"VERS.0.5 : x\n", LASFILE_OK, "2 -  ", ""},
+        {"VERS.2.0 CWLS : x\n", LASFILE_OK, "3 -  ", "CWLS"},
         // Lines before VERS are read as version 2: the bar is ordinary there.
         {"A.M 1|2 : x\nVERS. 3.0 : v\n", LASFILE_OK, "3 -  ", nullptr},
         {"VERS. 3.0 : v\nA.M 1|2 : x\n", LASFILE_BAD_FORMAT, "3 -  ", nullptr},
         // WRAP turns on only for YES, in any case, and stays on.
-        {"WRAP. yes : x\n", LASFILE_OK, "2 W  ", nullptr}, {"WRAP.YES : x\n", LASFILE_OK, "2 W  ", nullptr},
+        {"WRAP. yes : x\n", LASFILE_OK, "2 W  ", nullptr},
+        {"WRAP.YES : x\n", LASFILE_OK, "2 W  ", nullptr},
         {"WRAP.yes : x\n", LASFILE_OK, "2 -  ", nullptr},
         {"WRAP. YES : x\nWRAP. NO : x\n", LASFILE_OK, "2 W  ", nullptr},
         // DLM: a word, or the first byte of the value.
-        {"DLM. comma : x\n", LASFILE_OK, "2 - ,", nullptr}, {"DLM. TAB : x\n", LASFILE_OK, "2 - \t", nullptr},
+        {"DLM. comma : x\n", LASFILE_OK, "2 - ,", nullptr},
+        {"DLM. TAB : x\n", LASFILE_OK, "2 - \t", nullptr},
         {"DLM. COMMA : x\nDLM. SPACE : x\n", LASFILE_OK, "2 -  ", nullptr},
-        {"DLM. ; : x\n", LASFILE_OK, "2 - ;", nullptr}, {"DLM. COMMA : x\nDLM. : x\n", LASFILE_OK, "2 - ,", nullptr},
+        {"DLM. ; : x\n", LASFILE_OK, "2 - ;", nullptr},
+        {"DLM. COMMA : x\nDLM. : x\n", LASFILE_OK, "2 - ,", nullptr},
         {"DLM.COMMA : x\n", LASFILE_OK, "2 -  ", nullptr},
     };
     for (const auto& c : cases) {
@@ -391,9 +475,15 @@ const std::string kTwoTexts = "T. : t {S}\nU. : u {S}\n";
 
 TEST(DataSection, RowsBecomeCurves)
 {
-    const struct { std::string text; ELASFILEERROR result; std::string last; } cases[] = {  // all behind Curve
+    const struct {
+        std::string text;
+        ELASFILEERROR result;
+        std::string last;
+    } cases[] = {
+        // all behind Curve
         // Numeric or text by the format of the definition; "{}" is no numeric format.
-        {Las20Head("DEPT.M : d {F}\nNAME. : n {S}\nN.M : n {i5}\nE. : e {}\nX. : x {E}\n") + "~A  ignored words\n1.5 abc 3 4 5e2\n",
+        {Las20Head("DEPT.M : d {F}\nNAME. : n {S}\nN.M : n {i5}\nE. : e {}\nX. : x {E}\n") +
+             "~A  ignored words\n1.5 abc 3 4 5e2\n",
          LASFILE_OK, "A:2/16|Curve{1.5;\"abc\";3;\"4\";500}"},
         // Short and long rows; a line of tabs is a row; atof of a bad number is 0.
         {Las20Head(kThree) + "~A\n1.0 2.0\n1 2 3 4\n \t 7\t\t8   9\n#c\nx 1e 0x10\n\t\n", LASFILE_OK,
@@ -420,7 +510,8 @@ TEST(DataSection, RowsBecomeCurves)
         // A header within a wrapped row ends the section and fills the row.
         {Las20Head(kThree + "T. : t {S}\n", "YES") + "~A\n1 2 3 x\n4 5\n~Parameter\nP.M 1 : p\n", LASFILE_OK,
          "A:2/16|Curve{1,4;2,5;3,0;\"x\",\"\"} Parameter:0(1)"},
-        {Las20Head(kThree, "YES") + "~A\n1 2 3\n4\n~Parameter\n", LASFILE_IO_FAILED, "A:2/16|Curve{1,4;2,0;3,0} Parameter:0(0)"},
+        {Las20Head(kThree, "YES") + "~A\n1 2 3\n4\n~Parameter\n", LASFILE_IO_FAILED,
+         "A:2/16|Curve{1,4;2,0;3,0} Parameter:0(0)"},
         // A definition without lines: rows are read and ignored.
         {Las20Head("") + "~A\n1 2 3\nxyz\n", LASFILE_OK, "A:2/16|Curve{}"},
         // A header association binds, even to the Well section.
@@ -595,14 +686,23 @@ TEST(Stepping, DepthsAgainstTheStep)
 {
     const std::string core = "~Core_Definition\nDEPT.M : d\n~Core_Data\n1\n7\n";
     // A data header as the last line opens as LASFILE_IO_FAILED.
-    const struct { std::string text; ELASFILEERROR opened; ELASFILEERROR result; } cases[] = {
-        {File("0.5", "1.0\n1.5\n2.0\n"), LASFILE_OK, LASFILE_OK}, {File("0.5", "1.0\n1.5\n2.1\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
-        {File("-0.5", "2.0\n1.5\n1.0\n"), LASFILE_OK, LASFILE_OK}, {File("0.5", "2.0\n1.5\n1.0\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
-        {File("0", "3\n3\n3\n"), LASFILE_OK, LASFILE_OK}, {File("0", "3\n3\n4\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
-        {File("abc", "3\n4\n"), LASFILE_OK, LASFILE_BAD_FORMAT}, {File("1", "5\n"), LASFILE_OK, LASFILE_OK},
+    const struct {
+        std::string text;
+        ELASFILEERROR opened;
+        ELASFILEERROR result;
+    } cases[] = {
+        {File("0.5", "1.0\n1.5\n2.0\n"), LASFILE_OK, LASFILE_OK},
+        {File("0.5", "1.0\n1.5\n2.1\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
+        {File("-0.5", "2.0\n1.5\n1.0\n"), LASFILE_OK, LASFILE_OK},
+        {File("0.5", "2.0\n1.5\n1.0\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
+        {File("0", "3\n3\n3\n"), LASFILE_OK, LASFILE_OK},
+        {File("0", "3\n3\n4\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
+        {File("abc", "3\n4\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
+        {File("1", "5\n"), LASFILE_OK, LASFILE_OK},
         {File("1", ""), LASFILE_IO_FAILED, LASFILE_OK},
         // Within the absolute tolerance of 1e-7.
-        {File("1", "0\n1.00000005\n"), LASFILE_OK, LASFILE_OK}, {File("1", "0\n1.0000002\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
+        {File("1", "0\n1.00000005\n"), LASFILE_OK, LASFILE_OK},
+        {File("1", "0\n1.0000002\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
         // The depth column: M__DEPTH before DEPTH, any case, else column 0; a text column fails.
         {File("1", "7 0 5\n9 0 6\n", "GR.API : g\nDEPTH.M : d\nM__DEPTH.M : m\n"), LASFILE_OK, LASFILE_OK},
         {File("1", "7 5\n9 6\n", "GR.API : g\nDepth.M : d\n"), LASFILE_OK, LASFILE_OK},
@@ -610,7 +710,8 @@ TEST(Stepping, DepthsAgainstTheStep)
         {File("1", "a\nb\n", "DEPT.M : d {S}\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
         {File("1", "", "DEPT.M : d {S}\n"), LASFILE_IO_FAILED, LASFILE_BAD_FORMAT},
         // Only log data is tested; one without curves is passed over, and so is a file without it.
-        {File("1", "1\n2\n") + core, LASFILE_OK, LASFILE_OK}, {File("1", "1 2\n9 9\n", ""), LASFILE_OK, LASFILE_OK},
+        {File("1", "1\n2\n") + core, LASFILE_OK, LASFILE_OK},
+        {File("1", "1 2\n9 9\n", ""), LASFILE_OK, LASFILE_OK},
         {"~V\nVERS. 2.0 : v\n~W\nSTEP.M 1 : s\n", LASFILE_OK, LASFILE_OK},
         // Too few sections, no STEP; after a failed read what was read is tested.
         {"~V\nVERS. 2.0 : v\n", LASFILE_OK, LASFILE_WRONG_STATE},

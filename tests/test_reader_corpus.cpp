@@ -7,7 +7,6 @@
 // Only the public interface is used, so that the table can be made by any
 // version of the library.
 #include <gtest/gtest.h>
-
 #include <quarl/quarl.h>
 
 #include <algorithm>
@@ -46,8 +45,8 @@ private:
 
 void AddParam(Digest& digest, const CLasParam& param)
 {
-    for (const CLasString* field : {&param.m_mnemonic, &param.m_unit, &param.m_value,
-                                    &param.m_description, &param.m_format, &param.m_association})
+    for (const CLasString* field : {&param.m_mnemonic, &param.m_unit, &param.m_value, &param.m_description,
+                                    &param.m_format, &param.m_association})
         digest.Add(*field);
 }
 

@@ -2,14 +2,13 @@
 // 64-bit sizes, the line store's growth and failures, closed objects and
 // operator=.
 #include <fcntl.h>
+#include <gtest/gtest.h>
+#include <quarl/text_file.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <random>
 #include <string>
-
-#include <gtest/gtest.h>
-#include <quarl/text_file.h>
 
 #include "support/test_util.h"
 
@@ -19,7 +18,10 @@ namespace {
 using test::FailingLineStore;
 using test::TempDir;
 
-std::string Line(const CTextFile& file) { return std::string(file.GetLine(), file.GetLineLength()); }
+std::string Line(const CTextFile& file)
+{
+    return std::string(file.GetLine(), file.GetLineLength());
+}
 
 std::string Exact(double v)
 {
@@ -28,7 +30,10 @@ std::string Exact(double v)
     return text;
 }
 
-size_t OpenDescriptorCount() { return test::FolderEntries("/proc/self/fd").size(); }
+size_t OpenDescriptorCount()
+{
+    return test::FolderEntries("/proc/self/fd").size();
+}
 
 // Every line, line count and percentage against the model: lines split at
 // line feeds, carriage returns removed, a last line without line feed
@@ -50,12 +55,14 @@ void ExpectReadsAs(const std::string& bytes)
         counted += !end;
         ASSERT_EQ(lines++ == 0 ? file.Open(dir.Write("f", bytes)) : file.ReadLine(), LASFILE_OK);
         got = Line(file) + " " + std::to_string(file.GetLineCount()) + " " + Exact(file.GetPercentRead());
-        ASSERT_EQ(got, want + " " + std::to_string(counted) + " " + Exact(static_cast<double>(end ? i : i + 1) * 100.0 / static_cast<double>(bytes.size())));
+        ASSERT_EQ(got, want + " " + std::to_string(counted) + " " +
+                           Exact(static_cast<double>(end ? i : i + 1) * 100.0 / static_cast<double>(bytes.size())));
         want.clear();
     }
     for (int i = 0; i < 2; ++i) {
         ASSERT_EQ(file.ReadLine(), LASFILE_IO_FAILED);
-        ASSERT_EQ(std::string(file.GetLine()) + " " + std::to_string(file.GetLineCount()) + " " + Exact(file.GetPercentRead()),
+        ASSERT_EQ(std::string(file.GetLine()) + " " + std::to_string(file.GetLineCount()) + " " +
+                      Exact(file.GetPercentRead()),
                   " " + std::to_string(counted) + " " + "100");
     }
 }
@@ -64,15 +71,16 @@ TEST(TextFile, MatchesTheModel)
 {
     std::string block;  // exactly one block of 16 lines
     for (int i = 0; i < 16; ++i) block += std::string(63, static_cast<char>('a' + i)) + "\n";
-    for (const std::string& bytes : {std::string("one\ntwo\nthree"), std::string("\n\n\nx"), std::string("\r"),
-                                     std::string("\r\r\n\r\rx\r"), std::string("a\0b\n\0\n", 6),
-                                     std::string(1023, 'x') + "\r\n" + "next\n", block, block.substr(0, 1023) + "Z",
-                                     std::string(1024, 'c') + "\n", std::string(1023, 'd') + "\ne"})
+    for (const std::string& bytes :
+         {std::string("one\ntwo\nthree"), std::string("\n\n\nx"), std::string("\r"), std::string("\r\r\n\r\rx\r"),
+          std::string("a\0b\n\0\n", 6), std::string(1023, 'x') + "\r\n" + "next\n", block, block.substr(0, 1023) + "Z",
+          std::string(1024, 'c') + "\n", std::string(1023, 'd') + "\ne"})
         ExpectReadsAs(bytes);
     std::mt19937 random(20240611);
     const char alphabet[] = {'a', 'b', '\r', '\n', '\0', '\t', static_cast<char>(0xE9)};
     for (int round = 0; round < 60; ++round) {  // around multiples of the block, long and short lines
-        size_t size = round % 4 ? std::uniform_int_distribution<size_t>(1, 4200)(random) : 1024 * (1 + round % 3) + round % 3 - 1;
+        size_t size =
+            round % 4 ? std::uniform_int_distribution<size_t>(1, 4200)(random) : 1024 * (1 + round % 3) + round % 3 - 1;
         std::string bytes;
         for (size_t i = 0; i < size; ++i) {
             const int pick = std::uniform_int_distribution<int>(0, round % 3 ? 12 : 400)(random);
@@ -148,7 +156,9 @@ TEST(TextFile, LineStoreGrowsOnlyForLongerLinesGeometricallyAndSurvivesFailures)
     const std::string huge(4 << 20, 'h');
     {
         FailingLineStore counter(1 << 30);  // never fails, counts allocations
-        ASSERT_EQ(file.Open(dir.Write("g", std::string(39, 'a') + "\n" + std::string(40, 'b') + "\n" + huge + "\n" + std::string(500, 'e') + "\n")), LASFILE_OK);
+        ASSERT_EQ(file.Open(dir.Write("g", std::string(39, 'a') + "\n" + std::string(40, 'b') + "\n" + huge + "\n" +
+                                               std::string(500, 'e') + "\n")),
+                  LASFILE_OK);
         EXPECT_EQ(counter.calls(), 1);  // 39 bytes fit the first store
         ASSERT_EQ(file.ReadLine(), LASFILE_OK);
         EXPECT_EQ(counter.calls(), 2);  // the 40th byte needs room for the terminator
@@ -182,8 +192,9 @@ TEST(TextFile, ClosedReopenedAndFailedObjects)
     CTextFile file;
     const size_t before = OpenDescriptorCount();
     for (int round = 0; round < 3; ++round) {  // new, closed after a read, closed twice
-        EXPECT_TRUE(!file.IsOpen() && !file.GetLine() && file.ReadLine() == LASFILE_IO_FAILED && file.GetLineCount() == 0 &&
-                    file.GetFilename() == "") << round;
+        EXPECT_TRUE(!file.IsOpen() && !file.GetLine() && file.ReadLine() == LASFILE_IO_FAILED &&
+                    file.GetLineCount() == 0 && file.GetFilename() == "")
+            << round;
         if (round == 0) {
             ASSERT_TRUE(file.Open(first) == LASFILE_OK && file.ReadLine() == LASFILE_OK);
         }

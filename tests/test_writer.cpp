@@ -15,7 +15,10 @@ using List = std::vector<std::string>;
 
 const ErrorRecord kClear;
 
-std::string Format(const CLasWriter& w) { return std::string(WriterAccess::IsLas3(w) ? "3" : "2") + WriterAccess::Delimiter(w); }
+std::string Format(const CLasWriter& w)
+{
+    return std::string(WriterAccess::IsLas3(w) ? "3" : "2") + WriterAccess::Delimiter(w);
+}
 
 TEST(WriterFrame, SetFormatTestsVersionThenStateThenDelimiter)
 {
@@ -132,8 +135,8 @@ TEST(WriterRules, SectionNamesOfEachVersion)
         w.SetFormat(las3, ' ');
         return w.AddSection(Section(name, LASSECTION_PARAMETER));
     };
-    for (const char* name : {"WELL", "w", "Curve", "c", "PARAMETER", "p", "ascii", "A", "Log", "l", "Other", "o",
-                             "dOwNhOlE", "D"})
+    for (const char* name :
+         {"WELL", "w", "Curve", "c", "PARAMETER", "p", "ascii", "A", "Log", "l", "Other", "o", "dOwNhOlE", "D"})
         EXPECT_EQ(add(false, name), LASFILE_OK) << name;
     for (const char* name : {"", "Log_Data", "Well[1]", "X", "Wells", "Curve "})
         EXPECT_EQ(add(false, name), LASFILE_BAD_NAME) << name;
@@ -144,19 +147,25 @@ TEST(WriterRules, SectionNamesOfEachVersion)
     CLasWriter w;
     for (const char* name : {"A", "p", "o", "d", "c", "well", "LOG"})
         ASSERT_EQ(w.AddSection(Section(name, LASSECTION_PARAMETER)), LASFILE_OK);
-    EXPECT_EQ(Names(w),
-              (List{"ASCII", "Parameter", "Other", "Downhole", "Curve", "well", "LOG"}));
+    EXPECT_EQ(Names(w), (List{"ASCII", "Parameter", "Other", "Downhole", "Curve", "well", "LOG"}));
 }
 
 TEST(WriterRules, DataSections)
 {
-    const struct { bool las3; std::vector<CLasCurve> curves; ErrorRecord record; } cases[] = {
+    const struct {
+        bool las3;
+        std::vector<CLasCurve> curves;
+        ErrorRecord record;
+    } cases[] = {
         {false, {Numbers({1}), Texts({"a"})}, {LASFILE_BAD_VALUE, "ASCII", "", 1}},  // text only in LAS 3.0
-        {true, {Numbers({1}), Texts({"a"})}, kClear}, {false, {Texts({"a"}), Numbers({1})}, {LASFILE_BAD_VALUE, "ASCII", "", 0}},
+        {true, {Numbers({1}), Texts({"a"})}, kClear},
+        {false, {Texts({"a"}), Numbers({1})}, {LASFILE_BAD_VALUE, "ASCII", "", 0}},
         {true, {Texts({"a"}), Numbers({1})}, {LASFILE_BAD_VALUE, "Log_Data", "", 0}},  // the first column is numeric
-        {true, {Numbers(std::vector<double>(10)), Numbers(std::vector<double>(10)), Numbers(std::vector<double>(9))},
+        {true,
+         {Numbers(std::vector<double>(10)), Numbers(std::vector<double>(10)), Numbers(std::vector<double>(9))},
          {LASFILE_BAD_VALUE, "Log_Data", "", 2}},
-        {true, {Numbers({1, 2}), Texts({"a"})}, {LASFILE_BAD_VALUE, "Log_Data", "", 1}}, {false, {}, kClear},
+        {true, {Numbers({1, 2}), Texts({"a"})}, {LASFILE_BAD_VALUE, "Log_Data", "", 1}},
+        {false, {}, kClear},
     };
     for (const auto& c : cases) {
         CLasWriter w;
@@ -169,9 +178,12 @@ TEST(WriterRules, DataSections)
     // here: a curve at the real bound, 2^31 values, takes 16 GB.
     const size_t bound = detail::g_maxCurveValues;
     detail::g_maxCurveValues = 4;
-    for (const auto& c : {std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4, 5}), Numbers({1})}, ErrorRecord{LASFILE_BAD_VALUE, "Log_Data", "", 0}),
-                          std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4, 5}), Texts({"a", "b", "c", "d", "e"})}, ErrorRecord{LASFILE_BAD_VALUE, "Log_Data", "", 0}),
-                          std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4}), Texts({"a", "b", "c", "d"})}, kClear)}) {
+    for (const auto& c :
+         {std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4, 5}), Numbers({1})},
+                         ErrorRecord{LASFILE_BAD_VALUE, "Log_Data", "", 0}),
+          std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4, 5}), Texts({"a", "b", "c", "d", "e"})},
+                         ErrorRecord{LASFILE_BAD_VALUE, "Log_Data", "", 0}),
+          std::make_pair(std::vector<CLasCurve>{Numbers({1, 2, 3, 4}), Texts({"a", "b", "c", "d"})}, kClear)}) {
         CLasWriter w;
         w.SetFormat(true, ' ');
         w.AddSection(Data("Log_Data", c.first));
@@ -186,8 +198,13 @@ TEST(WriterRules, DataSections)
 
 TEST(WriterRules, ParameterFieldsAndPassOrder)
 {
-    const struct { bool las3; std::vector<CLasParam> params; ErrorRecord record; } cases[] = {
-        {true, {Param("A.B", "", "", "")}, {LASFILE_BAD_NAME, "Tops", "A.B"}}, {true, {Param("M", "k g", "", "")}, {LASFILE_BAD_NAME, "Tops", "M"}},
+    const struct {
+        bool las3;
+        std::vector<CLasParam> params;
+        ErrorRecord record;
+    } cases[] = {
+        {true, {Param("A.B", "", "", "")}, {LASFILE_BAD_NAME, "Tops", "A.B"}},
+        {true, {Param("M", "k g", "", "")}, {LASFILE_BAD_NAME, "Tops", "M"}},
         {false, {Param("V", "", "1{", "")}, {LASFILE_BAD_NAME, "Other", "V"}},
         {false, {Param("V", "", "}", "")}, {LASFILE_BAD_NAME, "Other", "V"}},
         {false, {Param("V", "", "a|b", "")}, {LASFILE_BAD_NAME, "Other", "V"}},
@@ -197,7 +214,8 @@ TEST(WriterRules, ParameterFieldsAndPassOrder)
         {true, {Param("R", "", "", "", "", "RUNS")}, kClear},
         {false, {Param("R", "", "", "", "", "RUNS")}, {LASFILE_BAD_VALUE, "Other", "R"}},
         // A later pass on an early parameter comes after an earlier pass on a late one.
-        {false, {Param("R", "", "", "", "", "RUNS"), Param("F", "", "", "", "{F"), Param("X:", "", "", "")},
+        {false,
+         {Param("R", "", "", "", "", "RUNS"), Param("F", "", "", "", "{F"), Param("X:", "", "", "")},
          {LASFILE_BAD_NAME, "Other", "X:"}},
         {false, {Param("R", "", "", "", "", "RUNS"), Param("F", "", "", "", "{F")}, {LASFILE_BAD_NAME, "Other", "F"}},
     };
@@ -221,14 +239,16 @@ std::string Sections(CLasWriter& w)
     for (const CLasSection& s : WriterAccess::Sections(w)) {
         text += (text.empty() ? "" : " ") + s.m_name + "(" + std::to_string(s.m_params.size()) + ")" + s.m_association;
         if (s.m_type == LASSECTION_DEFINITION)
-            for (const CLasParam& p : s.m_params) text += " " + p.m_mnemonic + "." + p.m_unit + ":" + p.m_description + p.m_format;
+            for (const CLasParam& p : s.m_params)
+                text += " " + p.m_mnemonic + "." + p.m_unit + ":" + p.m_description + p.m_format;
     }
     return text;
 }
 
 TEST(Validate, CreatesLinksAndTestsTheDocument)
 {
-    const std::vector<CLasCurve> three = {Numbers({1, 2}, Param("DEPT", "M", "", "Depth")), Numbers({3, 4}), Numbers({5, 6}, Param("GR", "", "", ""))};
+    const std::vector<CLasCurve> three = {Numbers({1, 2}, Param("DEPT", "M", "", "Depth")), Numbers({3, 4}),
+                                          Numbers({5, 6}, Param("GR", "", "", ""))};
     const struct {
         const char* rule;
         bool las3;
@@ -237,25 +257,51 @@ TEST(Validate, CreatesLinksAndTestsTheDocument)
         std::string sections;
     } cases[] = {
         {"an empty document lacks Curve", false, {}, {LASFILE_MISSING_SECTION, "Curve"}, "Well(0)"},
-        {"Curve is filled from the curves", false, {Data("ASCII", three)}, kClear,
+        {"Curve is filled from the curves",
+         false,
+         {Data("ASCII", three)},
+         kClear,
          "Well(12) Curve(3) DEPT.M:Depth COL2.:Column 2{F} GR.: ASCII(0)Curve"},
-        {"LAS 3.0 makes definitions by base name, {S} for text", true,
-         {Data("Log_Data", {Numbers({1}), Texts({"a"})}), Data("Core_Data[1]", {Numbers({1})}), Data("Core_Data[2]", {Numbers({2})})}, kClear,
+        {"LAS 3.0 makes definitions by base name, {S} for text",
+         true,
+         {Data("Log_Data", {Numbers({1}), Texts({"a"})}), Data("Core_Data[1]", {Numbers({1})}),
+          Data("Core_Data[2]", {Numbers({2})})},
+         kClear,
          "Well(12) Core_Definition(1) COL1.:Column 1{F} Core_Data[1](0)Core_Definition Core_Data[2](0)Core_Definition "
          "Log_Definition(2) COL1.:Column 1{F} COL2.:Column 2{S} Log_Data(0)Log_Definition"},
-        {"a missing definition named by two links is made once", true,
-         {Data("Log_Data", {Numbers({1})}), Data("Core_Data", {Numbers({1})}, "X"), Data("Drill_Data", {Numbers({2})}, "X")}, kClear,
-         "Well(12) X(1) COL1.:Column 1{F} Core_Data(0)X Drill_Data(0)X Log_Definition(1) COL1.:Column 1{F} Log_Data(0)Log_Definition"},
-        {"Curve given, the empty link of ASCII names nothing", false,
-         {Section("Curve", LASSECTION_DEFINITION), Data("ASCII", {Numbers({1})})}, {LASFILE_MISSING_SECTION}, "Well(0) Curve(0) ASCII(0)"},
-        {"a link to a missing section in LAS 2.0 makes it, and Curve is missing", false,
-         {Data("ASCII", {Numbers({1})}, "Defs")}, {LASFILE_MISSING_SECTION, "Curve"}, "Well(0) Defs(0) ASCII(0)Defs"},
-        {"one definition too few names the data section", false,
-         {Section("Curve", LASSECTION_DEFINITION, {Param("DEPT", "", "", "")}), Data("ASCII", {Numbers({1}), Numbers({2})}, "Curve")},
-         {LASFILE_MISSING_SECTION, "ASCII"}, "Well(0) Curve(1) DEPT.: ASCII(0)Curve"},
-        {"LAS 3.0 data of another base only lacks Curve", true, {Data("Core_Data", {Numbers({1})})},
-         {LASFILE_MISSING_SECTION, "Curve"}, "Well(0) Core_Data(0)Core_Definition Core_Definition(0)"},
-        {"log data without curves passes", true, {Data("Log_Data", {})}, kClear, "Well(12) Log_Definition(0) Log_Data(0)Log_Definition"},
+        {"a missing definition named by two links is made once",
+         true,
+         {Data("Log_Data", {Numbers({1})}), Data("Core_Data", {Numbers({1})}, "X"),
+          Data("Drill_Data", {Numbers({2})}, "X")},
+         kClear,
+         "Well(12) X(1) COL1.:Column 1{F} Core_Data(0)X Drill_Data(0)X Log_Definition(1) COL1.:Column 1{F} "
+         "Log_Data(0)Log_Definition"},
+        {"Curve given, the empty link of ASCII names nothing",
+         false,
+         {Section("Curve", LASSECTION_DEFINITION), Data("ASCII", {Numbers({1})})},
+         {LASFILE_MISSING_SECTION},
+         "Well(0) Curve(0) ASCII(0)"},
+        {"a link to a missing section in LAS 2.0 makes it, and Curve is missing",
+         false,
+         {Data("ASCII", {Numbers({1})}, "Defs")},
+         {LASFILE_MISSING_SECTION, "Curve"},
+         "Well(0) Defs(0) ASCII(0)Defs"},
+        {"one definition too few names the data section",
+         false,
+         {Section("Curve", LASSECTION_DEFINITION, {Param("DEPT", "", "", "")}),
+          Data("ASCII", {Numbers({1}), Numbers({2})}, "Curve")},
+         {LASFILE_MISSING_SECTION, "ASCII"},
+         "Well(0) Curve(1) DEPT.: ASCII(0)Curve"},
+        {"LAS 3.0 data of another base only lacks Curve",
+         true,
+         {Data("Core_Data", {Numbers({1})})},
+         {LASFILE_MISSING_SECTION, "Curve"},
+         "Well(0) Core_Data(0)Core_Definition Core_Definition(0)"},
+        {"log data without curves passes",
+         true,
+         {Data("Log_Data", {})},
+         kClear,
+         "Well(12) Log_Definition(0) Log_Data(0)Log_Definition"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.rule);
@@ -297,29 +343,41 @@ CLasSection Typed(const std::string& text)
 {
     const std::string name = text.substr(0, text.find('|'));
     ELASSECTIONTYPE type = LASSECTION_PARAMETER;
-    if (name.find("Data") != std::string::npos || name == "ASCII" || name == "LOG" || name == "Core") type = LASSECTION_DATA;
+    if (name.find("Data") != std::string::npos || name == "ASCII" || name == "LOG" || name == "Core")
+        type = LASSECTION_DATA;
     if (name.find("Definition") != std::string::npos || name == "Curve") type = LASSECTION_DEFINITION;
     return Section(name, type, {}, text.find('|') == std::string::npos ? "" : text.substr(text.find('|') + 1));
 }
 
 TEST(SortSections, OrderOfEachVersion)
 {
-    const struct { bool las3; List given; List sorted; } cases[] = {  // empty: refused, nothing moved
+    const struct {
+        bool las3;
+        List given;
+        List sorted;
+    } cases[] = {
+        // empty: refused, nothing moved
         {false, {"ASCII", "Other", "Curve", "Well", "Parameter"}, {"Well", "Parameter", "Curve", "Other", "ASCII"}},
-        {false, {"ASCII", "Downhole", "LOG", "curve", "Other", "WELL", "Well"},
+        {false,
+         {"ASCII", "Downhole", "LOG", "curve", "Other", "WELL", "Well"},
          {"WELL", "curve", "Downhole", "LOG", "Other", "Well", "ASCII"}},
         {false, {"ASCII", "LOG"}, {"LOG", "ASCII"}},
         {false, {"ASCII|ascii", "Other"}, {"Other", "ASCII"}},  // main data linked to itself: placed once
-        {true, {"Log_Data", "Log_Definition", "Core_Data", "Tops_Parameter", "Well", "Core_Definition", "Core_Parameter", "Log_Parameter"},
-         {"Well", "Core_Parameter", "Core_Definition", "Core_Data", "Tops_Parameter", "Log_Parameter", "Log_Definition", "Log_Data"}},
+        {true,
+         {"Log_Data", "Log_Definition", "Core_Data", "Tops_Parameter", "Well", "Core_Definition", "Core_Parameter",
+          "Log_Parameter"},
+         {"Well", "Core_Parameter", "Core_Definition", "Core_Data", "Tops_Parameter", "Log_Parameter", "Log_Definition",
+          "Log_Data"}},
         // A single data section is never grouped, whatever its name.
         {true, {"Core_Data", "Core_Parameter", "Other_Stuff"}, {"Core_Data", "Core_Parameter", "Other_Stuff"}},
         // Indexed data sections share the parameter section of their base.
-        {true, {"ASCII", "Core_Parameter[1]", "Core_Data[2]", "Core_Data[1]", "Core_Parameter", "Core_Definition"},
+        {true,
+         {"ASCII", "Core_Parameter[1]", "Core_Data[2]", "Core_Data[1]", "Core_Parameter", "Core_Definition"},
          {"Core_Parameter", "Core_Definition", "Core_Data[2]", "Core_Data[1]", "Core_Parameter[1]", "ASCII"}},
         {true, {"Log_Data", "Log_Data[2]"}, {"Log_Data[2]", "Log_Data"}},  // a secondary data section
         // Definitions are found by link, else by base name.
-        {true, {"Shared", "A_Data|Shared", "B_Data|Shared", "Log_Data", "Log_Definition", "Curve", "C_Data|Curve"},
+        {true,
+         {"Shared", "A_Data|Shared", "B_Data|Shared", "Log_Data", "Log_Definition", "Curve", "C_Data|Curve"},
          {"Curve", "Shared", "A_Data", "B_Data", "C_Data", "Log_Definition", "Log_Data"}},
         {true, {"Tops", "ASCII", "Well", "Core_Data", "Log_Data", "Core_Definition"}, {}},  // two log data names
         {true, {"LOG", "Log_Data"}, {}},
@@ -354,7 +412,8 @@ Filled Fill(std::vector<CLasParam> well, std::vector<CLasCurve> curves, int runs
     EXPECT_EQ(w.AddSection(Data("ASCII", std::move(curves))), LASFILE_OK);
     for (int i = 0; i < runs; ++i) WriterAccess::FillWellSection(w);
     Filled filled{LastError(w), ""};
-    for (const CLasParam& p : WriterAccess::Sections(w)[0].m_params) filled.well += " " + p.m_mnemonic + "=" + p.m_value;
+    for (const CLasParam& p : WriterAccess::Sections(w)[0].m_params)
+        filled.well += " " + p.m_mnemonic + "=" + p.m_value;
     return filled;
 }
 
@@ -362,7 +421,8 @@ TEST(WellCompletion, DepthRangeAndAppendedParameters)
 {
     const std::string rest = " COMP=Not Specified WELL=Not Specified FLD=Not Specified LOC=Not Specified";
     const std::string tail = " CNTY=Not Specified STAT=Not Specified CTRY=Not Specified SRVC=Not Specified";
-    const std::string full = " STRT=100.00000000 STOP=100.50000000 STEP=0.25000000" + rest + " API=Not Specified" + tail;
+    const std::string full =
+        " STRT=100.00000000 STOP=100.50000000 STEP=0.25000000" + rest + " API=Not Specified" + tail;
     const struct {
         const char* rule;
         std::vector<CLasParam> well;
@@ -372,11 +432,21 @@ TEST(WellCompletion, DepthRangeAndAppendedParameters)
     } cases[] = {
         {"the depth range of the first curve, then the missing names", {}, {Numbers({100, 100.25, 100.5})}, 1, full},
         {"a second run appends nothing", {}, {Numbers({100, 100.25, 100.5})}, 2, full},
-        {"UWI stands for API, STAT for CNTY, STAT and CTRY", {Param("uwi", "", "1", ""), Param("Stat", "", "AB", "")}, {Numbers({1})}, 1,
+        {"UWI stands for API, STAT for CNTY, STAT and CTRY",
+         {Param("uwi", "", "1", ""), Param("Stat", "", "AB", "")},
+         {Numbers({1})},
+         1,
          " uwi=1 Stat=AB STRT=1.00000000 STOP=1.00000000 STEP=0.00000000" + rest + " SRVC=Not Specified"},
-        {"PROV stands for CNTY, STAT and CTRY", {Param("PROV", "", "x", ""), Param("API", "", "1", "")}, {Numbers({1})}, 1,
+        {"PROV stands for CNTY, STAT and CTRY",
+         {Param("PROV", "", "x", ""), Param("API", "", "1", "")},
+         {Numbers({1})},
+         1,
          " PROV=x API=1 STRT=1.00000000 STOP=1.00000000 STEP=0.00000000" + rest + " SRVC=Not Specified"},
-        {"no curves count as zero", {}, {}, 1, " STRT=0.00000000 STOP=0.00000000 STEP=0.00000000" + rest + " API=Not Specified" + tail},
+        {"no curves count as zero",
+         {},
+         {},
+         1,
+         " STRT=0.00000000 STOP=0.00000000 STEP=0.00000000" + rest + " API=Not Specified" + tail},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.rule);
@@ -403,12 +473,18 @@ TEST(WellCompletion, PresentValuesAreTestedWithTheAbsoluteTolerance)
         {{Param("strt", "", "100", "")}, {100.00000004}, kClear, " strt=100 STOP"},
         {{Param("STRT", "", "100", "")}, {100.0000002}, {LASFILE_BAD_FORMAT, "ASCII", "STRT", 0, 0}, " STRT=100"},
         {{Param("STRT", "", "abc", "")}, {0.00000005}, kClear, " STRT=abc STOP"},
-        {{Param("STOP", "", "5", "")}, {1, 2, 3}, {LASFILE_BAD_FORMAT, "ASCII", "STOP", 0, 2}, " STOP=5 STRT=1.00000000"},
+        {{Param("STOP", "", "5", "")},
+         {1, 2, 3},
+         {LASFILE_BAD_FORMAT, "ASCII", "STOP", 0, 2},
+         " STOP=5 STRT=1.00000000"},
         {{Param("STEP", "", "0", "")}, {1, 5, 7}, kClear, " STEP=0 STRT"},
         {{Param("STEP", "", "x", "")}, {1, 5, 7}, kClear, " STEP=x STRT"},
         {{Param("STEP", "", "3", "")}, {1}, kClear, " STEP=3 STRT"},
         {{Param("STEP", "", "-0.5", "")}, {2, 1.5, 1}, kClear, " STEP=-0.5 STRT"},
-        {{Param("STEP", "", "0.5", "")}, {2, 1.5, 1}, {LASFILE_BAD_FORMAT, "ASCII", "STEP", 0, 1}, " STEP=0.5 STRT=2.00000000 STOP=1.00000000"},
+        {{Param("STEP", "", "0.5", "")},
+         {2, 1.5, 1},
+         {LASFILE_BAD_FORMAT, "ASCII", "STEP", 0, 1},
+         " STEP=0.5 STRT=2.00000000 STOP=1.00000000"},
         // A NaN difference is not greater than the tolerance.
         {{Param("STRT", "", "nan", ""), Param("STOP", "", "2", "")}, {1, NAN}, kClear, " STRT=nan STOP=2"},
     };

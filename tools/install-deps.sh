@@ -3,7 +3,7 @@
 # tests run: the compiler, CMake, Ninja, GoogleTest, pkg-config, and Debian's
 # Python 3 with numpy, pandas, pybind11, pytest and distributed for the
 # Python package. With --all also what the rest of CI uses: clang 14 with
-# libFuzzer, gcovr, valgrind, and two host locales (de_DE.UTF-8 with a
+# libFuzzer, clang-format, gcovr, valgrind, and two host locales (de_DE.UTF-8 with a
 # decimal comma, tr_TR.ISO-8859-9) for the tests that prove the library
 # ignores the host's locale. Runs as root, or through sudo.
 set -eu
@@ -13,7 +13,7 @@ packages="cmake ninja-build g++ libgtest-dev pkg-config
 all=no
 if [ "${1:-}" = "--all" ]; then
   all=yes
-  packages="$packages clang-14 libclang-rt-14-dev gcovr valgrind locales"
+  packages="$packages clang-14 libclang-rt-14-dev clang-format gcovr valgrind locales"
 fi
 
 if [ "$(id -u)" = 0 ]; then

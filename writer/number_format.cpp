@@ -48,8 +48,8 @@ constexpr uint64_t kPowersOfFive[] = {1ull,
                                       3814697265625ull,
                                       19073486328125ull,
                                       95367431640625ull};
-constexpr uint64_t kDigits15Low = 100000000000000ull;   // 10^14
-constexpr uint64_t kDigits15High = 1000000000000000ull; // 10^15
+constexpr uint64_t kDigits15Low = 100000000000000ull;    // 10^14
+constexpr uint64_t kDigits15High = 1000000000000000ull;  // 10^15
 
 // An unsigned 128-bit number as two halves.
 struct Wide {
@@ -312,7 +312,10 @@ QUARL_ALWAYS_INLINE void Prefetch(const double* value)
 
 }  // namespace
 
-char* FormatGeneral15Fixed(char* out, double value) { return FixedNotation<false>(out, value); }
+char* FormatGeneral15Fixed(char* out, double value)
+{
+    return FixedNotation<false>(out, value);
+}
 
 char* FormatGeneral15FixedPortable(char* out, double value)
 {

@@ -28,7 +28,10 @@ char* FormatGeneral15(char* out, double value);
 // `out` has room for GeneralRowRoom(count) bytes; returns the end.
 char* FormatGeneral15Row(char* out, const double* const* columns, size_t count, size_t rows,
                          size_t row, char delimiter);
-constexpr size_t GeneralRowRoom(size_t count) { return 1 + count * (kGeneralNumberMax + 1); }
+constexpr size_t GeneralRowRoom(size_t count)
+{
+    return 1 + count * (kGeneralNumberMax + 1);
+}
 
 // The two ways FormatGeneral15 takes. The fast one handles zero and every
 // value that "%.15g" writes in fixed notation (decimal exponent -4 to 14)

@@ -44,9 +44,10 @@ std::string ResolveLink(const std::string& path)
 std::string TempName(const std::string& folder)
 {
     static std::atomic<uint64_t> calls{0};
-    const uint64_t seed = static_cast<uint64_t>(::getpid()) * 0x9e3779b97f4a7c15ull ^
-                          static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()) ^
-                          (calls.fetch_add(1, std::memory_order_relaxed) << 40);
+    const uint64_t seed =
+        static_cast<uint64_t>(::getpid()) * 0x9e3779b97f4a7c15ull ^
+        static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()) ^
+        (calls.fetch_add(1, std::memory_order_relaxed) << 40);
     std::mt19937_64 random(seed);
     static const char kLetters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
     std::string name = folder + "/.quarl-";
@@ -138,7 +139,8 @@ bool OpenStreamFor(const std::string& path, std::FILE** file, std::string* tempP
 
 }  // namespace
 
-bool OpenOutput(const std::string& path, std::FILE** file, std::string* tempPath, std::string* replaced)
+bool OpenOutput(const std::string& path, std::FILE** file, std::string* tempPath,
+                std::string* replaced)
 {
     *file = nullptr;
     tempPath->clear();
@@ -175,8 +177,8 @@ OutputBuffer::OutputBuffer(std::FILE* file, std::function<bool()> makeRoom)
 {
 }
 
-bool OutputBuffer::Padded(const char* before, const std::string& text, size_t width,
-                          bool alignLeft, const char* after)
+bool OutputBuffer::Padded(const char* before, const std::string& text, size_t width, bool alignLeft,
+                          const char* after)
 {
     if (!Begin()) return false;
     const size_t fill = text.size() < width ? width - text.size() : 0;

@@ -34,7 +34,8 @@ extern int64_t g_failOutputCall;
 // a pipe; `tempPath` then stays empty. False, with nothing left behind,
 // when the target cannot be written at all: a folder as target, a missing
 // folder, a target without write permission.
-bool OpenOutput(const std::string& path, std::FILE** file, std::string* tempPath, std::string* replaced);
+bool OpenOutput(const std::string& path, std::FILE** file, std::string* tempPath,
+                std::string* replaced);
 
 // When the disk has no room for a second copy: puts the temporary file in
 // place of the target at once, so that the target's own room is freed, and
@@ -82,7 +83,8 @@ public:
     {
         if (!Begin()) return false;
         if (m_data.size() - m_used < kGeneralNumberMax) Drain();
-        m_used = static_cast<size_t>(FormatGeneral15(m_data.data() + m_used, value) - m_data.data());
+        m_used =
+            static_cast<size_t>(FormatGeneral15(m_data.data() + m_used, value) - m_data.data());
         return !m_failed;
     }
     // `before`, then `text` filled with blanks to `width` on the left

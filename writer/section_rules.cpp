@@ -1,8 +1,8 @@
 // The rules a section must pass before AddSection stores it.
+#include <quarl/writer.h>
+
 #include <cstdint>
 #include <cstring>
-
-#include <quarl/writer.h>
 
 #include "foundation/platform.h"
 #include "writer/curve_limit.h"
@@ -22,8 +22,8 @@ struct Las2Name {
 };
 
 constexpr Las2Name kLas2Names[] = {
-    {"VERSION", "V", "Version"},     {"WELL", "W", "Well"},   {"CURVE", "C", "Curve"},
-    {"PARAMETER", "P", "Parameter"}, {"ASCII", "A", "ASCII"}, {"LOG", "L", "ASCII"},
+    {"VERSION", "V", "Version"},     {"WELL", "W", "Well"},         {"CURVE", "C", "Curve"},
+    {"PARAMETER", "P", "Parameter"}, {"ASCII", "A", "ASCII"},       {"LOG", "L", "ASCII"},
     {"OTHER", "O", "Other"},         {"DOWNHOLE", "D", "Downhole"},
 };
 
@@ -101,8 +101,8 @@ ELASFILEERROR CLasWriter::ValidateParameterSection(const CLasSection& section)
     }
     for (const CLasParam& param : section.m_params) {
         const std::string& format = param.m_format;
-        if (!format.empty() && (format.find('{') == std::string::npos ||
-                                format.find('}') == std::string::npos))
+        if (!format.empty() &&
+            (format.find('{') == std::string::npos || format.find('}') == std::string::npos))
             return SetLastError(LASFILE_BAD_NAME, name, param.m_mnemonic.c_str(), -1, -1);
     }
     for (const CLasParam& param : section.m_params) {

@@ -1,12 +1,12 @@
 // SortSections: puts the stored sections in the order of a LAS file. The
 // order is worked out on positions first and applied only when it is
 // complete, so a failure leaves every section where it was.
-#include <algorithm>
-#include <string>
-#include <map>
-#include <vector>
-
 #include <quarl/writer.h>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
 
 #include "foundation/section_index.h"
 #include "foundation/section_names.h"
@@ -23,7 +23,8 @@ constexpr size_t kNone = static_cast<size_t>(-1);
 // lookup by name takes logarithmic time and the count of data sections
 // constant time, whatever the names.
 struct Placement {
-    explicit Placement(const std::vector<CLasSection>& stored) : sections(stored), placed(stored.size())
+    explicit Placement(const std::vector<CLasSection>& stored)
+        : sections(stored), placed(stored.size())
     {
         for (size_t i = 0; i < sections.size(); ++i) {
             byName[detail::FoldSectionName(sections[i].m_name.c_str())].positions.push_back(i);
@@ -95,7 +96,8 @@ size_t FindSecondaryData(Placement& placement)
     size_t& i = placement.secondaryCursor;
     for (; i < placement.sections.size(); ++i) {
         const CLasSection& section = placement.sections[i];
-        if (!placement.placed[i] && section.m_type == LASSECTION_DATA && !IsMainDataName(section.m_name.c_str()))
+        if (!placement.placed[i] && section.m_type == LASSECTION_DATA &&
+            !IsMainDataName(section.m_name.c_str()))
             return i;
     }
     return kNone;
@@ -113,7 +115,8 @@ void PlaceMainData(Placement& placement)
     std::vector<size_t> last;
     if (at != kNone) {
         const CLasSection& data = placement.sections[at];
-        for (size_t found : {placement.Find(ParameterName(data)), placement.Find(DefinitionName(data)), at}) {
+        for (size_t found :
+             {placement.Find(ParameterName(data)), placement.Find(DefinitionName(data)), at}) {
             if (found == kNone) continue;
             if (std::find(last.begin(), last.end(), found) == last.end()) last.push_back(found);
         }

@@ -1,8 +1,8 @@
 // Validate: creates and links what the host left out, orders the sections,
 // tests the document as a whole and completes the Well section.
-#include <string>
-
 #include <quarl/writer.h>
+
+#include <string>
 
 #include "foundation/delimiter_words.h"
 #include "foundation/section_index.h"
@@ -137,8 +137,8 @@ ELASFILEERROR CLasWriter::FillDefinitionSections()
             }
         }
         if (params.size() != curves.size())
-            return SetLastError(LASFILE_MISSING_SECTION, m_sections[i].m_name.c_str(), nullptr,
-                                -1, -1);
+            return SetLastError(LASFILE_MISSING_SECTION, m_sections[i].m_name.c_str(), nullptr, -1,
+                                -1);
     }
     return LASFILE_OK;
 }

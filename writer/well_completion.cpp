@@ -17,9 +17,9 @@ bool Has(const CLasSection& section, const char* mnemonic)
 
 double ValueOf(const CLasSection& section, const char* mnemonic)
 {
-    return ParseNumber(section.m_params[static_cast<size_t>(
-                                            section.FindParameterByMnemonic(mnemonic, nullptr))]
-                           .m_value.c_str());
+    return ParseNumber(
+        section.m_params[static_cast<size_t>(section.FindParameterByMnemonic(mnemonic, nullptr))]
+            .m_value.c_str());
 }
 
 void Append(CLasSection& section, const char* mnemonic, const std::string& value,
@@ -44,7 +44,6 @@ const std::vector<double>& Depths(const CLasSection& data)
     static const std::vector<double> none;
     return data.m_curves.empty() ? none : data.m_curves[0].m_numbers;
 }
-
 
 }  // namespace
 

@@ -2,10 +2,10 @@
 // cancellation. The file is written under a temporary name and replaces the
 // target only when it is complete, so a write that fails or is cancelled
 // leaves whatever stood at the path as it was.
+#include <quarl/writer.h>
+
 #include <algorithm>
 #include <string>
-
-#include <quarl/writer.h>
 
 #include "foundation/delimiter_words.h"
 #include "writer/output_stream.h"
@@ -122,8 +122,9 @@ ELASFILEERROR CLasWriter::WriteHead(OutputBuffer& out)
     const std::string vers = m_isLas3 ? "3" : "2";
     std::string version = " VERS.                          " + vers +
                           ".0 : CWLS LOG ASCII STANDARD -VERSION " + vers + ".0\n";
-    bool good = out.Text(version) &&
-                out.Text(std::string(" WRAP.                           NO : ONE LINE PER DEPTH STEP\n"));
+    bool good =
+        out.Text(version) &&
+        out.Text(std::string(" WRAP.                           NO : ONE LINE PER DEPTH STEP\n"));
     if (good && m_isLas3)
         good = out.Padded(" DLM .                        ", DelimiterWord(m_delimiter), 5, false,
                           " : DELIMITING CHARACTER BETWEEN DATA COLUMNS\n");

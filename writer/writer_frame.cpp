@@ -84,8 +84,7 @@ ELASFILEERROR CLasWriter::SetFormat(bool isLas3, char delimiter)
         return SetLastError(LASFILE_NOT_ALLOWED_IN_VERSION, "VERSION", "DLM", -1, -1);
     if (!m_sections.empty()) return SetLastError(LASFILE_WRONG_STATE, nullptr, nullptr, -1, -1);
     m_isLas3 = isLas3;
-    if (!DelimiterWord(delimiter))
-        return SetLastError(LASFILE_BAD_VALUE, nullptr, nullptr, -1, -1);
+    if (!DelimiterWord(delimiter)) return SetLastError(LASFILE_BAD_VALUE, nullptr, nullptr, -1, -1);
     m_delimiter = delimiter;
     return LASFILE_OK;
 }
@@ -120,8 +119,8 @@ ELASFILEERROR CLasWriter::AddSection(const CLasSection& section)
     return LASFILE_OK;
 }
 
-ELASFILEERROR CLasWriter::SetLastError(ELASFILEERROR code, const char* section,
-                                       const char* param, int32_t column, int32_t row)
+ELASFILEERROR CLasWriter::SetLastError(ELASFILEERROR code, const char* section, const char* param,
+                                       int32_t column, int32_t row)
 {
     m_lastError = code;
     m_errorSection = section ? section : "";

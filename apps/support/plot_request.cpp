@@ -121,10 +121,9 @@ TrackChoice ChooseTracks(const CLasSection& data, int depthIndex, const PlotRequ
         }
         PlotTrack track;
         for (const std::string& name : asked.curves) {
-            const auto found =
-                std::find_if(data.m_curves.begin(), data.m_curves.end(), [&](const CLasCurve& c) {
-                    return EqualsNoCase(c.m_definition.m_mnemonic, name);
-                });
+            const auto found = std::find_if(
+                data.m_curves.begin(), data.m_curves.end(),
+                [&](const CLasCurve& c) { return EqualsNoCase(c.m_definition.m_mnemonic, name); });
             if (found == data.m_curves.end()) {
                 choice.error = "section " + data.m_name + " has no curve " + name;
                 return choice;

@@ -111,8 +111,7 @@ std::string AxisLabel(double value, int digits = 6)
     return FormatNumber(value, digits);
 }
 
-std::string Line(double x1, double y1, double x2, double y2, const char* stroke,
-                 const char* width)
+std::string Line(double x1, double y1, double x2, double y2, const char* stroke, const char* width)
 {
     return "<line x1=\"" + Px(x1) + "\" y1=\"" + Px(y1) + "\" x2=\"" + Px(x2) + "\" y2=\"" +
            Px(y2) + "\" stroke=\"" + stroke + "\" stroke-width=\"" + width + "\"/>\n";
@@ -120,8 +119,7 @@ std::string Line(double x1, double y1, double x2, double y2, const char* stroke,
 
 std::string Text(double x, double y, const std::string& attributes, const std::string& text)
 {
-    return "<text x=\"" + Px(x) + "\" y=\"" + Px(y) + "\" " + attributes + ">" + text +
-           "</text>\n";
+    return "<text x=\"" + Px(x) + "\" y=\"" + Px(y) + "\" " + attributes + ">" + text + "</text>\n";
 }
 
 // Where things go on the page.
@@ -171,7 +169,8 @@ std::string TrackGrid(const Frame& f, double x0, const TrackScale& scale)
         for (const auto& [v, decade] : LogGridValues(scale.left, scale.right)) vline(v, decade);
         return grid;
     }
-    const double low = std::fmin(scale.left, scale.right), high = std::fmax(scale.left, scale.right);
+    const double low = std::fmin(scale.left, scale.right),
+                 high = std::fmax(scale.left, scale.right);
     for (double v : GridValues(low, high, scale.step, 100))
         if (v > low + scale.step * 1e-6 && v < high - scale.step * 1e-6) vline(v, true);
     return grid;
@@ -185,12 +184,13 @@ std::string CurveHeader(const Frame& f, double x0, double top, const PlotCurve& 
     const double x1 = x0 + f.trackWidth, mid = x0 + f.trackWidth / 2;
     std::string unit = curve.unit.empty() ? std::string("(no unit)") : curve.unit;
     if (scale.log) unit += "  log";
-    std::string s = Text(mid, top + 13,
-                         "font-size=\"12.5\" font-weight=\"bold\" text-anchor=\"middle\" fill=\"" +
-                             std::string(colour) + "\"",
-                         XmlEscape(Shorten(curve.mnemonic, 16)) +
-                             "<tspan dx=\"5\" font-size=\"10.5\" font-weight=\"normal\" fill=\"#333\">" +
-                             XmlEscape(Shorten(unit, 16)) + "</tspan>");
+    std::string s =
+        Text(mid, top + 13,
+             "font-size=\"12.5\" font-weight=\"bold\" text-anchor=\"middle\" fill=\"" +
+                 std::string(colour) + "\"",
+             XmlEscape(Shorten(curve.mnemonic, 16)) +
+                 "<tspan dx=\"5\" font-size=\"10.5\" font-weight=\"normal\" fill=\"#333\">" +
+                 XmlEscape(Shorten(unit, 16)) + "</tspan>");
     const size_t descMax = static_cast<size_t>(std::max(8.0, f.trackWidth / 6.2));
     s += Text(mid, top + 24, "font-size=\"9.5\" text-anchor=\"middle\" fill=\"#777\"",
               XmlEscape(Shorten(Trim(curve.description), descMax)));
@@ -290,8 +290,8 @@ std::string RenderLogPlot(const PlotInput& in)
 
     // Depth track header.
     const double headTop = f.headTop();
-    s += "<rect x=\"" + Px(plotLeft) + "\" y=\"" + Px(headTop) + "\" width=\"" +
-         Px(f.depthWidth) + "\" height=\"" + Px(f.headerHeight) +
+    s += "<rect x=\"" + Px(plotLeft) + "\" y=\"" + Px(headTop) + "\" width=\"" + Px(f.depthWidth) +
+         "\" height=\"" + Px(f.headerHeight) +
          "\" fill=\"#f4f4f4\" stroke=\"#444\" stroke-width=\"1\"/>\n";
     s += Text(plotLeft + f.depthWidth / 2, headTop + f.headerHeight / 2 - 7,
               "font-size=\"13\" font-weight=\"bold\" text-anchor=\"middle\" fill=\"#222\"",
@@ -337,8 +337,8 @@ std::string RenderLogPlot(const PlotInput& in)
         if (!drawn)
             s += Text(x0 + f.trackWidth / 2, f.plotTop + 30,
                       "font-size=\"11\" text-anchor=\"middle\" fill=\"#999\"", "no values");
-        s += "<rect x=\"" + Px(x0) + "\" y=\"" + Px(f.plotTop) + "\" width=\"" +
-             Px(f.trackWidth) + "\" height=\"" + Px(f.height) +
+        s += "<rect x=\"" + Px(x0) + "\" y=\"" + Px(f.plotTop) + "\" width=\"" + Px(f.trackWidth) +
+             "\" height=\"" + Px(f.height) +
              "\" fill=\"none\" stroke=\"#444\" stroke-width=\"1\"/>\n";
     }
 
@@ -350,8 +350,7 @@ std::string RenderLogPlot(const PlotInput& in)
     const int digits = LabelDigits(std::fmax(std::fabs(top), std::fabs(bottom)), bottom - top);
     s += Text(margin, f.plotTop + f.height + 16, "font-size=\"10\" fill=\"#777\"",
               "Depth " + AxisLabel(top, digits) + " to " + AxisLabel(bottom, digits) + " " +
-                  XmlEscape(in.depthUnit) +
-                  "; gaps are NULL values");
+                  XmlEscape(in.depthUnit) + "; gaps are NULL values");
     s += "<defs>\n" + defs + "</defs>\n";
     s += "</svg>\n";
     return s;

@@ -2,6 +2,7 @@
 // plot, curve statistics, the well range taken from the data for conversion,
 // and the conversion of the real files of the corpus.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cfloat>
@@ -12,8 +13,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <unistd.h>
 
 #include "support/conversion.h"
 #include "support/log_facts.h"
@@ -48,13 +47,18 @@ CLasCurve Numeric(const char* mnemonic, std::vector<double> values)
     return c;
 }
 
-std::string Scale(const ex::TrackScale& s) { return std::to_string(s.log) + " " + std::to_string(s.left) + " " + std::to_string(s.right); }
+std::string Scale(const ex::TrackScale& s)
+{
+    return std::to_string(s.log) + " " + std::to_string(s.left) + " " + std::to_string(s.right);
+}
 
 TEST(PlotScales, NiceStepsAndBounds)
 {
-    const double steps[][3] = {{200, 4, 50}, {7, 4, 2}, {0.37, 4, 0.1}, {1000, 10, 100}, {0, 4, 1}, {-3, 4, 1}, {NAN, 4, 1}};
+    const double steps[][3] = {{200, 4, 50}, {7, 4, 2},  {0.37, 4, 0.1}, {1000, 10, 100},
+                               {0, 4, 1},    {-3, 4, 1}, {NAN, 4, 1}};
     for (const auto& c : steps) EXPECT_NEAR(ex::NiceStep(c[0], c[1]), c[2], 1e-15) << c[0];
-    const double ranges[][2] = {{99.9, 127.7}, {-21.6, -13.7}, {0.2, 0.35}, {2410, 2575.1}, {0, 1e6}, {-5, 5}, {5, 5}, {0, 0}};
+    const double ranges[][2] = {{99.9, 127.7}, {-21.6, -13.7}, {0.2, 0.35}, {2410, 2575.1},
+                                {0, 1e6},      {-5, 5},        {5, 5},      {0, 0}};
     for (const auto& c : ranges) {  // covers the values, strictly when they are one, on 2 to 6 nice steps
         const ex::TrackScale s = ex::LinearScale(c[0], c[1]);
         const double intervals = (s.right - s.left) / s.step;
@@ -90,10 +94,12 @@ TEST(PlotScales, SpikesAndExtremeValuesGiveFiniteBoundedScales)
     gr.push_back(1);
     EXPECT_EQ(ex::RobustRange(gr, false).max, 1.0);
     EXPECT_NEAR(ex::RobustRange({0.5, 2, 3, 5, 8, 1e9}, true).max, 8, 1e-9);  // spread in decades
-    const double extremes[][2] = {{-1e308, 1e308}, {1.7e308, 1.7e308}, {-DBL_MAX, -DBL_MAX}, {1e17, 1e17 + 64}, {5e-324, 5e-324}};
+    const double extremes[][2] = {
+        {-1e308, 1e308}, {1.7e308, 1.7e308}, {-DBL_MAX, -DBL_MAX}, {1e17, 1e17 + 64}, {5e-324, 5e-324}};
     for (const auto& c : extremes) {
         const ex::TrackScale s = ex::LinearScale(c[0], c[1]);
-        EXPECT_TRUE(std::isfinite(s.left) && std::isfinite(s.right) && s.left < s.right && s.left <= c[0] && s.right >= c[1])
+        EXPECT_TRUE(std::isfinite(s.left) && std::isfinite(s.right) && s.left < s.right && s.left <= c[0] &&
+                    s.right >= c[1])
             << c[0];
     }
     EXPECT_GT(ex::LogScale(5e-324, 1).left, 0.0);
@@ -124,8 +130,10 @@ TEST(PlotRender, ExtremeValuesAndManyRowsEndInABoundedPicture)
     const struct {
         std::vector<double> depths, values;
         bool log;
-    } cases[] = {{{big, big + 16, big + 32, big + 1000}, {1, 2, 3, 4}, false}, {{-1e308, 0, 1e308}, {-1e308, 0, 1e308}, false},
-                 {{1, 2, 3}, {1.7e308, 1.7e308, 1.7e308}, false},  {{1, 2, 3, 4}, {5e-324, 5e-324, 1e-300, 1}, true},
+    } cases[] = {{{big, big + 16, big + 32, big + 1000}, {1, 2, 3, 4}, false},
+                 {{-1e308, 0, 1e308}, {-1e308, 0, 1e308}, false},
+                 {{1, 2, 3}, {1.7e308, 1.7e308, 1.7e308}, false},
+                 {{1, 2, 3, 4}, {5e-324, 5e-324, 1e-300, 1}, true},
                  {{7, 7}, {5e-324, 5e-324}, true}};
     for (const auto& c : cases) {
         ex::PlotInput in;
@@ -134,7 +142,8 @@ TEST(PlotRender, ExtremeValuesAndManyRowsEndInABoundedPicture)
         in.tracks[0].curves[0].log = c.log;
         const std::string svg = ex::RenderLogPlot(in);
         EXPECT_TRUE(svg.size() < 30000 && svg.find("nan") == std::string::npos && svg.find("inf") == std::string::npos)
-            << c.depths[0] << " " << c.values[0] << "\n" << svg;
+            << c.depths[0] << " " << c.values[0] << "\n"
+            << svg;
     }
     ex::PlotInput in;  // a million rows: a few points per pixel row
     for (int i = 0; i < 1000000; ++i) in.depths.push_back(1000 + i * 0.01);
@@ -142,7 +151,9 @@ TEST(PlotRender, ExtremeValuesAndManyRowsEndInABoundedPicture)
     EXPECT_LT(ex::RenderLogPlot(in).size(), 200000u);
     // Thinning keeps the leftmost and rightmost point of a pixel row, in order, and gaps wider than a row.
     std::string kept;
-    for (const ex::PagePoint& p : ex::ThinPoints({{5, 10.1, true}, {9, 10.5, false}, {1, 10.7, true}, {4, 10.9, false}, {3, 11.2, false}, {3, 14, true}}, 100))
+    for (const ex::PagePoint& p : ex::ThinPoints(
+             {{5, 10.1, true}, {9, 10.5, false}, {1, 10.7, true}, {4, 10.9, false}, {3, 11.2, false}, {3, 14, true}},
+             100))
         kept += ex::FormatNumber(p.x) + "," + ex::FormatNumber(p.y) + (p.start ? "s " : " ");
     EXPECT_EQ(kept, "9,10.5s 1,10.7 3,11.2 3,14s ");
     EXPECT_EQ(ex::ThinPoints(std::vector<ex::PagePoint>(1000, {1, 10, false}), 10).size(), 1u);
@@ -176,7 +187,8 @@ TEST(PlotRequest, ScalesTracksAndWhatOnePictureHolds)
     EXPECT_TRUE(ex::ParseScaleList("GR=0:150, NPHI=0.45:-0.15", &ranges));
     ASSERT_EQ(ranges.size(), 2u);
     EXPECT_TRUE(ranges[1].mnemonic == "NPHI" && ranges[1].from == 0.45 && ranges[1].to == -0.15);
-    for (const char* bad : {"GR", "GR=0", "=0:1", "GR=1:1", "GR=a:2", ""}) EXPECT_FALSE(ex::ParseScaleList(bad, &ranges)) << bad;
+    for (const char* bad : {"GR", "GR=0", "=0:1", "GR=1:1", "GR=a:2", ""})
+        EXPECT_FALSE(ex::ParseScaleList(bad, &ranges)) << bad;
     ex::TrackRequest track;
     EXPECT_TRUE(ex::ParseTrackList("ILD, ILM:log", &track) && track.log && track.curves.size() == 2);
     EXPECT_FALSE(ex::ParseTrackList("ILD:wide", &track) || ex::ParseTrackList(":log", &track));
@@ -223,7 +235,8 @@ TEST(CurveFacts, StatisticsNullValueAndDepthCurve)
     const CLasCurve curve = Numeric("GR", {45.5, -999.25, 120.0, -999.25, 3.0, NAN});
     const auto stats = [](const CLasCurve& c, bool hasNull) {
         const ex::CurveStats s = ex::StatsOf(c, hasNull, -999.25);
-        return std::to_string(s.count) + " " + std::to_string(s.nulls) + " " + ex::FormatNumber(s.min) + " " + ex::FormatNumber(s.max);
+        return std::to_string(s.count) + " " + std::to_string(s.nulls) + " " + ex::FormatNumber(s.min) + " " +
+               ex::FormatNumber(s.max);
     };
     EXPECT_EQ(stats(curve, true), "6 3 3 120");
     EXPECT_EQ(stats(curve, false), "6 1 -999.25 120");
@@ -249,7 +262,6 @@ TEST(CurveFacts, StatisticsNullValueAndDepthCurve)
     EXPECT_EQ(ex::DepthCurveIndex(data), 0);
     data.m_curves[0].m_isNumeric = false;
     EXPECT_EQ(ex::DepthCurveIndex(data), -1);
-
 }
 
 TEST(Conversion, WellRangeIsTakenFromTheDataSoTheWriterAcceptsIt)
@@ -270,10 +282,11 @@ TEST(Conversion, WellRangeIsTakenFromTheDataSoTheWriterAcceptsIt)
         for (const CLasSection& s : sections) accepted &= writer.AddSection(s) == quarl::LASFILE_OK;
         accepted &= writer.Validate() == quarl::LASFILE_OK;
         const auto& p = sections[0].m_params;
-        return p[0].m_value + " " + p[1].m_value + " " + p[2].m_value + " " + std::to_string(notes) + (accepted ? " ok" : " refused");
+        return p[0].m_value + " " + p[1].m_value + " " + p[2].m_value + " " + std::to_string(notes) +
+               (accepted ? " ok" : " refused");
     };
     EXPECT_EQ(fix({100, 100.5, 101}, "200", "1"), "100 101 0.5 2 ok");
-    EXPECT_EQ(fix({100, 101, 103}, "103", "1"), "100 103 0 1 ok");  // uneven: STEP 0
+    EXPECT_EQ(fix({100, 101, 103}, "103", "1"), "100 103 0 1 ok");                             // uneven: STEP 0
     EXPECT_EQ(fix({100, 100.25, 100.5}, "100.50000", "0.2500"), "100 100.50000 0.2500 0 ok");  // left alone
     // A depth that ten significant digits cannot hold is written in full.
     EXPECT_EQ(fix({100, 2707.10009766}, "200", "0"), "100 2707.10009766 0 1 ok");
@@ -353,7 +366,8 @@ TEST(Conversion, CorpusAndSamplesSurviveConversion)
         EXPECT_EQ(Values(out), original);
         const std::string again = (dir / "again.las").string();
         ASSERT_EQ(ex::ConvertFile(out, again, options).code, LASFILE_OK);
-        EXPECT_EQ(WithoutFilename(ReadBytes(again)), WithoutFilename(ReadBytes(out))) << "converting the written file again changed it";
+        EXPECT_EQ(WithoutFilename(ReadBytes(again)), WithoutFilename(ReadBytes(out)))
+            << "converting the written file again changed it";
         ++roundTrips;
     }
     std::printf("corpus: %zu files, %d round trips\n", files.size(), roundTrips);

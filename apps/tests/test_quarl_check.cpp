@@ -1,7 +1,6 @@
 // quarl-check run as a user runs it, over every file of the corpus: it ends
 // with 0 or 1 on each, promptly, and the file --fix writes reads strictly.
 #include <gtest/gtest.h>
-
 #include <quarl/quarl.h>
 
 #include <algorithm>
@@ -55,7 +54,10 @@ int RunCheck(const std::string& args, double* seconds)
 #endif
 }
 
-std::string Quoted(const std::string& path) { return "'" + path + "'"; }
+std::string Quoted(const std::string& path)
+{
+    return "'" + path + "'";
+}
 
 // Read strictly this file stops at the PROV line; read leniently, PROV has
 // an empty unit and the short last row is filled with the NULL value. The BS
@@ -119,8 +121,8 @@ TEST(QuarlCheck, EveryCorpusFileEndsWithZeroOrOneAndItsRepairReadsStrictly)
         EXPECT_TRUE(back.GetNotes().empty());
         ++repaired;
     }
-    std::printf("corpus: %zu files, exit 0: %d, exit 1: %d, repaired: %d, slowest %.3f s (%s)\n",
-                files.size(), codes[0], codes[1], repaired, slowest, slowestFile.c_str());
+    std::printf("corpus: %zu files, exit 0: %d, exit 1: %d, repaired: %d, slowest %.3f s (%s)\n", files.size(),
+                codes[0], codes[1], repaired, slowest, slowestFile.c_str());
     EXPECT_LT(slowest, 10.0) << "a run that long is a hang, not a slow file";
     EXPECT_GE(repaired, kMinimumRepairs);
     fs::remove_all(dir);

@@ -6,14 +6,14 @@
 #ifndef QUARL_DOCUMENT_H
 #define QUARL_DOCUMENT_H
 
+#include <quarl/export.h>
+#include <quarl/types.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include <quarl/export.h>
-#include <quarl/types.h>
 
 namespace quarl {
 

@@ -23,13 +23,12 @@
 #ifndef QUARL_QUARL_H
 #define QUARL_QUARL_H
 
-#include <tessel/tessel.h>
-
-#include <quarl/types.h>
-#include <quarl/text_file.h>
 #include <quarl/document.h>
 #include <quarl/reader.h>
-#include <quarl/writer.h>
+#include <quarl/text_file.h>
+#include <quarl/types.h>
 #include <quarl/version.h>
+#include <quarl/writer.h>
+#include <tessel/tessel.h>
 
 #endif

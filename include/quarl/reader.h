@@ -4,25 +4,25 @@
 #ifndef QUARL_READER_H
 #define QUARL_READER_H
 
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include <quarl/document.h>
 #include <quarl/export.h>
 #include <quarl/text_file.h>
 #include <quarl/types.h>
 #include <tessel/tessel.h>
 
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
 namespace quarl {
 
 namespace detail {
 struct ReaderAccess;  // the test suite's window on the private operations
-class RowBytes;      // how the bytes of a data row behave
-class KeptTokens;    // leniently, the odd tokens of a data section's numeric curves
+class RowBytes;       // how the bytes of a data row behave
+class KeptTokens;     // leniently, the odd tokens of a data section's numeric curves
 class SectionNameIndex;
-}
+}  // namespace detail
 
 // How CLasReader::Open reads. The default is the strict reading: every rule
 // of the format as it stands, nothing relaxed, everything kept.
@@ -54,58 +54,58 @@ struct CLasReadOptions {
 // lenient, collects them in the order of the file.
 enum ELASNOTEKIND : int32_t {
     // Made in every read.
-    LASNOTE_READ_STOPPED = 0,       // the read failed here; the text says why
-    LASNOTE_SECTION_SKIPPED = 1,    // a section nothing reads was passed over
-    LASNOTE_SHORT_ROW = 2,          // a row with fewer values than curves was filled
-    LASNOTE_LONG_ROW = 3,           // values behind the last curve were dropped
-    LASNOTE_NOT_A_NUMBER = 4,       // a numeric token that is no number was read as 0
-    LASNOTE_VALUE_CUT = 5,          // a parameter value ended at a colon inside a time (12:30)
-    LASNOTE_HEADER_AT_END = 6,      // a section header is the last line of the file
-    LASNOTE_BUDGET_EXCEEDED = 7,    // the read passed CLasReadOptions::maxBytes
-    LASNOTE_MORE_NOTES = 8,         // notes of one kind past the cap, counted here
+    LASNOTE_READ_STOPPED = 0,     // the read failed here; the text says why
+    LASNOTE_SECTION_SKIPPED = 1,  // a section nothing reads was passed over
+    LASNOTE_SHORT_ROW = 2,        // a row with fewer values than curves was filled
+    LASNOTE_LONG_ROW = 3,         // values behind the last curve were dropped
+    LASNOTE_NOT_A_NUMBER = 4,     // a numeric token that is no number was read as 0
+    LASNOTE_VALUE_CUT = 5,        // a parameter value ended at a colon inside a time (12:30)
+    LASNOTE_HEADER_AT_END = 6,    // a section header is the last line of the file
+    LASNOTE_BUDGET_EXCEEDED = 7,  // the read passed CLasReadOptions::maxBytes
+    LASNOTE_MORE_NOTES = 8,       // notes of one kind past the cap, counted here
     // Made only in lenient reads, one kind for each relaxed rule.
-    LASNOTE_DECODED = 16,           // a UTF-8 byte-order mark passed over, UTF-16/32 text
-                                    // (with a mark, or UTF-16 seen by its zero bytes) read
-                                    // as UTF-8, or carriage returns read as line ends (when
-                                    // the first 1024 bytes hold them and no line feed)
+    LASNOTE_DECODED = 16,               // a UTF-8 byte-order mark passed over, UTF-16/32 text
+                                        // (with a mark, or UTF-16 seen by its zero bytes) read
+                                        // as UTF-8, or carriage returns read as line ends (when
+                                        // the first 1024 bytes hold them and no line feed)
     LASNOTE_TEXT_BEFORE_SECTIONS = 17,  // blank lines and text in front of the first "~"
                                         // line passed over (comments behind a first "#"
                                         // line are no note: strict reading passes them too)
-    LASNOTE_NO_VERSION_FIRST = 18,  // the first section is not Version: LAS 2.0 assumed
-    LASNOTE_SECTION_TITLE = 19,     // "~Curves", "~Params", "~Parameters" and "~Asc" (any
-                                    // case) read and stored as Curve, Parameter, ASCII
-    LASNOTE_HEADER_INDENTED = 20,   // a "~" behind blanks starts a section header
-    LASNOTE_NO_PERIOD = 21,         // "PROV :ALBERTA": the mnemonic is the text before the
-                                    // first colon, the unit is empty; when a number follows
-                                    // its first word ("BS  222 : BIT SIZE") that word is
-                                    // the mnemonic and the rest the value
-    LASNOTE_LINE_PASSED_OVER = 22,  // a line of a parameter section that is no parameter
-                                    // line is passed over instead of ending the read
-    LASNOTE_VALUE_WITH_COLONS = 23, // a value whose first colon stands between two digits
-                                    // (a time) ends at the first colon that does not
-    LASNOTE_LAS12_WELL_VALUE = 24,  // VERS 1.x, Well line other than STRT, STOP, STEP, NULL
-                                    // with text on both sides of the colon: value and
-                                    // description swapped ("COMP. COMPANY: ANY OIL CO")
-    LASNOTE_NULL_FILLED = 25,       // a short row's numbers filled with the Well section's
-                                    // NULL value instead of 0 (a row with no NULL in the
-                                    // Well section is filled with 0: LASNOTE_SHORT_ROW)
+    LASNOTE_NO_VERSION_FIRST = 18,      // the first section is not Version: LAS 2.0 assumed
+    LASNOTE_SECTION_TITLE = 19,         // "~Curves", "~Params", "~Parameters" and "~Asc" (any
+                                        // case) read and stored as Curve, Parameter, ASCII
+    LASNOTE_HEADER_INDENTED = 20,       // a "~" behind blanks starts a section header
+    LASNOTE_NO_PERIOD = 21,             // "PROV :ALBERTA": the mnemonic is the text before the
+                                        // first colon, the unit is empty; when a number follows
+                                        // its first word ("BS  222 : BIT SIZE") that word is
+                                        // the mnemonic and the rest the value
+    LASNOTE_LINE_PASSED_OVER = 22,      // a line of a parameter section that is no parameter
+                                        // line is passed over instead of ending the read
+    LASNOTE_VALUE_WITH_COLONS = 23,     // a value whose first colon stands between two digits
+                                        // (a time) ends at the first colon that does not
+    LASNOTE_LAS12_WELL_VALUE = 24,      // VERS 1.x, Well line other than STRT, STOP, STEP, NULL
+                                        // with text on both sides of the colon: value and
+                                        // description swapped ("COMP. COMPANY: ANY OIL CO")
+    LASNOTE_NULL_FILLED = 25,           // a short row's numbers filled with the Well section's
+                                        // NULL value instead of 0 (a row with no NULL in the
+                                        // Well section is filled with 0: LASNOTE_SHORT_ROW)
     LASNOTE_COLUMNS_FROM_HEADER = 26,   // a data section without definition section whose
                                         // header names its columns ("~A DEPT GR") gets one
                                         // numeric curve per name and no association
-    LASNOTE_LEADING_TAB = 27,       // a tab in front of the first value of a LAS 3.0
-                                    // tab-delimited row is passed over
-    LASNOTE_ARRAY_FORMAT = 28,      // a curve of format "{AF..}", "{AI..}" or "{AE..}" is
-                                    // numeric; the note is on the data section's header
-    LASNOTE_TEXT_COLUMN = 29,       // a numeric curve none of whose tokens is a number
-                                    // (dates, names) holds them as text; the note is on
-                                    // the data section's header, and the NOT_A_NUMBER
-                                    // notes of its tokens stay
-    LASNOTE_DECIMAL_COMMA = 30,     // a numeric curve whose tokens are whole numbers and
-                                    // numbers with a comma ("12,5", "-0,25") and never a
-                                    // period, in a file whose delimiter is not the comma,
-                                    // is read with the comma as the decimal mark (not when
-                                    // every comma has three digits behind it: "1,500");
-                                    // the note is on the data section's header
+    LASNOTE_LEADING_TAB = 27,           // a tab in front of the first value of a LAS 3.0
+                                        // tab-delimited row is passed over
+    LASNOTE_ARRAY_FORMAT = 28,          // a curve of format "{AF..}", "{AI..}" or "{AE..}" is
+                                        // numeric; the note is on the data section's header
+    LASNOTE_TEXT_COLUMN = 29,           // a numeric curve none of whose tokens is a number
+                                        // (dates, names) holds them as text; the note is on
+                                        // the data section's header, and the NOT_A_NUMBER
+                                        // notes of its tokens stay
+    LASNOTE_DECIMAL_COMMA = 30,         // a numeric curve whose tokens are whole numbers and
+                                        // numbers with a comma ("12,5", "-0,25") and never a
+                                        // period, in a file whose delimiter is not the comma,
+                                        // is read with the comma as the decimal mark (not when
+                                        // every comma has three digits behind it: "1,500");
+                                        // the note is on the data section's header
 };
 
 // The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
@@ -336,7 +336,8 @@ private:
     void FillShortRow(std::vector<CLasCurve>& curves, size_t column);
     void NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count);
     ELASFILEERROR PassDataRows(const std::string& name);
-    void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept, uint64_t headerLine);
+    void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
+                          uint64_t headerLine);
 
     CTextFile m_file;
     LasStatusCallback m_statusCallback;

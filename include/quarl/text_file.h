@@ -2,13 +2,13 @@
 #ifndef QUARL_TEXT_FILE_H
 #define QUARL_TEXT_FILE_H
 
-#include <cstdint>
-#include <cstddef>
-#include <cstdio>
-
 #include <quarl/export.h>
 #include <quarl/types.h>
 #include <tessel/tessel.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
 
 namespace quarl {
 
@@ -68,11 +68,11 @@ public:
 
     // The text forms that Open can recognise when decoding is on.
     enum ETextForm : uint8_t {
-        kFormBytes = 0,   // the bytes as they are
-        kFormUtf8Bom,     // UTF-8 behind a byte-order mark, which is passed over
-        kFormUtf16Le,     // UTF-16 (with a byte-order mark, or ASCII text with
-        kFormUtf16Be,     //   every other byte zero), delivered as UTF-8
-        kFormUtf32Le,     // UTF-32 with a byte-order mark, delivered as UTF-8
+        kFormBytes = 0,  // the bytes as they are
+        kFormUtf8Bom,    // UTF-8 behind a byte-order mark, which is passed over
+        kFormUtf16Le,    // UTF-16 (with a byte-order mark, or ASCII text with
+        kFormUtf16Be,    //   every other byte zero), delivered as UTF-8
+        kFormUtf32Le,    // UTF-32 with a byte-order mark, delivered as UTF-8
         kFormUtf32Be,
     };
     // Decoding applies from the next Open on and stays until it is set

@@ -3,9 +3,9 @@
 #ifndef QUARL_TYPES_H
 #define QUARL_TYPES_H
 
-#include <cstdint>
-
 #include <quarl/export.h>
+
+#include <cstdint>
 
 namespace quarl {
 

@@ -12,16 +12,16 @@
 #ifndef QUARL_WRITER_H
 #define QUARL_WRITER_H
 
+#include <quarl/document.h>
+#include <quarl/export.h>
+#include <quarl/types.h>
+#include <tessel/tessel.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <quarl/document.h>
-#include <quarl/export.h>
-#include <quarl/types.h>
-#include <tessel/tessel.h>
 
 namespace quarl {
 
@@ -29,7 +29,7 @@ namespace detail {
 struct WriterAccess;  // the test suite's window on the private operations
 class OutputBuffer;
 class SectionNameIndex;
-}
+}  // namespace detail
 
 class QUARL_API CLasWriter {
 public:

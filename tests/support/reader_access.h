@@ -3,10 +3,10 @@
 #ifndef QUARL_TESTS_READER_ACCESS_H
 #define QUARL_TESTS_READER_ACCESS_H
 
+#include <quarl/reader.h>
+
 #include <memory>
 #include <sstream>
-
-#include <quarl/reader.h>
 
 #include "support/test_util.h"
 
@@ -17,7 +17,10 @@ struct ReaderAccess {
     {
         return r.ParseParameterLine(line, param);
     }
-    static int32_t FindSectionIndexByName(const CLasReader& r, const char* name) { return r.FindSectionIndexByName(name); }
+    static int32_t FindSectionIndexByName(const CLasReader& r, const char* name)
+    {
+        return r.FindSectionIndexByName(name);
+    }
     static int32_t FindDefinition(const CLasReader& r, const char* name, std::string* found)
     {
         return r.FindDefinitionSectionForDataSection(name, found);
@@ -67,8 +70,10 @@ inline std::string Dump(const CLasSection& s)
         out << (c ? ";" : "");
         for (size_t r = 0; r < static_cast<size_t>(s.m_curves[c].size()); ++r) {
             out << (r ? "," : "");
-            if (s.m_curves[c].m_isNumeric) out << s.m_curves[c].m_numbers[r];
-            else out << '"' << s.m_curves[c].m_strings[r] << '"';
+            if (s.m_curves[c].m_isNumeric)
+                out << s.m_curves[c].m_numbers[r];
+            else
+                out << '"' << s.m_curves[c].m_strings[r] << '"';
         }
     }
     out << '}';
@@ -79,7 +84,8 @@ inline std::string Dump(const CLasSection& s)
 inline std::string Dump(const CLasReader& reader, size_t first = 0)
 {
     std::string text;
-    for (size_t i = first; i < reader.size(); ++i) text += (text.empty() ? "" : " ") + Dump(reader.GetSection(uint64_t{i}));
+    for (size_t i = first; i < reader.size(); ++i)
+        text += (text.empty() ? "" : " ") + Dump(reader.GetSection(uint64_t{i}));
     return text;
 }
 

@@ -51,7 +51,10 @@ std::string ReadFileBytes(const std::string& path)
     return all.str();
 }
 
-bool FileExists(const std::string& path) { return fs::exists(path); }
+bool FileExists(const std::string& path)
+{
+    return fs::exists(path);
+}
 
 std::vector<std::string> FolderEntries(const std::string& path)
 {
@@ -62,18 +65,25 @@ std::vector<std::string> FolderEntries(const std::string& path)
     return names;
 }
 
-std::string CorpusDir() { return QUARL_CORPUS_DIR; }
+std::string CorpusDir()
+{
+    return QUARL_CORPUS_DIR;
+}
 
 std::vector<std::string> CorpusFiles()
 {
     std::vector<std::string> files;
     for (const std::string& name : FolderEntries(CorpusDir()))
-        if (name.size() > 4 && (name.compare(name.size() - 4, 4, ".las") == 0 || name.compare(name.size() - 4, 4, ".LAS") == 0))
+        if (name.size() > 4 &&
+            (name.compare(name.size() - 4, 4, ".las") == 0 || name.compare(name.size() - 4, 4, ".LAS") == 0))
             files.push_back(CorpusDir() + "/" + name);
     return files;
 }
 
-std::string SampleFile(const std::string& name) { return std::string(QUARL_SAMPLE_DIR) + "/" + name; }
+std::string SampleFile(const std::string& name)
+{
+    return std::string(QUARL_SAMPLE_DIR) + "/" + name;
+}
 
 FailingLineStore::FailingLineStore(int failAt, int count)
 {
@@ -83,8 +93,14 @@ FailingLineStore::FailingLineStore(int failAt, int count)
     detail::g_lineStoreAlloc = &FailingAlloc;
 }
 
-FailingLineStore::~FailingLineStore() { detail::g_lineStoreAlloc = &std::malloc; }
+FailingLineStore::~FailingLineStore()
+{
+    detail::g_lineStoreAlloc = &std::malloc;
+}
 
-int FailingLineStore::calls() const { return g_calls; }
+int FailingLineStore::calls() const
+{
+    return g_calls;
+}
 
 }  // namespace quarl::test

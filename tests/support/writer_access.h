@@ -3,11 +3,11 @@
 #ifndef QUARL_TESTS_WRITER_ACCESS_H
 #define QUARL_TESTS_WRITER_ACCESS_H
 
+#include <quarl/quarl.h>
+
 #include <ostream>
 #include <string>
 #include <utility>
-
-#include <quarl/quarl.h>
 
 #include "support/test_util.h"
 
@@ -29,7 +29,8 @@ struct WriterAccess {
 namespace quarl::test {
 
 inline CLasParam Param(const std::string& mnemonic, const std::string& unit, const std::string& value,
-                       const std::string& description, const std::string& format = "", const std::string& association = "")
+                       const std::string& description, const std::string& format = "",
+                       const std::string& association = "")
 {
     CLasParam p;
     p.m_mnemonic = mnemonic;

@@ -19,7 +19,7 @@ namespace tessel {
 class TESSEL_API TxString : public std::string {
 public:
     TxString() = default;
-    TxString(const char* text);  // NOLINT: literals convert implicitly
+    TxString(const char* text);         // NOLINT: literals convert implicitly
     TxString(const std::string& text);  // NOLINT
     TxString(const TxString&) = default;
     TxString(TxString&&) noexcept = default;
