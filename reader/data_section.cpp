@@ -2,6 +2,7 @@
 // file are cut into tokens and each token is appended to its curve at once.
 #include <quarl/reader.h>
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -202,7 +203,7 @@ bool AllCommaDecimals(const CLasCurve& curve, const std::vector<detail::KeptToke
             continue;
         }
         const double v = curve.m_numbers[row];
-        if (!(v == static_cast<double>(static_cast<int64_t>(v)))) return false;
+        if (!(v == std::floor(v))) return false;  // no cast: 1e20 is whole too
     }
     return true;
 }

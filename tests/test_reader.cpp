@@ -58,13 +58,17 @@ TEST(ReaderFrame, WhatOpenKeepsOfEachFile)
         EXPECT_TRUE(reader.IsOpen());
         EXPECT_EQ(Dump(reader), c.sections);
     }
-    // A bad path after a good read leaves the reader closed and empty.
+    // A bad path after a good read leaves the reader closed and empty, at
+    // line 0, with one note there.
     TempDir dir;
     CLasReader reader;
     ASSERT_EQ(OpenText(reader, kSmall), LASFILE_OK);
     EXPECT_EQ(reader.Open(tessel::TxString(dir.File("missing.las"))), LASFILE_IO_FAILED);
     EXPECT_FALSE(reader.IsOpen());
     EXPECT_TRUE(reader.empty());
+    EXPECT_EQ(reader.GetLineNumber(), 0u);
+    ASSERT_EQ(reader.GetNotes().size(), 1u);
+    EXPECT_EQ(reader.GetNotes()[0].line, 0u);
 }
 
 // Keeps every report; answers "stop" to the `stopAt`-th, counted from 1.
@@ -397,7 +401,7 @@ TEST(ParameterLine, SplitsEveryFieldByTheByteRules)
         CLasReader reader;
         Access::SetLas3(reader, c.isLas3);
         CLasParam p;
-        p.m_format = "stale";  // every scanner empties its field first
+        p.m_unit = p.m_value = p.m_description = p.m_format = p.m_association = "stale";  // every scanner empties its field
         EXPECT_EQ(Access::ParseParameterLine(reader, c.line, p), c.fields ? LASFILE_OK : LASFILE_BAD_FORMAT);
         if (c.fields) {
             EXPECT_EQ(p.m_mnemonic + "#" + p.m_unit + "#" + p.m_value + "#" + p.m_description + "#" + p.m_format + "#" +

@@ -93,11 +93,13 @@ TEST(TextFile, MatchesTheModel)
 // Passing over lines to the next one that starts with '~' ends where
 // reading line by line ends, with the same line, counts and percentage, in
 // and across the blocks that the skip reads.
-void ExpectSkipsAs(const std::string& bytes)
+void ExpectSkipsAs(const std::string& bytes, bool decode = false)
 {
     TempDir dir;
     const std::string path = dir.Write("f", bytes);
     CTextFile byLine, skipping;
+    byLine.SetDecoding(decode);
+    skipping.SetDecoding(decode);
     ELASFILEERROR model = byLine.Open(path);
     ASSERT_EQ(skipping.Open(path), model);
     while (model == LASFILE_OK) {
@@ -124,6 +126,12 @@ TEST(TextFile, SkippingToAHeaderPassesTheLinesThatReadingPasses)
         ASSERT_NO_FATAL_FAILURE(ExpectSkipsAs(bytes)) << round;
     }
     ExpectSkipsAs(std::string(5000, '\n') + "~h\n" + std::string(70000, '\n') + "~");  // a feed in every byte
+    // Decoded text, and carriage returns read as line ends, are passed over
+    // as ReadLine reads them.
+    std::string utf16 = "\xFF\xFE";
+    for (char c : std::string("a\n~b\n\nc\n~")) utf16 += std::string{c, '\0'};
+    ExpectSkipsAs(utf16, true);
+    ExpectSkipsAs("a\r~b\r\rc\r~", true);
     // A header at and around the edge of the skip's first 64 KiB block,
     // which starts behind the first line, separated by that edge from the
     // line feeds and carriage returns in front of it.
@@ -135,6 +143,39 @@ TEST(TextFile, SkippingToAHeaderPassesTheLinesThatReadingPasses)
             bytes.replace(first.size() + 65536 - shift, edge.size(), edge);
             ASSERT_NO_FATAL_FAILURE(ExpectSkipsAs(bytes + "tail without feed")) << edge << shift;
         }
+    }
+}
+
+// With decoding on, Open names the text form by the first bytes: a mark,
+// or for UTF-16 without one, ASCII bytes with a zero beside each.
+TEST(TextFile, DecodingNamesTheTextFormByTheFirstBytes)
+{
+    const struct {
+        std::string head;
+        CTextFile::ETextForm form;
+    } cases[] = {
+        {std::string("\xFF\xFE\0\0", 4), CTextFile::kFormUtf32Le},
+        {std::string("\0\0\xFE\xFF", 4), CTextFile::kFormUtf32Be},
+        {"\xEF\xBB\xBFx", CTextFile::kFormUtf8Bom},
+        {"\xFF\xFE", CTextFile::kFormUtf16Le},
+        {"\xFE\xFFx", CTextFile::kFormUtf16Be},
+        {std::string("\x7F\0A\0", 4), CTextFile::kFormUtf16Le},
+        {std::string("\0\x7F\0A", 4), CTextFile::kFormUtf16Be},
+        {std::string("\x80\0A\0", 4), CTextFile::kFormBytes},
+        {std::string("A\0\x80\0", 4), CTextFile::kFormBytes},
+        {std::string("\0\x80\0A", 4), CTextFile::kFormBytes},
+        {std::string("\0A\0\x80", 4), CTextFile::kFormBytes},
+        {"AB\n", CTextFile::kFormBytes},
+    };
+    TempDir dir;
+    for (const auto& c : cases) {
+        CTextFile file;
+        file.SetDecoding(true);
+        file.Open(dir.Write("f", c.head));  // a mark alone leaves no line to read
+        EXPECT_EQ(file.GetTextForm(), c.form) << c.head;
+        file.SetDecoding(false);
+        file.Open(dir.Write("f", c.head));
+        EXPECT_EQ(file.GetTextForm(), CTextFile::kFormBytes) << c.head;
     }
 }
 
