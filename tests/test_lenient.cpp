@@ -122,8 +122,8 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
          LASNOTE_COLUMNS_FROM_HEADER, 1, false},
         {"array format", kHead + "~Curve\nDEPT.M : d\nUF.M : u {AF13.4}\n~A\n1 2.5\n", "A", LASFILE_OK,
          "A:2/16|Curve{1;\"2.5\"}", LASFILE_OK, "A:2/16|Curve{1;2.5}", LASNOTE_ARRAY_FORMAT, 9, false},
-        {"text column", kHead + "~Curve\nDEPT.M : d\nDATE. : t\n~A\n1 2021-05-13\n2 13/05/21\n", "A", LASFILE_OK,
-         "A:2/16|Curve{1,2;2021,13}", LASFILE_OK, "A:2/16|Curve{1,2;\"2021-05-13\",\"13/05/21\"}", LASNOTE_TEXT_COLUMN,
+        {"text column", kHead + "~Curve\nDATE. : t\nDEPT.M : d\n~A\n2021-05-13 1\n13/05/21 2\n", "A", LASFILE_OK,
+         "A:2/16|Curve{2021,13;1,2}", LASFILE_OK, "A:2/16|Curve{\"2021-05-13\",\"13/05/21\";1,2}", LASNOTE_TEXT_COLUMN,
          9, false},
         {"nan and exponents", kHead + "~Curve\nDEPT.M : d\nX. : x\nY. : y\n~A\n1 NaN +1E5\n2 nan +2E3\n", "A",
          LASFILE_OK, "A:2/16|Curve{1,2;nan,nan;100000,2000}", LASFILE_OK, "A:2/16|Curve{1,2;nan,nan;100000,2000}",
@@ -174,6 +174,18 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
             EXPECT_EQ(strict.reader.GetNotes().back().kind, LASNOTE_READ_STOPPED) << c.name;
             EXPECT_EQ(strict.reader.GetNotes().back().line, strict.reader.GetLineNumber()) << c.name;
         }
+    }
+}
+
+// The note of a skipped section says whether its first line looks like a
+// data row.
+TEST(Lenient, SkippedSectionSaysWhenItLooksLikeData)
+{
+    for (const auto& [body, data] : {std::pair{"1 2 3\n", true}, {" -.5 x\n", true}, {"Some words\n", false}}) {
+        Read read;
+        ReadText(read, kHead + "~Other\n" + body, "Well");
+        ASSERT_FALSE(read.reader.GetNotes().empty());
+        EXPECT_EQ(read.reader.GetNotes()[0].text.find("look like data") != std::string::npos, data) << body;
     }
 }
 
@@ -267,7 +279,7 @@ TEST(Lenient, BudgetEndsTheReadAndKeepsWhatFitted)
     // Leniently the odd tokens kept aside count too, and a row that does not
     // fit in the middle is taken back.
     std::string odd = kHead + kCurves + "~A\n";
-    for (int i = 0; i < 5000; ++i) odd += "1 x 2,5\n";
+    for (int i = 0; i < 5000; ++i) odd += "1 " + std::string(200, 'x') + " 2,5\n";  // longer than what keeps it
     for (int k = 0; k < 3; ++k) {
         const std::string& text = k == 0 ? rows : k == 1 ? headers : odd;
         Read read;
@@ -283,6 +295,10 @@ TEST(Lenient, BudgetEndsTheReadAndKeepsWhatFitted)
         EXPECT_LT(last.line, 4000u);
         const CLasSection& data = read.reader.GetSection(read.reader.size() - 1);
         for (const CLasCurve& curve : data.m_curves) EXPECT_EQ(curve.size(), data.m_curves[0].size());
+        if (k == 2) {  // a row keeps 200 bytes aside, and costs less than 1 KiB in all
+            EXPECT_LE(data.m_curves[0].size(), options.maxBytes / 200);
+            EXPECT_GE(data.m_curves[0].size(), options.maxBytes / 1024);
+        }
         options.maxBytes = 0;
         ReadText(read, text, "A", options);
         EXPECT_EQ(read.result, LASFILE_OK);
@@ -293,8 +309,8 @@ TEST(Lenient, BudgetEndsTheReadAndKeepsWhatFitted)
     }
 }
 
-// Headers only: the same sections, curves and end line as a full read, no
-// values; the rows are passed over in blocks, with a header behind carriage
+// Headers only, strict and lenient: the same sections, curves and end line
+// as a full read, no values; the rows are passed over in blocks, with a header behind carriage
 // returns, a data section longer than a block, and a last line without a
 // line feed.
 TEST(Lenient, HeadersOnlyKeepsEverySectionAndNoValue)
@@ -307,13 +323,16 @@ TEST(Lenient, HeadersOnlyKeepsEverySectionAndNoValue)
         Las30Head("DEPT.M : d\n") + "~Log_Data\n" + big + "~Core_Definition\nD.M : d\n~Core_Data\n1\n2\n\n",
         kHead + kCurves + "~A\n",
     };
-    for (const std::string& text : texts) {
+    for (int k = 0; k < 8; ++k) {
+        const std::string& text = texts[k / 2];
         CLasReader full, headers;
-        const ELASFILEERROR fullResult = OpenText(full, text);
         CLasReadOptions options;
+        options.lenient = k % 2 == 1;
+        full.SetOptions(options);
+        const ELASFILEERROR fullResult = OpenText(full, text);
         options.headersOnly = true;
         headers.SetOptions(options);
-        EXPECT_EQ(OpenText(headers, text), fullResult);
+        EXPECT_EQ(OpenText(headers, text), fullResult) << k;
         EXPECT_EQ(headers.GetLineNumber(), full.GetLineNumber());
         ASSERT_EQ(headers.size(), full.size());
         for (uint64_t i = 0; i < full.size(); ++i) {

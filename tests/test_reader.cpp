@@ -401,7 +401,8 @@ TEST(ParameterLine, SplitsEveryFieldByTheByteRules)
         CLasReader reader;
         Access::SetLas3(reader, c.isLas3);
         CLasParam p;
-        p.m_unit = p.m_value = p.m_description = p.m_format = p.m_association = "stale";  // every scanner empties its field
+        p.m_unit = p.m_value = p.m_description = p.m_format = p.m_association =
+            "stale";  // every scanner empties its field
         EXPECT_EQ(Access::ParseParameterLine(reader, c.line, p), c.fields ? LASFILE_OK : LASFILE_BAD_FORMAT);
         if (c.fields) {
             EXPECT_EQ(p.m_mnemonic + "#" + p.m_unit + "#" + p.m_value + "#" + p.m_description + "#" + p.m_format + "#" +
@@ -434,6 +435,8 @@ TEST(VersionLines, VersWrapAndDlmSetTheFormat)
         {"VERS.2.0 : x\n", LASFILE_OK, "2 -  ", "2.0"},
         {"VERS.3.0 : x\n", LASFILE_OK, "3 -  ", "3.0"},
         {"VERS.0.5 : x\n", LASFILE_OK, "2 -  ", ""},
+        {"VERS.1.2 : x\n", LASFILE_OK, "2 -  ", "1.2"},
+        {"VERS.+3 : x\n", LASFILE_OK, "2 -  ", "+3"},
         {"VERS.2.0 CWLS : x\n", LASFILE_OK, "3 -  ", "CWLS"},
         // Lines before VERS are read as version 2: the bar is ordinary there.
         {"A.M 1|2 : x\nVERS. 3.0 : v\n", LASFILE_OK, "3 -  ", nullptr},
@@ -732,6 +735,8 @@ TEST(Stepping, DepthsAgainstTheStep)
     EXPECT_EQ(reader.CheckDataStepping(), LASFILE_WRONG_STATE);
     ASSERT_EQ(OpenText(reader, File("1", "1\n2\n")), LASFILE_OK);
     reader.GetSectionPtr(3)->m_association = "Gone";
+    EXPECT_EQ(reader.CheckDataStepping(), LASFILE_BAD_VALUE);
+    reader.GetSectionPtr(3)->m_association.clear();  // as a lenient read of "~A DEPT GR" leaves it
     EXPECT_EQ(reader.CheckDataStepping(), LASFILE_BAD_VALUE);
     reader.Close();
     EXPECT_EQ(reader.CheckDataStepping(), LASFILE_WRONG_STATE);

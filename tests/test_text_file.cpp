@@ -131,7 +131,7 @@ TEST(TextFile, SkippingToAHeaderPassesTheLinesThatReadingPasses)
     std::string utf16 = "\xFF\xFE";
     for (char c : std::string("a\n~b\n\nc\n~")) utf16 += std::string{c, '\0'};
     ExpectSkipsAs(utf16, true);
-    ExpectSkipsAs("a\r~b\r\rc\r~", true);
+    ExpectSkipsAs(std::string(100, 'a') + "\r~b\r\rc\r~", true);
     // A header at and around the edge of the skip's first 64 KiB block,
     // which starts behind the first line, separated by that edge from the
     // line feeds and carriage returns in front of it.
@@ -165,7 +165,7 @@ TEST(TextFile, DecodingNamesTheTextFormByTheFirstBytes)
         {std::string("A\0\x80\0", 4), CTextFile::kFormBytes},
         {std::string("\0\x80\0A", 4), CTextFile::kFormBytes},
         {std::string("\0A\0\x80", 4), CTextFile::kFormBytes},
-        {"AB\n", CTextFile::kFormBytes},
+        {"A\xFF\n", CTextFile::kFormBytes},
     };
     TempDir dir;
     for (const auto& c : cases) {
@@ -177,6 +177,14 @@ TEST(TextFile, DecodingNamesTheTextFormByTheFirstBytes)
         file.Open(dir.Write("f", c.head));
         EXPECT_EQ(file.GetTextForm(), CTextFile::kFormBytes) << c.head;
     }
+    // A pair of surrogates that the end of the first block cuts apart stays
+    // one character.
+    std::string wide = "\xFF\xFE";
+    for (int i = 0; i < 340; ++i) wide += std::string("a\0", 2);
+    CTextFile file;
+    file.SetDecoding(true);
+    ASSERT_EQ(file.Open(dir.Write("w", wide + std::string("\x3D\xD8\x00\xDE", 4))), LASFILE_OK);  // U+1F600
+    EXPECT_EQ(Line(file), std::string(340, 'a') + "\xF0\x9F\x98\x80");
 }
 
 TEST(TextFile, PercentUsesSixtyFourBitSizes)

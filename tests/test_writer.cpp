@@ -308,6 +308,7 @@ TEST(Validate, CreatesLinksAndTestsTheDocument)
         CLasWriter w;
         ASSERT_EQ(w.SetFormat(c.las3, ' '), LASFILE_OK);
         for (const CLasSection& s : c.given) ASSERT_EQ(w.AddSection(s), LASFILE_OK);
+        ASSERT_NE(w.AddSection(CLasSection()), LASFILE_OK);  // a record that Validate replaces
         EXPECT_EQ(w.Validate(), c.record.code);
         EXPECT_EQ(LastError(w), c.record);
         EXPECT_EQ(Sections(w), c.sections);
