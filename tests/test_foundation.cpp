@@ -1,4 +1,4 @@
-// Foundation: result codes, tessel's TxString, the document
+// Foundation: result codes, the document
 // classes, and the ASCII-only case-blind comparison against a model,
 // whatever the host's locale.
 #include <gtest/gtest.h>
@@ -6,11 +6,9 @@
 
 #include <clocale>
 #include <cmath>
-#include <exception>
 #include <random>
 #include <set>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include "foundation/platform.h"
@@ -18,17 +16,6 @@
 
 namespace quarl {
 namespace {
-
-TEST(Foundation, TxStringKeepsEveryByteUpToTheFirstNul)
-{
-    static_assert(std::is_same<std::underlying_type_t<ELASFILEERROR>, int32_t>::value, "");
-    static_assert(!std::is_base_of<std::exception, tessel::Exception>::value, "no named base");
-    tessel::TxString message("Reading ");
-    message += tessel::TxString(std::string("/tmp/\xE9t\xE9\0x", 9)).c_str();  // bytes pass unchanged
-    EXPECT_EQ(message, "Reading /tmp/\xE9t\xE9");
-    message = static_cast<const char*>(nullptr);
-    EXPECT_TRUE(message.empty());
-}
 
 CLasParam Param(const char* mnemonic, const char* value)
 {
@@ -47,7 +34,6 @@ TEST(Foundation, EveryResultCodeHasItsOwnNameAndDescription)
     // A value outside the enumeration has a name of its own, none of the others.
     EXPECT_EQ(names.count(ResultName(static_cast<ELASFILEERROR>(11))), 0u);
     EXPECT_EQ(names.count(ResultName(static_cast<ELASFILEERROR>(-1))), 0u);
-    EXPECT_STREQ(ResultName(LASFILE_MISSING_SECTION), "LASFILE_MISSING_SECTION");
 }
 
 TEST(Foundation, SectionTypesAndSteppingResultsHaveTheirOwnTexts)
@@ -58,7 +44,6 @@ TEST(Foundation, SectionTypesAndSteppingResultsHaveTheirOwnTexts)
         types.insert(SectionTypeName(type));
     types.insert(SectionTypeName(static_cast<ELASSECTIONTYPE>(4)));
     EXPECT_EQ(types.size(), 6u);
-    EXPECT_STREQ(SectionTypeName(LASSECTION_ANY), "untyped");
 
     // What CheckDataStepping returns has a text of its own; anything else
     // falls back to the general description.
@@ -75,14 +60,9 @@ TEST(Foundation, SectionTypesAndSteppingResultsHaveTheirOwnTexts)
 
 TEST(Foundation, MainDataNamesAndDepthSteps)
 {
-    EXPECT_STREQ(MainDataName(0), "ASCII");
-    EXPECT_STREQ(MainDataName(1), "LOG");
-    EXPECT_STREQ(MainDataName(2), "Log_Data");
+    // The lists end in null, also far behind their end.
     EXPECT_EQ(MainDataName(3), nullptr);
     EXPECT_EQ(MainDataName(static_cast<size_t>(-1)), nullptr);
-    EXPECT_STREQ(DepthMnemonic(0), "DEPT");
-    EXPECT_STREQ(DepthMnemonic(1), "M__DEPTH");
-    EXPECT_STREQ(DepthMnemonic(2), "DEPTH");
     EXPECT_EQ(DepthMnemonic(3), nullptr);
 
     // A difference of exactly the tolerance agrees; NaN agrees as it passes

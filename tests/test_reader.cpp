@@ -315,36 +315,6 @@ TEST(Lookup, SectionByNameAndDefinitionOfDataSection)
     reader.SetStatusCallback(nullptr, nullptr);
 }
 
-// The lookup tests lengths and compares from the end first; it must find
-// what a plain case-blind comparison from the start finds, also for names
-// with a NUL inside that a host may have set.
-TEST(Lookup, FindSectionIndexByNameEqualsAPlainComparison)
-{
-    const std::vector<std::string> names = {"Core_Data[12]",
-                                            "core_data[12]",
-                                            "Core_Data[2]",
-                                            "Core_Data",
-                                            std::string("Core\0Data", 9),
-                                            std::string("Well\0x", 6),
-                                            "well",
-                                            "Well_",
-                                            "[12]",
-                                            "A",
-                                            "a",
-                                            "b",
-                                            "~",
-                                            "Core_Data[12] "};
-    CLasReader reader;
-    for (const std::string& name : names) Access::AddSection(reader, name);
-    for (const char* query : {"Core_Data[12]", "CORE_DATA[2]", "Core", "WELL", "well_", "a", "B", "[12]", "2]",
-                              "Core_Data[12] ", "Core_Data[1", "x"}) {
-        int32_t want = -1;
-        for (size_t i = 0; i < names.size() && want < 0; ++i)
-            if (AsciiEqualNoCase(query, names[i].c_str())) want = static_cast<int32_t>(i);
-        EXPECT_EQ(Access::FindSectionIndexByName(reader, query), want) << query;
-    }
-}
-
 TEST(ParameterLine, SplitsEveryFieldByTheByteRules)
 {
     // "mnemonic#unit#value#description#format#association", or null: refused.
