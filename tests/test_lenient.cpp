@@ -125,9 +125,10 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         {"text column", kHead + "~Curve\nDATE. : t\nDEPT.M : d\n~A\n2021-05-13 1\n13/05/21 2\n", "A", LASFILE_OK,
          "A:2/16|Curve{2021,13;1,2}", LASFILE_OK, "A:2/16|Curve{\"2021-05-13\",\"13/05/21\";1,2}", LASNOTE_TEXT_COLUMN,
          9, false},
-        {"nan and exponents", kHead + "~Curve\nDEPT.M : d\nX. : x\nY. : y\n~A\n1 NaN +1E5\n2 nan +2E3\n", "A",
-         LASFILE_OK, "A:2/16|Curve{1,2;nan,nan;100000,2000}", LASFILE_OK, "A:2/16|Curve{1,2;nan,nan;100000,2000}",
-         LASNOTE_TEXT_COLUMN, 0, false},
+        {"nan and exponents",
+         kHead + "~Curve\nDEPT.M : d\nX. : x\nY. : y\nZ. : z\n~A\n1 NaN +1E5 +1E+5\n2 nan +2E3 +2E-3\n", "A",
+         LASFILE_OK, "A:2/16|Curve{1,2;nan,nan;100000,2000;100000,0.002}", LASFILE_OK,
+         "A:2/16|Curve{1,2;nan,nan;100000,2000;100000,0.002}", LASNOTE_TEXT_COLUMN, 0, false},
         {"columns named behind a tab", "~A\tDEPT GR\n1 2\n", "A", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK,
          "A:2/16|{1;2}", LASNOTE_COLUMNS_FROM_HEADER, 1, false},
         {"numbers and text", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 x\n2 5\n", "A", LASFILE_OK,
@@ -343,6 +344,24 @@ TEST(Lenient, HeadersOnlyKeepsEverySectionAndNoValue)
             for (const CLasCurve& curve : b.m_curves) EXPECT_EQ(curve.size(), 0);
         }
     }
+}
+
+// Passing over the rows reports the progress where the next header is found.
+TEST(Lenient, HeadersOnlyReportsWhereItFindsTheNextHeader)
+{
+    const std::string text = kHead + kCurves + "~A\n1 2 3\n~Parameter\nBHT.C 35 : t\n";
+    CLasReader reader;
+    CLasReadOptions options;
+    options.headersOnly = true;
+    reader.SetOptions(options);
+    std::vector<double> percents;
+    reader.SetStatusCallback(&percents, [](void* seen, double percent, const char*) {
+        static_cast<std::vector<double>*>(seen)->push_back(percent);
+        return 0;
+    });
+    ASSERT_EQ(OpenText(reader, text), LASFILE_OK);
+    const double found = static_cast<double>(text.find("BHT")) * 100.0 / static_cast<double>(text.size());
+    EXPECT_NE(std::find(percents.begin(), percents.end(), found), percents.end());
 }
 
 // Whether a note of a whole column (text, decimal comma, array format)
