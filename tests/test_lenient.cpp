@@ -126,9 +126,9 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
          "A:2/16|Curve{2021,13;1,2}", LASFILE_OK, "A:2/16|Curve{\"2021-05-13\",\"13/05/21\";1,2}", LASNOTE_TEXT_COLUMN,
          9, false},
         {"nan and exponents",
-         kHead + "~Curve\nDEPT.M : d\nX. : x\nY. : y\nZ. : z\n~A\n1 NaN +1E5 +1E+5\n2 nan +2E3 +2E-3\n", "A",
-         LASFILE_OK, "A:2/16|Curve{1,2;nan,nan;100000,2000;100000,0.002}", LASFILE_OK,
-         "A:2/16|Curve{1,2;nan,nan;100000,2000;100000,0.002}", LASNOTE_TEXT_COLUMN, 0, false},
+         kHead + "~Curve\nDEPT.M : d\nX. : x\nY. : y\nZ. : z\n~A\n1 -NaN +1E5 +1E+5\n2 +nan +2E3 +2E-3\n", "A",
+         LASFILE_OK, "A:2/16|Curve{1,2;-nan,nan;100000,2000;100000,0.002}", LASFILE_OK,
+         "A:2/16|Curve{1,2;-nan,nan;100000,2000;100000,0.002}", LASNOTE_TEXT_COLUMN, 0, false},
         {"columns named behind a tab", "~A\tDEPT GR\n1 2\n", "A", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK,
          "A:2/16|{1;2}", LASNOTE_COLUMNS_FROM_HEADER, 1, false},
         {"numbers and text", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 x\n2 5\n", "A", LASFILE_OK,
@@ -136,6 +136,8 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         {"decimal comma", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,5\n2 -0,25\n3 7\n4 1E20\n", "A", LASFILE_OK,
          "A:2/16|Curve{1,2,3,4;12,-0,7,1e+20}", LASFILE_OK, "A:2/16|Curve{1,2,3,4;12.5,-0.25,7,1e+20}",
          LASNOTE_DECIMAL_COMMA, 9, false},
+        {"comma without digits behind", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,\n2 3,5\n", "A", LASFILE_OK,
+         "A:2/16|Curve{1,2;12,3}", LASFILE_OK, "A:2/16|Curve{1,2;12,3}", LASNOTE_DECIMAL_COMMA, 0, false},
         {"thousands comma", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 1,500\n2 7\n", "A", LASFILE_OK,
          "A:2/16|Curve{1,2;1,7}", LASFILE_OK, "A:2/16|Curve{1,2;1,7}", LASNOTE_DECIMAL_COMMA, 0, false},
         {"comma and period", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,5\n2 7.5\n", "A", LASFILE_OK,
@@ -335,6 +337,9 @@ TEST(Lenient, HeadersOnlyKeepsEverySectionAndNoValue)
         headers.SetOptions(options);
         EXPECT_EQ(OpenText(headers, text), fullResult) << k;
         EXPECT_EQ(headers.GetLineNumber(), full.GetLineNumber());
+        EXPECT_EQ(HasNote(headers, LASNOTE_HEADER_AT_END, full.GetLineNumber()),
+                  HasNote(full, LASNOTE_HEADER_AT_END, full.GetLineNumber()))
+            << k;
         ASSERT_EQ(headers.size(), full.size());
         for (uint64_t i = 0; i < full.size(); ++i) {
             const CLasSection& a = full.GetSection(i);
