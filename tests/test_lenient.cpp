@@ -367,6 +367,19 @@ TEST(Lenient, HeadersOnlyReportsWhereItFindsTheNextHeader)
     ASSERT_EQ(OpenText(reader, text), LASFILE_OK);
     const double found = static_cast<double>(text.find("BHT")) * 100.0 / static_cast<double>(text.size());
     EXPECT_NE(std::find(percents.begin(), percents.end(), found), percents.end());
+    // A line store that fails on that header ends the read there, with no
+    // report for the header it could not keep.
+    const std::string wide = kHead + kCurves + "~A\n1 2 3\n~" + std::string(200, 'P') + "\n";
+    int allocations = 0;
+    {
+        FailingLineStore counting(1 << 30);
+        ASSERT_EQ(OpenText(reader, wide), LASFILE_IO_FAILED);  // the header is the last line
+        allocations = counting.calls();
+    }
+    percents.clear();
+    FailingLineStore failing(allocations);
+    ASSERT_EQ(OpenText(reader, wide), LASFILE_OUT_OF_MEMORY);
+    EXPECT_EQ(percents.size(), 2u);  // line 10, and the last report
 }
 
 // Whether a note of a whole column (text, decimal comma, array format)
