@@ -132,15 +132,15 @@ TEST(TextFile, SkippingToAHeaderPassesTheLinesThatReadingPasses)
     for (char c : std::string("a\n~b\n\nc\n~")) utf16 += std::string{c, '\0'};
     ExpectSkipsAs(utf16, true);
     ExpectSkipsAs(std::string(100, 'a') + "\r~b\r\rc\r~", true);
-    // A header at and around the edge of the skip's first 64 KiB block,
+    // A header at and around the edge of the skip's first 256 KiB block,
     // which starts behind the first line, separated by that edge from the
     // line feeds and carriage returns in front of it.
     const std::string first = "~top\n";
     for (const std::string& edge : {std::string("\n~h"), std::string("\n\r\r~h"), std::string("x~h")}) {
         for (size_t shift = 0; shift < 5; ++shift) {
             std::string bytes = first;
-            while (bytes.size() < 3 * 65536) bytes += std::string(97, 'v') + "\n";
-            bytes.replace(first.size() + 65536 - shift, edge.size(), edge);
+            while (bytes.size() < 2 * 262144) bytes += std::string(97, 'v') + "\n";
+            bytes.replace(first.size() + 262144 - shift, edge.size(), edge);
             ASSERT_NO_FATAL_FAILURE(ExpectSkipsAs(bytes + "tail without feed")) << edge << shift;
         }
     }
