@@ -378,10 +378,10 @@ ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
             if (at == got) break;
             const size_t groupEnd = std::min(at + kGroup, got);
             hit = FindLineStartingWith(begin, begin + at, begin + groupEnd, first, onlyCr);
-            const size_t counted =
-                hit && hit > begin + at ? static_cast<size_t>(hit - begin) : groupEnd;
-            if (!hit || hit > begin + at)
-                feeds += static_cast<size_t>(std::count(begin + at, begin + counted, '\n'));
+            // Up to the header, whose carriage returns in front may reach
+            // back before the group; they hold no line feed.
+            const char* counted = hit ? std::max(hit, begin + at) : begin + groupEnd;
+            feeds += static_cast<size_t>(std::count(begin + at, counted, '\n'));
             at = groupEnd;
         }
         const char* stop = hit ? hit : begin + got;
