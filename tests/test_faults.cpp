@@ -59,20 +59,6 @@ std::string WrittenBytes(bool las3, int rows, const std::string& path)
     return ReadFileBytes(path);
 }
 
-// A status callback that runs `act` at report `at` (counted from 0) and
-// answers what it returns; every other report is answered with "go on".
-struct Hook {
-    int at = -1;
-    std::function<int32_t()> act = [] { return 1; };
-    int calls = 0;
-    static int32_t Callback(void* context, double percent, const char*)
-    {
-        Hook* self = static_cast<Hook*>(context);
-        EXPECT_TRUE(percent >= 0.0 && percent <= 100.0) << percent;
-        return self->calls++ == self->at ? self->act() : 0;
-    }
-};
-
 // While alive, no file of this process may grow past `bytes`: a disk that
 // is full from there on. The signal is ignored, so that the write fails.
 class FileSizeLimit {
@@ -159,13 +145,13 @@ TEST(Faults, WriteCancelledAtEveryReportKeepsTheTargetAndWritesLater)
         for (;; ++at) {
             CLasWriter w;
             BuildDocument(w, las3, 60);
-            Hook stop;
-            stop.at = at;
-            w.SetStatusCallback(&stop, &Hook::Callback);
+            Reports stop;
+            stop.stopAt = at;
+            w.SetStatusCallback(&stop, &Reports::Callback);
             const ELASFILEERROR result = w.Write(target);
             if (result == LASFILE_OK) break;
             ASSERT_EQ(result, LASFILE_CANCELLED) << at;
-            EXPECT_EQ(stop.calls, at + 1);
+            EXPECT_EQ(stop.calls(), at + 1);
             EXPECT_EQ(LastError(w), ErrorRecord{});
             EXPECT_EQ(std::string(detail::WriterAccess::Filename(w)), target);
             EXPECT_EQ(ReadFileBytes(target), "old bytes\n") << at;
@@ -221,8 +207,8 @@ TEST(Faults, WriterCalledFromItsCallbackAtEveryReport)
     for (int at = 0;; ++at) {
         CLasWriter w;
         BuildDocument(w, true, 30);
-        Hook meddler;
-        meddler.at = at;
+        Reports meddler;
+        meddler.stopAt = at;
         meddler.act = [&] {
             EXPECT_EQ(w.AddSection(Section("Extra_Parameter", LASSECTION_PARAMETER)), LASFILE_WRONG_STATE);
             EXPECT_EQ(w.Validate(), LASFILE_WRONG_STATE);
@@ -231,10 +217,10 @@ TEST(Faults, WriterCalledFromItsCallbackAtEveryReport)
             w = CLasWriter();
             return 0;
         };
-        w.SetStatusCallback(&meddler, &Hook::Callback);
+        w.SetStatusCallback(&meddler, &Reports::Callback);
         ASSERT_EQ(w.Write(target), LASFILE_OK) << at;
         EXPECT_TRUE(ReadFileBytes(target) == full) << at;
-        if (meddler.calls <= at) break;
+        if (meddler.calls() <= at) break;
     }
     EXPECT_EQ(FolderEntries(dir.path()), Entries{"t.las"});
 }
@@ -294,22 +280,22 @@ TEST(Faults, ReadCancelledOrClosedAtEveryReport)
         for (;; ++at) {
             const std::string where = path + " report " + std::to_string(at);
             CLasReader reader, closed;
-            Hook stop, closer;
-            stop.at = closer.at = at;
+            Reports stop, closer;
+            stop.stopAt = closer.stopAt = at;
             closer.act = [&] {
                 closed.Close();
                 return 0;
             };
-            reader.SetStatusCallback(&stop, &Hook::Callback);
-            closed.SetStatusCallback(&closer, &Hook::Callback);
+            reader.SetStatusCallback(&stop, &Reports::Callback);
+            closed.SetStatusCallback(&closer, &Reports::Callback);
             const ELASFILEERROR result = reader.Open(path);
             const ELASFILEERROR closedResult = closed.Open(path);
-            if (closer.calls > at) {
+            if (closer.calls() > at) {
                 EXPECT_TRUE(closedResult == LASFILE_CANCELLED && !closed.IsOpen() && closed.empty()) << where;
             }
             closed.SetStatusCallback(nullptr, nullptr);
             EXPECT_EQ(closed.Open(path), LASFILE_OK) << where;
-            if (stop.calls <= at) {  // no report was left to say stop
+            if (stop.calls() <= at) {  // no report was left to say stop
                 EXPECT_EQ(result, LASFILE_OK);
                 break;
             }

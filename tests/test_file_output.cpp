@@ -195,21 +195,6 @@ TEST(FileOutput, EmptySectionsAreWrittenAsTheirHeadersAlone)
               "~Empty_Definition\n~Empty_Data | Empty_Definition\n~Tops_Parameter\n~Log_Definition\n");
 }
 
-// Records every status report as "percent message"; answers "stop" on report `stopAt`.
-struct Reports {
-    std::vector<double> percents;
-    int stopAt = -1;
-    std::string message;
-
-    static int32_t Callback(void* context, double percent, const char* message)
-    {
-        Reports* self = static_cast<Reports*>(context);
-        self->percents.push_back(percent);
-        self->message = message;
-        return static_cast<int>(self->percents.size()) - 1 == self->stopAt;
-    }
-};
-
 TEST(FileOutput, StatusReportsComeAtSectionsAndEveryTenthLine)
 {
     TempDir dir;
@@ -224,7 +209,7 @@ TEST(FileOutput, StatusReportsComeAtSectionsAndEveryTenthLine)
     // Well (12 lines), Parameter (25), Curve (1), ASCII (10 rows): 25 per section.
     EXPECT_EQ(reports.percents, (std::vector<double>{0.0, 0.0, 0.0, 250.0 / 12, 25.0, 25.0, 25.0 + 250.0 / 25,
                                                      25.0 + 500.0 / 25, 50.0, 50.0, 75.0, 75.0, 100.0}));
-    EXPECT_EQ(reports.message, "Writing " + dir.File("r.las"));
+    EXPECT_EQ(reports.messages.back(), "Writing " + dir.File("r.las"));
 }
 
 // Cancellation at every report, a full disk and links are in test_faults.
@@ -261,25 +246,19 @@ TEST(FileOutput, RefusedOrFailedWritesKeepTheOldTarget)
 // The last step of a write puts the finished file in place of the target.
 // When that fails (here the target has become a folder meanwhile), the
 // write fails with no place in the record and takes its file away.
-struct TargetToFolder {
-    std::string path;
-    static int32_t Callback(void* context, double, const char*)
-    {
-        auto* self = static_cast<TargetToFolder*>(context);
-        if (!self->path.empty() && std::remove(self->path.c_str()) == 0) mkdir(self->path.c_str(), 0755);
-        self->path.clear();
-        return 0;
-    }
-};
-
 TEST(FileOutput, FailedReplacementOfTheTargetIsAnIoFailure)
 {
     TempDir dir;
     const std::string path = dir.Write("t.las", "old\n");
     CLasWriter w;
     Build(w, false);
-    TargetToFolder swap{path};
-    w.SetStatusCallback(&swap, &TargetToFolder::Callback);
+    Reports swap;
+    swap.stopAt = 0;
+    swap.act = [&] {
+        EXPECT_TRUE(std::remove(path.c_str()) == 0 && mkdir(path.c_str(), 0755) == 0);
+        return 0;
+    };
+    w.SetStatusCallback(&swap, &Reports::Callback);
     EXPECT_EQ(w.Write(path), LASFILE_IO_FAILED);
     EXPECT_EQ(LastError(w), ErrorRecord{LASFILE_IO_FAILED});
     EXPECT_EQ(FolderEntries(dir.path()), std::vector<std::string>{"t.las"});

@@ -359,14 +359,11 @@ TEST(Lenient, HeadersOnlyReportsWhereItFindsTheNextHeader)
     CLasReadOptions options;
     options.headersOnly = true;
     reader.SetOptions(options);
-    std::vector<double> percents;
-    reader.SetStatusCallback(&percents, [](void* seen, double percent, const char*) {
-        static_cast<std::vector<double>*>(seen)->push_back(percent);
-        return 0;
-    });
+    Reports reports;
+    reader.SetStatusCallback(&reports, &Reports::Callback);
     ASSERT_EQ(OpenText(reader, text), LASFILE_OK);
     const double found = static_cast<double>(text.find("BHT")) * 100.0 / static_cast<double>(text.size());
-    EXPECT_NE(std::find(percents.begin(), percents.end(), found), percents.end());
+    EXPECT_NE(std::find(reports.percents.begin(), reports.percents.end(), found), reports.percents.end());
     // A line store that fails on that header ends the read there, with no
     // report for the header it could not keep.
     const std::string wide = kHead + kCurves + "~A\n1 2 3\n~" + std::string(200, 'P') + "\n";
@@ -376,10 +373,10 @@ TEST(Lenient, HeadersOnlyReportsWhereItFindsTheNextHeader)
         ASSERT_EQ(OpenText(reader, wide), LASFILE_IO_FAILED);  // the header is the last line
         allocations = counting.calls();
     }
-    percents.clear();
+    reports.percents.clear();
     FailingLineStore failing(allocations);
     ASSERT_EQ(OpenText(reader, wide), LASFILE_OUT_OF_MEMORY);
-    EXPECT_EQ(percents.size(), 2u);  // line 10, and the last report
+    EXPECT_EQ(reports.percents.size(), 2u);  // line 10, and the last report
 }
 
 // Whether a note of a whole column (text, decimal comma, array format)

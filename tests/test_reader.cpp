@@ -71,20 +71,6 @@ TEST(ReaderFrame, WhatOpenKeepsOfEachFile)
     EXPECT_EQ(reader.GetNotes()[0].line, 0u);
 }
 
-// Keeps every report; answers "stop" to the `stopAt`-th, counted from 1.
-struct Recorder {
-    std::vector<double> percents;
-    std::vector<std::string> messages;
-    int stopAt = -1;
-    static int32_t Record(void* context, double percent, const char* message)
-    {
-        auto* self = static_cast<Recorder*>(context);
-        self->percents.push_back(percent);
-        self->messages.push_back(message);
-        return static_cast<int>(self->percents.size()) == self->stopAt;
-    }
-};
-
 // A Version section of `count` lines, one of them replaced by `line`.
 std::string Lines(int count, int at = 0, const std::string& line = "")
 {
@@ -98,8 +84,8 @@ TEST(ReaderProgress, ReportsAtEveryTenthPhysicalLineAndStops)
     TempDir dir;
     const std::string path = dir.Write("p.las", Lines(25));
     CLasReader reader;
-    Recorder all;
-    reader.SetStatusCallback(&all, &Recorder::Record);
+    Reports all;
+    reader.SetStatusCallback(&all, &Reports::Callback);
     ASSERT_EQ(reader.Open(tessel::TxString(path)), LASFILE_OK);
     ASSERT_EQ(all.percents.size(), 3u);  // lines 10 and 20, and the end
     EXPECT_LT(all.percents[0], all.percents[1]);
@@ -114,16 +100,16 @@ TEST(ReaderProgress, ReportsAtEveryTenthPhysicalLineAndStops)
         std::string sections;
     } cases[] = {
         {Lines(25, 10, "# comment\n"), -1, LASFILE_OK, 2u, "Version:3(23)"},  // no report on a comment
-        {Lines(25), 1, LASFILE_CANCELLED, 2u, "Version:3(8)"},                // the final report all the same
-        {Lines(25), 3, LASFILE_CANCELLED, 3u, "Version:3(24)"},
-        {"~Version\nbad line\n", 1, LASFILE_CANCELLED, 1u, "Version:3(0)"},  // it replaces a failure
-        {"~Well\n", 1, LASFILE_BAD_FORMAT, 0u, ""},                          // no report before the section loop
+        {Lines(25), 0, LASFILE_CANCELLED, 2u, "Version:3(8)"},                // the final report all the same
+        {Lines(25), 2, LASFILE_CANCELLED, 3u, "Version:3(24)"},
+        {"~Version\nbad line\n", 0, LASFILE_CANCELLED, 1u, "Version:3(0)"},  // it replaces a failure
+        {"~Well\n", 0, LASFILE_BAD_FORMAT, 0u, ""},                          // no report before the section loop
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
-        Recorder recorder;
+        Reports recorder;
         recorder.stopAt = c.stopAt;
-        reader.SetStatusCallback(&recorder, &Recorder::Record);
+        reader.SetStatusCallback(&recorder, &Reports::Callback);
         EXPECT_EQ(OpenText(reader, c.text), c.result);
         EXPECT_EQ(recorder.percents.size(), c.reports);
         EXPECT_EQ(Dump(reader), c.sections);

@@ -1,5 +1,7 @@
 #include "support/test_util.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -83,6 +85,16 @@ std::vector<std::string> CorpusFiles()
 std::string SampleFile(const std::string& name)
 {
     return std::string(QUARL_SAMPLE_DIR) + "/" + name;
+}
+
+int32_t Reports::Callback(void* context, double percent, const char* message)
+{
+    auto* self = static_cast<Reports*>(context);
+    EXPECT_TRUE(percent >= 0.0 && percent <= 100.0) << percent;
+    self->percents.push_back(percent);
+    self->messages.push_back(message);
+    if (self->calls() - 1 != self->stopAt) return 0;
+    return self->act ? self->act() : 1;
 }
 
 FailingLineStore::FailingLineStore(int failAt, int count)

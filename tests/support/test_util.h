@@ -3,6 +3,8 @@
 #ifndef QUARL_TESTS_TEST_UTIL_H
 #define QUARL_TESTS_TEST_UTIL_H
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -34,6 +36,19 @@ std::vector<std::string> FolderEntries(const std::string& path);
 std::vector<std::string> CorpusFiles();
 std::string CorpusDir();
 std::string SampleFile(const std::string& name);
+
+// A status callback that keeps every report, and at report `stopAt` (counted
+// from 0) answers what `act` returns, or "stop" when there is no `act`; every
+// other report is answered with "go on".
+struct Reports {
+    std::vector<double> percents;
+    std::vector<std::string> messages;
+    int stopAt = -1;
+    std::function<int32_t()> act;
+
+    int calls() const { return static_cast<int>(percents.size()); }
+    static int32_t Callback(void* context, double percent, const char* message);
+};
 
 // While alive, the line store allocation fails from the `failAt`-th call on
 // (counted from 1) for `count` calls.

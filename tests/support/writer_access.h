@@ -7,6 +7,7 @@
 
 #include <ostream>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "support/test_util.h"
@@ -32,14 +33,7 @@ inline CLasParam Param(const std::string& mnemonic, const std::string& unit, con
                        const std::string& description, const std::string& format = "",
                        const std::string& association = "")
 {
-    CLasParam p;
-    p.m_mnemonic = mnemonic;
-    p.m_unit = unit;
-    p.m_value = value;
-    p.m_description = description;
-    p.m_format = format;
-    p.m_association = association;
-    return p;
+    return {mnemonic, unit, value, description, format, association};
 }
 
 inline CLasSection Section(const std::string& name, ELASSECTIONTYPE type, std::vector<CLasParam> params = {},
@@ -79,20 +73,15 @@ inline CLasSection Data(const std::string& name, std::vector<CLasCurve> curves, 
 // The writer's last-error record, field by field; "" stands for no section
 // or mnemonic, -1 for no column or row. ErrorRecord{} is a clear record.
 struct ErrorRecord {
-    ELASFILEERROR code;
-    std::string section;
-    std::string param;
-    int32_t column;
-    int32_t row;
-
-    ErrorRecord(ELASFILEERROR c = LASFILE_OK, std::string s = "", std::string p = "", int32_t col = -1, int32_t r = -1)
-        : code(c), section(std::move(s)), param(std::move(p)), column(col), row(r)
-    {
-    }
+    ELASFILEERROR code = LASFILE_OK;
+    std::string section{};
+    std::string param{};
+    int32_t column = -1;
+    int32_t row = -1;
 
     bool operator==(const ErrorRecord& o) const
     {
-        return code == o.code && section == o.section && param == o.param && column == o.column && row == o.row;
+        return std::tie(code, section, param, column, row) == std::tie(o.code, o.section, o.param, o.column, o.row);
     }
 };
 
