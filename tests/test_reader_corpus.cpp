@@ -9,21 +9,18 @@
 #include <gtest/gtest.h>
 #include <quarl/quarl.h>
 
-#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "support/test_util.h"
+
 namespace quarl {
 namespace {
-
-namespace fs = std::filesystem;
 
 // FNV-1a over bytes, with a separator after each field so that fields
 // cannot trade bytes with their neighbours.
@@ -68,20 +65,10 @@ uint64_t DigestOf(const CLasReader& reader)
     return digest.value();
 }
 
-std::vector<std::string> CorpusFiles()
-{
-    std::vector<std::string> files;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(QUARL_CORPUS_DIR, error))
-        if (entry.is_regular_file(error)) files.push_back(entry.path().string());
-    std::sort(files.begin(), files.end());
-    return files;
-}
-
 TEST(ReaderCorpus, StrictReadingOfEveryFileIsAsRecorded)
 {
-    const std::vector<std::string> files = CorpusFiles();
-    if (files.empty()) GTEST_SKIP() << "no corpus at " << QUARL_CORPUS_DIR;
+    const std::vector<std::string> files = test::CorpusFiles();
+    if (files.empty()) GTEST_SKIP() << "no corpus at " << test::CorpusDir();
     const bool write = std::getenv("QUARL_WRITE_CORPUS_RESULTS") != nullptr;
     const std::string here = __FILE__;
     const std::string tablePath = here.substr(0, here.rfind('/')) + "/data/corpus_results.txt";
