@@ -3,12 +3,12 @@
 #ifndef QUARL_FUZZ_COMMON_H
 #define QUARL_FUZZ_COMMON_H
 
-#include <dirent.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 namespace quarl::fuzz {
@@ -18,14 +18,8 @@ inline char g_scratchDir[] = "/tmp/quarl-fuzz-XXXXXX";
 // Removes the scratch folder and the files in it when the process exits.
 inline void RemoveScratchDir()
 {
-    if (DIR* dir = opendir(g_scratchDir)) {
-        while (const dirent* entry = readdir(dir)) {
-            if (entry->d_name[0] != '.')
-                unlink((std::string(g_scratchDir) + "/" + entry->d_name).c_str());
-        }
-        closedir(dir);
-    }
-    rmdir(g_scratchDir);
+    std::error_code ignored;
+    std::filesystem::remove_all(g_scratchDir, ignored);
 }
 
 // A scratch folder of this process, made once.
