@@ -44,8 +44,7 @@ void VisitAccessors(const quarl::CLasReader& reader, quarl::ELASFILEERROR result
         Check(reader.GetSection(section.m_name.c_str(), copy) == quarl::LASFILE_OK);
         if (section.m_type != quarl::LASSECTION_DATA || result != quarl::LASFILE_OK) continue;
         // A read that ended well leaves every curve of a section one length.
-        for (const quarl::CLasCurve& curve : section.m_curves)
-            Check(curve.size() == section.m_curves.front().size());
+        for (const quarl::CLasCurve& curve : section.m_curves) Check(curve.size() == section.m_curves.front().size());
     }
     try {
         reader.GetSection(count);

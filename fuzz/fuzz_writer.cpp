@@ -173,17 +173,16 @@ public:
     {
         CLasSection section;
         if (wellFormed || m_in.ConsumeBool()) {
-            const NaturalName& natural =
-                las3 ? m_in.PickValueInArray(kLas3Names) : m_in.PickValueInArray(kLas2Names);
+            const NaturalName& natural = las3 ? m_in.PickValueInArray(kLas3Names) : m_in.PickValueInArray(kLas2Names);
             section.m_name = natural.name;
             section.m_type = natural.type;
         } else {
             section.m_name = Text(false, 20);
         }
         if (!wellFormed) {
-            static const ELASSECTIONTYPE kTypes[] = {
-                quarl::LASSECTION_PARAMETER, quarl::LASSECTION_DEFINITION, quarl::LASSECTION_DATA,
-                quarl::LASSECTION_HEADER, quarl::LASSECTION_ANY};
+            static const ELASSECTIONTYPE kTypes[] = {quarl::LASSECTION_PARAMETER, quarl::LASSECTION_DEFINITION,
+                                                     quarl::LASSECTION_DATA, quarl::LASSECTION_HEADER,
+                                                     quarl::LASSECTION_ANY};
             if (m_in.ConsumeBool()) section.m_type = m_in.PickValueInArray(kTypes);
             if (m_in.ConsumeBool()) section.m_association = Text(false, 20);
         }
@@ -206,8 +205,8 @@ private:
         const auto has = [](const std::string& text, const char* bytes) {
             return text.find_first_of(bytes) != std::string::npos;
         };
-        return !has(param.m_mnemonic, " \t.:{}|") && !has(param.m_unit, " \t.:{}|") &&
-               !has(param.m_value, "{}|") && param.m_association.empty() &&
+        return !has(param.m_mnemonic, " \t.:{}|") && !has(param.m_unit, " \t.:{}|") && !has(param.m_value, "{}|") &&
+               param.m_association.empty() &&
                (param.m_format.empty() || (has(param.m_format, "{") && has(param.m_format, "}")));
     }
 
@@ -237,8 +236,7 @@ int32_t MainDataRows(const std::vector<CLasSection>& sections)
 {
     for (const char* name : quarl::kMainDataNames)
         for (const CLasSection& section : sections)
-            if (section.m_type == quarl::LASSECTION_DATA &&
-                strcasecmp(section.m_name.c_str(), name) == 0)
+            if (section.m_type == quarl::LASSECTION_DATA && strcasecmp(section.m_name.c_str(), name) == 0)
                 return Rows(section);
     return 0;
 }
@@ -249,8 +247,7 @@ void SaveSeed(const std::string& path)
     const char* dir = std::getenv("QUARL_FUZZ_SAVE_DIR");
     if (!dir || saved >= 500) return;
     std::ifstream in(path, std::ios::binary);
-    std::ofstream out(std::string(dir) + "/written-" + std::to_string(saved++) + ".las",
-                      std::ios::binary);
+    std::ofstream out(std::string(dir) + "/written-" + std::to_string(saved++) + ".las", std::ios::binary);
     out << in.rdbuf();
 }
 
@@ -290,8 +287,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const ELASFILEERROR written = writer.Write(path);
     // A cancel is the host's own doing and leaves the record clear.
     Check(ValidCode(written) &&
-          writer.GetLastError() ==
-              (written == quarl::LASFILE_CANCELLED ? quarl::LASFILE_OK : written));
+          writer.GetLastError() == (written == quarl::LASFILE_CANCELLED ? quarl::LASFILE_OK : written));
     if (written != quarl::LASFILE_OK) return 0;
     SaveSeed(path);
 
@@ -301,8 +297,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (wellFormed) {
         // A section without lines written last leaves its header as the
         // last line of the file, which reads as the end of the file.
-        const bool emptyLast = !reader.empty() && reader.rbegin()->get()->m_params.empty() &&
-                               Rows(**reader.rbegin()) == 0;
+        const bool emptyLast =
+            !reader.empty() && reader.rbegin()->get()->m_params.empty() && Rows(**reader.rbegin()) == 0;
         Check(read == quarl::LASFILE_OK || (read == quarl::LASFILE_IO_FAILED && emptyLast));
         std::vector<CLasSection> sections;
         Check(reader.GetSections(sections, true) == quarl::LASFILE_OK || reader.empty());
