@@ -137,7 +137,9 @@ TEST(ReaderFrame, IsValidFileClosesAndKeepsTheSections)
         EXPECT_FALSE(reader.IsValidFile(tessel::TxString(bad))) << bad;
 }
 
-TEST(ReaderFrame, AssignmentSharesTheSectionsNeverTheStream)
+// A copy shares the sections, never the stream; Close keeps the format of
+// the last file, and the next Open starts from the defaults.
+TEST(ReaderFrame, AssignmentSharesTheSectionsNeverTheStreamAndCloseKeepsTheFormat)
 {
     CLasReader reader, target;
     ASSERT_EQ(OpenText(target, kSmall + "~P\nX.M 1 : x\n"), LASFILE_OK);
@@ -149,18 +151,10 @@ TEST(ReaderFrame, AssignmentSharesTheSectionsNeverTheStream)
     target = target;
     EXPECT_EQ(target.size(), 2u);
     reader.Close();
-    EXPECT_EQ(target.GetSection(1ull).m_params.size(), 1u);
-}
-
-TEST(ReaderFrame, CloseKeepsTheFormatOfTheLastFileAndOpenResetsIt)
-{
-    CLasReader reader;
-    ASSERT_EQ(OpenText(reader, kLas3WrappedComma), LASFILE_OK);
     reader.Close();
-    EXPECT_TRUE(reader.empty());
+    EXPECT_TRUE(reader.empty() && !reader.IsOpen());
     EXPECT_EQ(Access::Format(reader), "3 W ,");
-    reader.Close();
-    EXPECT_FALSE(reader.IsOpen());
+    EXPECT_EQ(target.GetSection(1ull).m_params.size(), 1u);
     ASSERT_EQ(OpenText(reader, kSmall), LASFILE_OK);
     EXPECT_EQ(Access::Format(reader), "2 -  ");
 }
@@ -545,8 +539,13 @@ std::string Thrown(Call call)
     return "";
 }
 
-TEST(ReaderAccess, ANeverOpenedReaderHasNothingToGive)
+// What is not there: a never opened reader, and a file of one section.
+// Result codes leave the caller's objects as they were; references and
+// pointers throw. The header getters go by place, not by name.
+TEST(ReaderAccess, WhatIsNotThereIsRefusedOrThrown)
 {
+    const std::string internal = "Quarl:las_clasfile_public:2:Internal Error!";
+    const std::string range = internal + "  Section index out of range.";
     CLasReader reader;
     std::vector<CLasString> names{"stale"};
     EXPECT_EQ(reader.GetSectionNames(LASSECTION_ANY, names), LASFILE_OK);
@@ -558,9 +557,27 @@ TEST(ReaderAccess, ANeverOpenedReaderHasNothingToGive)
     EXPECT_EQ(reader.GetSection("Well", section), LASFILE_WRONG_STATE);
     EXPECT_EQ(reader.GetSections(all, true), LASFILE_WRONG_STATE);
     EXPECT_EQ(all.size(), 1u);
+    EXPECT_EQ(Thrown([&] { reader.GetVersionHeaders(); }), internal);
+    EXPECT_EQ(Thrown([&] { reader.GetVersionHeadersPtr(); }), internal);
+    EXPECT_EQ(Thrown([&] { reader.GetSectionPtr(0); }), range);
+
+    ASSERT_EQ(OpenText(reader, "~V\nVERS. 2.0 : v\n"), LASFILE_OK);
+    EXPECT_EQ(reader.GetWellHeaders(section), LASFILE_WRONG_STATE);
+    ASSERT_EQ(reader.GetSections(all, false), LASFILE_OK);
+    EXPECT_TRUE(all.empty());
+    EXPECT_EQ(Thrown([&] { reader.GetWellHeaders(); }), internal);
+    EXPECT_EQ(Thrown([&] { reader.GetWellHeadersPtr(); }), internal);
+    EXPECT_EQ(Thrown([&] { reader.GetSection(1ull); }), range);
+    EXPECT_EQ(Thrown([&] { reader.GetVersionHeaders(); }), "");
+    ASSERT_EQ(OpenText(reader, "~V\nVERS. 2.0 : v\n~Parameter\nP.M 1 : p\n~Well\nA.M 1 : a\n"), LASFILE_OK);
+    EXPECT_EQ(reader.GetWellHeaders().m_name, "Parameter");
+    EXPECT_EQ(reader.GetWellHeadersPtr()->m_name, "Parameter");
 }
 
-TEST(ReaderAccess, CountsNamesAndIterationFollowTheFileOrder)
+// Counts, names and iteration follow the file order. A failed lookup leaves
+// the caller's section as it was; a copy is deep, and a shared pointer
+// outlives the reader's hold on its section.
+TEST(ReaderAccess, CountsNamesCopiesAndPointersFollowTheFile)
 {
     CLasReader reader;
     ASSERT_EQ(OpenText(reader, kFile), LASFILE_OK);
@@ -574,13 +591,7 @@ TEST(ReaderAccess, CountsNamesAndIterationFollowTheFileOrder)
     EXPECT_EQ(names, (std::vector<CLasString>{"Version", "Well", "Curve", "Parameter", "A"}));
     EXPECT_EQ(std::distance(reader.begin(), reader.end()), 5);
     EXPECT_EQ((*reader.rbegin())->m_name + (*std::prev(reader.rend()))->m_name, "AVersion");
-}
 
-// A failed lookup leaves the caller's section as it was; a copy is deep.
-TEST(ReaderAccess, CopiesByPlaceAndByName)
-{
-    CLasReader reader;
-    ASSERT_EQ(OpenText(reader, kFile), LASFILE_OK);
     CLasSection section;
     ASSERT_EQ(reader.GetVersionHeaders(section), LASFILE_OK);
     EXPECT_EQ(section.m_name, "Version");
@@ -601,38 +612,7 @@ TEST(ReaderAccess, CopiesByPlaceAndByName)
     EXPECT_EQ(all[0].m_name, "Curve");
     ASSERT_EQ(reader.GetSections(all, true), LASFILE_OK);
     EXPECT_EQ(all.size(), 5u);
-}
 
-// The header getters go by place, not by name.
-TEST(ReaderAccess, HeaderGettersTakeTheFirstTwoSections)
-{
-    CLasReader reader;
-    CLasSection section;
-    std::vector<CLasSection> all;
-    ASSERT_EQ(OpenText(reader, "~V\nVERS. 2.0 : v\n"), LASFILE_OK);
-    EXPECT_EQ(reader.GetWellHeaders(section), LASFILE_WRONG_STATE);
-    ASSERT_EQ(reader.GetSections(all, false), LASFILE_OK);
-    EXPECT_TRUE(all.empty());
-    ASSERT_EQ(OpenText(reader, "~V\nVERS. 2.0 : v\n~Parameter\nP.M 1 : p\n~Well\nA.M 1 : a\n"), LASFILE_OK);
-    EXPECT_EQ(reader.GetWellHeaders().m_name, "Parameter");
-    EXPECT_EQ(reader.GetWellHeadersPtr()->m_name, "Parameter");
-}
-
-TEST(ReaderAccess, ReferencesAndPointersThrowWhenThereIsNothing)
-{
-    const std::string internal = "Quarl:las_clasfile_public:2:Internal Error!";
-    const std::string range = internal + "  Section index out of range.";
-    CLasReader reader;
-    EXPECT_EQ(Thrown([&] { reader.GetVersionHeaders(); }), internal);
-    EXPECT_EQ(Thrown([&] { reader.GetVersionHeadersPtr(); }), internal);
-    EXPECT_EQ(Thrown([&] { reader.GetSectionPtr(0); }), range);
-    ASSERT_EQ(OpenText(reader, "~V\nVERS. 2.0 : v\n"), LASFILE_OK);
-    EXPECT_EQ(Thrown([&] { reader.GetWellHeaders(); }), internal);
-    EXPECT_EQ(Thrown([&] { reader.GetWellHeadersPtr(); }), internal);
-    EXPECT_EQ(Thrown([&] { reader.GetSection(1ull); }), range);
-    EXPECT_EQ(Thrown([&] { reader.GetVersionHeaders(); }), "");
-    // A shared pointer outlives the reader's hold on its section.
-    ASSERT_EQ(OpenText(reader, kFile), LASFILE_OK);
     std::shared_ptr<CLasSection> kept = reader.GetSectionPtr(4);
     kept->m_name = "Changed";
     EXPECT_EQ(reader.GetSection(4ull).m_name, "Changed");
