@@ -132,10 +132,13 @@ TEST(Faults, FullDiskGivesIoFailedAndKeepsTheTarget)
     }
 }
 
-// A cancelled write records no error, keeps the old target and its own
-// unfinished file until the next write, which validates the document
-// again and must come out as if the first had never been.
-TEST(Faults, WriteCancelledAtEveryReportKeepsTheTargetAndWritesLater)
+// At every report of a write a host may call the writer from its callback,
+// or cancel. Calls back are refused or wait until the write is done, whose
+// file comes out as if nothing had been called. A cancelled write records
+// no error, keeps the old target and its own unfinished file until the next
+// write, which validates the document again and must come out as if the
+// first had never been.
+TEST(Faults, WriteCalledBackOrCancelledAtEveryReport)
 {
     TempDir dir;
     for (bool las3 : {false, true}) {
@@ -143,6 +146,23 @@ TEST(Faults, WriteCancelledAtEveryReportKeepsTheTargetAndWritesLater)
         const std::string target = dir.Write("t.las", "old bytes\n");
         int at = 0;
         for (;; ++at) {
+            CLasWriter called;
+            BuildDocument(called, las3, 60);
+            Reports meddler;
+            meddler.stopAt = at;
+            meddler.act = [&] {
+                EXPECT_EQ(called.AddSection(Section("Parameter", LASSECTION_PARAMETER)), LASFILE_WRONG_STATE);
+                EXPECT_EQ(called.Validate(), LASFILE_WRONG_STATE);
+                EXPECT_EQ(called.Write(dir.File("other.las")), LASFILE_WRONG_STATE);
+                called.Reset();
+                called = CLasWriter();
+                return 0;
+            };
+            called.SetStatusCallback(&meddler, &Reports::Callback);
+            ASSERT_EQ(called.Write(target), LASFILE_OK) << at;
+            EXPECT_TRUE(ReadFileBytes(target) == full) << at;
+            dir.Write("t.las", "old bytes\n");
+
             CLasWriter w;
             BuildDocument(w, las3, 60);
             Reports stop;
@@ -165,64 +185,6 @@ TEST(Faults, WriteCancelledAtEveryReportKeepsTheTargetAndWritesLater)
         EXPECT_TRUE(ReadFileBytes(target) == full);
         EXPECT_EQ(FolderEntries(dir.path()), Entries{"t.las"});
     }
-}
-
-// The file is replaced only through a complete temporary file beside it:
-// also when the target is reached through a symbolic link, which must stay
-// a link to the file it named with the mode it had, or given without a folder.
-TEST(Faults, ReplacementKeepsLinksAndModes)
-{
-    TempDir dir;
-    ASSERT_EQ(mkdir(dir.File("data").c_str(), 0755), 0);
-    const std::string real = dir.Write("data/real.las", "old bytes\n");
-    ASSERT_EQ(chmod(real.c_str(), 0640), 0);
-    ASSERT_EQ(symlink("data/real.las", dir.File("link.las").c_str()), 0);
-    CLasWriter w;
-    BuildDocument(w, true, 5);
-    ASSERT_EQ(w.Write(dir.File("link.las")), LASFILE_OK);
-    struct stat st {};
-    EXPECT_TRUE(lstat(dir.File("link.las").c_str(), &st) == 0 && S_ISLNK(st.st_mode));
-    EXPECT_TRUE(stat(real.c_str(), &st) == 0 && (st.st_mode & 07777) == 0640u);
-    EXPECT_NE(ReadFileBytes(real).find("~Log_Data"), std::string::npos);
-    EXPECT_EQ(FolderEntries(dir.File("data")), Entries{"real.las"});
-
-    char here[4096];
-    ASSERT_NE(getcwd(here, sizeof here), nullptr);
-    ASSERT_EQ(chdir(dir.File("data").c_str()), 0);
-    const ELASFILEERROR result = w.Write("real.las");
-    EXPECT_EQ(chdir(here), 0);
-    EXPECT_EQ(result, LASFILE_OK);
-    EXPECT_NE(ReadFileBytes(real).find("# Filename: real.las\n"), std::string::npos);
-    EXPECT_EQ(FolderEntries(dir.File("data")), Entries{"real.las"});
-}
-
-// A host may call the writer from the status callback of its own Write: the
-// document and output in use must stay, and the file come out as if nothing
-// had been called.
-TEST(Faults, WriterCalledFromItsCallbackAtEveryReport)
-{
-    TempDir dir;
-    const std::string target = dir.File("t.las");
-    const std::string full = WrittenBytes(true, 30, target);
-    for (int at = 0;; ++at) {
-        CLasWriter w;
-        BuildDocument(w, true, 30);
-        Reports meddler;
-        meddler.stopAt = at;
-        meddler.act = [&] {
-            EXPECT_EQ(w.AddSection(Section("Extra_Parameter", LASSECTION_PARAMETER)), LASFILE_WRONG_STATE);
-            EXPECT_EQ(w.Validate(), LASFILE_WRONG_STATE);
-            EXPECT_EQ(w.Write(dir.File("other.las")), LASFILE_WRONG_STATE);
-            w.Reset();
-            w = CLasWriter();
-            return 0;
-        };
-        w.SetStatusCallback(&meddler, &Reports::Callback);
-        ASSERT_EQ(w.Write(target), LASFILE_OK) << at;
-        EXPECT_TRUE(ReadFileBytes(target) == full) << at;
-        if (meddler.calls() <= at) break;
-    }
-    EXPECT_EQ(FolderEntries(dir.path()), Entries{"t.las"});
 }
 
 // Whether `part` is a complete read cut short: the same sections in the
@@ -374,11 +336,13 @@ struct stat StatOf(const std::string& path)
     return st;
 }
 
-// A write never makes the target another file than it was: a file with a
-// second hard link, a file of another user, a link that leads nowhere are
-// written in place; a folder we may not write, another user's file in a
-// sticky folder and a disk without room for a second copy do not make the
-// write fail where writing in place succeeds.
+// A write never makes the target another file than it was: a link stays a
+// link to the file it named, with the mode that file had, also when it
+// leads nowhere; a file with a second hard link and a file of another user
+// are written in place; a target given without a folder is found in the
+// current one; a folder we may not write, another user's file in a sticky
+// folder and a disk without room for a second copy do not make the write
+// fail where writing in place succeeds.
 TEST(Faults, TargetKeepsItsIdentity)
 {
     TempDir dir;
@@ -389,6 +353,24 @@ TEST(Faults, TargetKeepsItsIdentity)
         BuildDocument(w, false, 50);
         return w.Write(path);
     };
+    ASSERT_EQ(mkdir(dir.File("data").c_str(), 0755), 0);
+    const std::string real = dir.Write("data/real.las", "old bytes\n");
+    ASSERT_EQ(chmod(real.c_str(), 0640), 0);
+    ASSERT_EQ(symlink("data/real.las", dir.File("link.las").c_str()), 0);
+    ASSERT_EQ(write(dir.File("link.las")), LASFILE_OK);
+    struct stat st {};
+    EXPECT_TRUE(lstat(dir.File("link.las").c_str(), &st) == 0 && S_ISLNK(st.st_mode));
+    EXPECT_EQ(StatOf(real).st_mode & 07777, 0640u);
+    EXPECT_TRUE(Body(ReadFileBytes(real)) == full);
+
+    char here[4096];
+    ASSERT_NE(getcwd(here, sizeof here), nullptr);
+    ASSERT_EQ(chdir(dir.File("data").c_str()), 0);
+    const ELASFILEERROR result = write("real.las");
+    EXPECT_EQ(chdir(here), 0);
+    EXPECT_EQ(result, LASFILE_OK);
+    EXPECT_NE(ReadFileBytes(real).find("# Filename: real.las\n"), std::string::npos);
+    EXPECT_EQ(FolderEntries(dir.File("data")), Entries{"real.las"});
 
     const std::string linked = dir.Write("linked.las", "old bytes\n");
     ASSERT_EQ(link(linked.c_str(), dir.File("second.las").c_str()), 0);
@@ -399,7 +381,6 @@ TEST(Faults, TargetKeepsItsIdentity)
 
     ASSERT_EQ(symlink("nowhere.las", dir.File("dangling.las").c_str()), 0);
     EXPECT_EQ(write(dir.File("dangling.las")), LASFILE_OK);
-    struct stat st {};
     EXPECT_TRUE(lstat(dir.File("dangling.las").c_str(), &st) == 0 && S_ISLNK(st.st_mode));
     EXPECT_TRUE(Body(ReadFileBytes(dir.File("nowhere.las"))) == full);
 
