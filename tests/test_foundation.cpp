@@ -22,32 +22,24 @@ CLasParam Param(const char* mnemonic, const char* value)
     return test::Param(mnemonic, "", value, "");
 }
 
-TEST(Foundation, EveryResultCodeHasItsOwnNameAndDescription)
+// Every result code, section type and stepping result has a text of its
+// own; a value outside its enumeration has one that no value inside has.
+// What CheckDataStepping never returns falls back to the general description.
+TEST(Foundation, EveryResultAndSectionTypeHasItsOwnTexts)
 {
-    std::set<std::string> names, descriptions;
+    std::set<std::string> names, descriptions, types, stepping;
     for (int32_t code = LASFILE_OK; code <= LASFILE_BAD_NAME; ++code) {
         names.insert(ResultName(static_cast<ELASFILEERROR>(code)));
         descriptions.insert(ResultDescription(static_cast<ELASFILEERROR>(code)));
     }
     EXPECT_EQ(names.size(), 11u);
     EXPECT_EQ(descriptions.size(), 11u);
-    // A value outside the enumeration has a name of its own, none of the others.
     EXPECT_EQ(names.count(ResultName(static_cast<ELASFILEERROR>(11))), 0u);
     EXPECT_EQ(names.count(ResultName(static_cast<ELASFILEERROR>(-1))), 0u);
-}
-
-TEST(Foundation, SectionTypesAndSteppingResultsHaveTheirOwnTexts)
-{
-    std::set<std::string> types;
-    for (ELASSECTIONTYPE type :
-         {LASSECTION_PARAMETER, LASSECTION_DEFINITION, LASSECTION_DATA, LASSECTION_HEADER, LASSECTION_ANY})
+    for (ELASSECTIONTYPE type : {LASSECTION_PARAMETER, LASSECTION_DEFINITION, LASSECTION_DATA, LASSECTION_HEADER,
+                                 LASSECTION_ANY, static_cast<ELASSECTIONTYPE>(4)})
         types.insert(SectionTypeName(type));
-    types.insert(SectionTypeName(static_cast<ELASSECTIONTYPE>(4)));
     EXPECT_EQ(types.size(), 6u);
-
-    // What CheckDataStepping returns has a text of its own; anything else
-    // falls back to the general description.
-    std::set<std::string> stepping;
     for (ELASFILEERROR code :
          {LASFILE_OK, LASFILE_BAD_FORMAT, LASFILE_MISSING_SECTION, LASFILE_BAD_VALUE, LASFILE_WRONG_STATE}) {
         EXPECT_STRNE(SteppingDescription(code), ResultDescription(code)) << ResultName(code);

@@ -234,7 +234,7 @@ TEST(TextFile, LineStoreGrowsOnlyForLongerLinesGeometricallyAndSurvivesFailures)
     }
 }
 
-TEST(TextFile, ClosedReopenedAndFailedObjects)
+TEST(TextFile, ClosedReopenedFailedAndAssignedObjects)
 {
     TempDir dir;
     const std::string first = dir.Write("a", "first\n2\n"), second = dir.Write("b", "second\n");
@@ -269,14 +269,10 @@ TEST(TextFile, ClosedReopenedAndFailedObjects)
     file.Close();
     ::close(fds[0]);
     ::close(fds[1]);
-}
 
-TEST(TextFile, AssignmentNeverSharesAStreamOrLineStore)
-{
-    TempDir dir;
+    // Assignment never shares a stream or a line store.
     std::string bytes;
     for (int i = 0; i < 300; ++i) bytes += "line " + std::to_string(1000 + i) + "\n";  // 10 bytes each
-    const size_t before = OpenDescriptorCount();
     CTextFile source;
     ASSERT_EQ(source.Open(dir.Write("a", bytes)), LASFILE_OK);
     {
