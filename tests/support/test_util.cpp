@@ -53,11 +53,6 @@ std::string ReadFileBytes(const std::string& path)
     return all.str();
 }
 
-bool FileExists(const std::string& path)
-{
-    return fs::exists(path);
-}
-
 std::vector<std::string> FolderEntries(const std::string& path)
 {
     std::vector<std::string> names;

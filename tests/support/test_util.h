@@ -28,7 +28,6 @@ private:
 };
 
 std::string ReadFileBytes(const std::string& path);
-bool FileExists(const std::string& path);
 // The names in a folder, sorted.
 std::vector<std::string> FolderEntries(const std::string& path);
 
