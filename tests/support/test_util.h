@@ -1,5 +1,6 @@
 // Helpers shared by the test programs: scratch folders, files read back, the
-// shared corpus, and a line store allocator that fails on purpose.
+// shared corpus, a status callback that records its reports, and a line
+// store allocator that fails on purpose.
 #ifndef QUARL_TESTS_TEST_UTIL_H
 #define QUARL_TESTS_TEST_UTIL_H
 
