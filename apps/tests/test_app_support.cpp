@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "support/conversion.h"
+#include "support/curve_families.h"
 #include "support/log_facts.h"
 #include "support/plot_request.h"
 #include "support/svg_plot.h"
@@ -228,6 +229,29 @@ TEST(PlotCurves, NullAndUnplottableValuesBreakTheLine)
               " 100:50 100.5:51 101:-999.25 101.5:-999.25 102:60/ 103:62");
     EXPECT_EQ(Runs(depth, {2, 0, 3, -1, 4, 5, 6}, true, true), " 100:2/ 101:3/ 102:4 102.5:5 103:6");
     EXPECT_EQ(Runs({100, -999.25, 101}, {1, 2, 3, 4}, true, false), " 100:1/ 101:3");  // a NULL depth drops its row
+}
+
+TEST(CurveFamilies, MnemonicsFindTheirFamilyInAnyCaseAndWithADuplicateSuffix)
+{
+    const struct {
+        const char* mnemonic;
+        const char* family;  // null: none
+    } cases[] = {{"GR", "gamma_ray"},    {"sgr", "gamma_ray"},   {"GR:2", "gamma_ray"}, {"RHOB", "density"},
+                 {"ZDEN", "density"},    {"NPHI", "neutron"},    {"TNPH", "neutron"},   {"DT", "sonic"},
+                 {"ILD", "resistivity"}, {"LLD", "resistivity"}, {"G", nullptr},        {"GRX", nullptr},
+                 {"", nullptr},          {"DEPT", nullptr}};
+    for (const auto& c : cases) {
+        const ex::CurveFamily* family = ex::FindCurveFamily(c.mnemonic);
+        EXPECT_EQ(family ? std::string(family->name) : "", c.family ? c.family : "") << c.mnemonic;
+    }
+    EXPECT_TRUE(ex::IsIndexMnemonic("dept"));
+    EXPECT_TRUE(ex::IsIndexMnemonic("DEPTH:2"));
+    EXPECT_FALSE(ex::IsIndexMnemonic("DT"));
+    size_t count = 0;
+    const ex::CurveFamily* all = ex::CurveFamilies(count);
+    ASSERT_GT(count, 0u);
+    EXPECT_EQ(ex::FindCurveFamilyByName(all[count - 1].name), &all[count - 1]);
+    EXPECT_TRUE(ex::FindCurveFamily("RT")->log);
 }
 
 TEST(CurveFacts, StatisticsNullValueAndDepthCurve)
