@@ -1,5 +1,6 @@
 #include "foundation/platform.h"
 
+#include <stdio.h>
 #include <unistd.h>
 
 namespace quarl {
@@ -35,6 +36,12 @@ int DeleteFile(const char* path)
 std::FILE* OpenStream(const char* path, const char* mode)
 {
     return std::fopen(path, mode);
+}
+
+std::FILE* OpenMemoryStream(const void* data, size_t size)
+{
+    // Opened for reading only: the stream never writes into the bytes.
+    return ::fmemopen(const_cast<void*>(data), size, "rb");
 }
 
 int SeekStream(std::FILE* file, int64_t offset, int whence)

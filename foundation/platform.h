@@ -30,6 +30,9 @@ int DeleteFile(const char* path);
 
 // Opens a stream; mode as for fopen.
 std::FILE* OpenStream(const char* path, const char* mode);
+// A stream that reads `size` bytes at `data` (never writes them), with the
+// seeks and tells of a file of those bytes; null when none can be had.
+std::FILE* OpenMemoryStream(const void* data, size_t size);
 int SeekStream(std::FILE* file, int64_t offset, int whence);
 int64_t TellStream(std::FILE* file);
 

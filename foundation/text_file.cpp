@@ -95,9 +95,27 @@ ELASFILEERROR CTextFile::Open(const tessel::TxString& path)
     Close();
     std::FILE* file = OpenStream(path.c_str(), "rb");
     if (!file) return LASFILE_IO_FAILED;
+    std::setvbuf(file, nullptr, _IOFBF, kStreamBufferSize);
+    return Start(file, path);
+}
+
+ELASFILEERROR CTextFile::OpenBuffer(const void* data, size_t size, const tessel::TxString& name)
+{
+    Close();
+    if (!data && size > 0) return LASFILE_IO_FAILED;
+    // A stream over the caller's bytes: the same reads, seeks and blocks as
+    // a file gives, without a copy. An empty buffer is an empty file.
+    static const char kNothing[1] = {0};
+    std::FILE* file = OpenMemoryStream(size > 0 ? data : kNothing, size);
+    if (!file) return LASFILE_IO_FAILED;
+    return Start(file, name);
+}
+
+// Takes `file` as the stream of this object and reads its first line.
+ELASFILEERROR CTextFile::Start(std::FILE* file, const tessel::TxString& name)
+{
     m_file = file;
-    std::setvbuf(m_file, nullptr, _IOFBF, kStreamBufferSize);
-    m_filename = path;
+    m_filename = name;
 
     if (SeekStream(m_file, 0, SEEK_END) != 0) return LASFILE_IO_FAILED;
     const int64_t size = TellStream(m_file);

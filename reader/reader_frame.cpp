@@ -201,6 +201,18 @@ ELASFILEERROR CLasReader::HeaderAtEnd(const std::string& name)
 
 ELASFILEERROR CLasReader::Open(const tessel::TxString& path)
 {
+    return OpenWith([&] { return m_file.Open(path); });
+}
+
+ELASFILEERROR CLasReader::OpenBuffer(const void* data, size_t size, const tessel::TxString& name)
+{
+    return OpenWith([&] { return m_file.OpenBuffer(data, size, name); });
+}
+
+// Forgets the last read, opens the input through `open` and reads it whole.
+template <typename OpenInput>
+ELASFILEERROR CLasReader::OpenWith(OpenInput open)
+{
     m_sections.clear();
     m_notes.clear();
     m_isLas3 = false;
@@ -216,7 +228,7 @@ ELASFILEERROR CLasReader::Open(const tessel::TxString& path)
     if (m_file.IsOpen()) m_file.Close();
 
     m_file.SetDecoding(m_options.lenient);
-    ELASFILEERROR result = m_file.Open(path);
+    ELASFILEERROR result = open();
     if (result == LASFILE_OK) {
         m_lineNumber = 1;
         result = ReadFile();

@@ -3,7 +3,8 @@
 // (names, types, flags, every field of every parameter line and curve
 // definition, every value's bytes) are recorded in
 // tests/data/corpus_results.txt. Any change of the strict reading shows here.
-// QUARL_WRITE_CORPUS_RESULTS=1 prints the table instead of comparing.
+// QUARL_WRITE_CORPUS_RESULTS=1 prints the table instead of comparing. Reading
+// the same bytes from memory gives what reading the file gives, in every mode.
 // Only the public interface is used, so that the table can be made by any
 // version of the library.
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <map>
 #include <string>
@@ -90,6 +92,65 @@ TEST(ReaderCorpus, StrictReadingOfEveryFileIsAsRecorded)
         else
             EXPECT_EQ(got, table.count(name) ? table[name] : "missing from " + tablePath) << name;
     }
+}
+
+// Everything a read leaves, as text: result, line, format, digest, notes and
+// status reports.
+std::string ReadOutcome(CLasReader& reader, ELASFILEERROR result, const test::Reports& reports)
+{
+    std::string out = std::to_string(result) + " line " + std::to_string(reader.GetLineNumber()) + " " +
+                      std::to_string(reader.IsLas3()) + std::to_string(reader.IsWrapped()) + reader.GetDelimiter() +
+                      " " + std::to_string(DigestOf(reader)) + "\n";
+    for (const CLasNote& note : reader.GetNotes())
+        out += std::to_string(note.line) + " " + LasNoteKindName(note.kind) + " " + note.text + "\n";
+    for (int i = 0; i < reports.calls(); ++i)
+        out += std::to_string(reports.percents[i]) + " " + reports.messages[i] + "\n";
+    return out;
+}
+
+TEST(ReaderCorpus, ReadingTheBytesFromMemoryGivesWhatReadingTheFileGives)
+{
+    test::TempDir dir;
+    std::vector<std::string> files = test::CorpusFiles();
+    files.push_back(test::SampleFile("sample_las20.las"));
+    files.push_back(test::SampleFile("sample_las30.las"));
+    // Bytes no corpus file has: none, a lone NUL, no line feed at the end,
+    // NUL bytes inside values, carriage returns alone.
+    const char* made[] = {"", "\0", "~V\nVERS. 2.0:\n~A\n1 2", "~V\nVERS. 2.0:\n~W\nSTRT.M 1\0 2:\n",
+                          "~V\rVERS. 2.0:\r~C\rD.M:\r~A\r1\r2\r"};
+    for (size_t i = 0; i < sizeof made / sizeof made[0]; ++i)
+        files.push_back(dir.Write("made" + std::to_string(i), std::string(made[i], i == 1 ? 1 : std::strlen(made[i]))));
+    CLasReadOptions modes[3];
+    modes[1].lenient = true;
+    modes[2].headersOnly = true;
+    for (const std::string& path : files) {
+        const std::string bytes = test::ReadFileBytes(path);
+        for (const CLasReadOptions& mode : modes) {
+            CLasReader fromFile, fromMemory;
+            test::Reports fileReports, memoryReports;
+            fromFile.SetOptions(mode);
+            fromMemory.SetOptions(mode);
+            fromFile.SetStatusCallback(&fileReports, test::Reports::Callback);
+            fromMemory.SetStatusCallback(&memoryReports, test::Reports::Callback);
+            const ELASFILEERROR fileResult = fromFile.Open(tessel::TxString(path.c_str()));
+            const ELASFILEERROR memoryResult =
+                fromMemory.OpenBuffer(bytes.data(), bytes.size(), tessel::TxString(path.c_str()));
+            EXPECT_EQ(ReadOutcome(fromMemory, memoryResult, memoryReports),
+                      ReadOutcome(fromFile, fileResult, fileReports))
+                << path << (mode.lenient ? " lenient" : "") << (mode.headersOnly ? " headers only" : "");
+        }
+    }
+}
+
+TEST(ReaderCorpus, NullBytesOfSomeLengthAreAPathThatCannotBeOpened)
+{
+    CLasReader reader;
+    EXPECT_EQ(reader.OpenBuffer(nullptr, 10, "null"), LASFILE_IO_FAILED);
+    EXPECT_FALSE(reader.IsOpen());
+    ASSERT_EQ(reader.GetNotes().size(), 1u);
+    EXPECT_EQ(reader.GetNotes()[0].line, 0u);
+    EXPECT_EQ(reader.OpenBuffer(nullptr, 0, "empty"), LASFILE_IO_FAILED);
+    EXPECT_TRUE(reader.IsOpen());  // an empty file is open with nothing to read
 }
 
 }  // namespace

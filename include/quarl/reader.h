@@ -156,6 +156,13 @@ public:
     // may pass over what the strict reading refuses: each rule it relaxes
     // leaves a note.
     ELASFILEERROR Open(const tessel::TxString& path);
+    // Reads `size` bytes at `data` as Open reads a file holding those bytes:
+    // the same options, sections, results, notes, line numbers and status
+    // reports ("Reading " and `name`). `name` stands where Open has the path.
+    // The bytes are read in place, during this call only: they may go once
+    // it returns. An empty buffer reads as an empty file. Null `data` with a size above 0 gives
+    // LASFILE_IO_FAILED as a path that cannot be opened does.
+    ELASFILEERROR OpenBuffer(const void* data, size_t size, const tessel::TxString& name);
     // Closes the file and empties the list; shared pointers that a host
     // holds stay valid. Keeps the callback, the options, the notes and what
     // IsLas3, IsWrapped and GetDelimiter say. Does nothing on a closed reader.
@@ -283,6 +290,8 @@ private:
     friend struct detail::ReaderAccess;
     CLasReader(CLasReader& other);  // not offered
 
+    template <typename OpenInput>
+    ELASFILEERROR OpenWith(OpenInput open);
     ELASFILEERROR ReadLine();
     ELASFILEERROR SkipSection();
     ELASFILEERROR ReadSection();

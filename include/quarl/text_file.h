@@ -31,6 +31,14 @@ public:
     // LASFILE_OUT_OF_MEMORY when the line store cannot be had (open, GetLine
     // null); otherwise what ReadLine gives for the first line.
     ELASFILEERROR Open(const tessel::TxString& path);
+    // Like Open, over `size` bytes at `data` instead of a file's: the same
+    // lines, blocks, decoding and results as a file holding those bytes
+    // gives. The bytes are not copied: the caller keeps them unchanged and
+    // alive until Close, the next Open or OpenBuffer, or the object's end.
+    // `name` takes the place of the path (GetFilename). An empty buffer is
+    // an empty file (LASFILE_IO_FAILED, open, no line); null `data` with a
+    // size above 0 gives LASFILE_IO_FAILED and leaves the object closed.
+    ELASFILEERROR OpenBuffer(const void* data, size_t size, const tessel::TxString& name);
     // Closes the stream, forgets the path, releases the line store and sets
     // the line count to 0. Does nothing on a closed object.
     void Close();
@@ -57,7 +65,7 @@ public:
     // How far through the file the bytes taken so far reach, 0 to 100, exact
     // to the byte; 100 once the end is reached. Meaningful while open.
     double GetPercentRead() const;
-    // The path given to Open; empty when closed.
+    // The path given to Open (the name given to OpenBuffer); empty when closed.
     tessel::TxString GetFilename() const { return m_filename; }
     // Lines ended by a line feed since Open.
     uint32_t GetLineCount() const { return m_lineCount; }
@@ -90,6 +98,7 @@ public:
 
 private:
     CTextFile(CTextFile& other);  // not offered
+    ELASFILEERROR Start(std::FILE* file, const tessel::TxString& name);
     int32_t PrimeIO();
     int32_t PrimeDecoded();
     bool GrowLineStore(size_t needed);
