@@ -1,6 +1,7 @@
 // CLasReader::Open on arbitrary bytes, strictly, leniently, and leniently for
 // the headers only under a small budget; then every accessor and the
 // stepping check on whatever was read, and the notes against the result.
+// OpenBuffer on the same bytes must read what Open reads.
 #include <quarl/quarl.h>
 
 #include <cstdint>
@@ -75,15 +76,37 @@ void CheckNotes(const quarl::CLasReader& reader, quarl::ELASFILEERROR result)
     Check(notes.size() <= 32 * 101 + 1);
 }
 
-void ReadWith(const std::string& path, const quarl::CLasReadOptions& options)
+// What two reads must share: result, sections, line and notes.
+bool SameRead(const quarl::CLasReader& a, const quarl::CLasReader& b)
 {
-    quarl::CLasReader reader;
+    if (a.size() != b.size() || a.GetLineNumber() != b.GetLineNumber()) return false;
+    if (a.GetNotes().size() != b.GetNotes().size()) return false;
+    for (size_t i = 0; i < a.GetNotes().size(); ++i) {
+        const quarl::CLasNote& x = a.GetNotes()[i];
+        const quarl::CLasNote& y = b.GetNotes()[i];
+        if (x.line != y.line || x.kind != y.kind || x.text != y.text) return false;
+    }
+    for (uint64_t i = 0; i < a.size(); ++i) {
+        const quarl::CLasSection& x = a.GetSection(i);
+        const quarl::CLasSection& y = b.GetSection(i);
+        if (x.m_name != y.m_name || x.m_params.size() != y.m_params.size() || x.m_curves.size() != y.m_curves.size())
+            return false;
+    }
+    return true;
+}
+
+void ReadWith(const std::string& path, const uint8_t* data, size_t size, const quarl::CLasReadOptions& options)
+{
+    quarl::CLasReader reader, fromMemory;
     reader.SetOptions(options);
     reader.SetStatusCallback(nullptr, &Callback);
     const quarl::ELASFILEERROR result = reader.Open(tessel::TxString(path.c_str()));
     Check(result >= quarl::LASFILE_OK && result <= quarl::LASFILE_BAD_NAME);
     VisitAccessors(reader, result);
     CheckNotes(reader, result);
+    fromMemory.SetOptions(options);
+    Check(fromMemory.OpenBuffer(data, size, tessel::TxString(path.c_str())) == result);
+    Check(SameRead(reader, fromMemory));
     reader.Close();
     Check(reader.empty() && !reader.IsOpen());
 }
@@ -94,11 +117,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const std::string& path = quarl::fuzz::WriteInput(data, size);
     quarl::CLasReadOptions options;
-    ReadWith(path, options);
+    ReadWith(path, data, size, options);
     options.lenient = true;
-    ReadWith(path, options);
+    ReadWith(path, data, size, options);
     options.headersOnly = true;
     options.maxBytes = 2048;
-    ReadWith(path, options);
+    ReadWith(path, data, size, options);
     return 0;
 }

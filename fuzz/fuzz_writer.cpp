@@ -290,6 +290,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
           writer.GetLastError() == (written == quarl::LASFILE_CANCELLED ? quarl::LASFILE_OK : written));
     if (written != quarl::LASFILE_OK) return 0;
     SaveSeed(path);
+    // Written again into memory, the document gives the file's bytes.
+    writer.SetStatusCallback(nullptr, nullptr);
+    std::string text;
+    Check(writer.WriteToString(text, tessel::TxString(path.c_str())) == quarl::LASFILE_OK);
+    std::ifstream file(path, std::ios::binary);
+    Check(text == std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()));
 
     quarl::CLasReader reader;
     const ELASFILEERROR read = reader.Open(tessel::TxString(path.c_str()));

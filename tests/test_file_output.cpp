@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -329,6 +330,54 @@ TEST(FileOutput, EveryOutputCallHasItsOwnErrorRecord)
                                            {LASFILE_IO_FAILED, "Log_Data", "", 2, 1}};
     EXPECT_EQ(std::vector<ErrorRecord>(records.end() - tail.size(), records.end()), tail);
     EXPECT_EQ(FolderEntries(dir.path()), std::vector<std::string>{"t.las"});
+}
+
+// Writing into a string or a stream gives the file's bytes, reports and error
+// records; a failed write leaves the string as it was.
+TEST(FileOutput, MemoryAndStreamWritesAreTheFileWrite)
+{
+    TempDir dir;
+    const std::string path = dir.File("m.las");
+    for (bool las3 : {false, true}) {
+        CLasWriter w;
+        Build(w, las3);
+        Reports fileReports, textReports, streamReports;
+        w.SetStatusCallback(&fileReports, &Reports::Callback);
+        ASSERT_EQ(w.Write(path), LASFILE_OK);
+        std::string text = "old", streamed;
+        w.SetStatusCallback(&textReports, &Reports::Callback);
+        ASSERT_EQ(w.WriteToString(text, path.c_str()), LASFILE_OK);
+        std::ostringstream stream;
+        w.SetStatusCallback(&streamReports, &Reports::Callback);
+        ASSERT_EQ(w.WriteToStream(stream, path.c_str()), LASFILE_OK);
+        EXPECT_EQ(text, ReadFileBytes(path));
+        EXPECT_EQ(stream.str(), text);
+        EXPECT_EQ(textReports.percents, fileReports.percents);
+        EXPECT_EQ(textReports.messages, fileReports.messages);
+        EXPECT_EQ(streamReports.messages, fileReports.messages);
+        // A failure at any output call has the file write's record.
+        for (int64_t call = 1;; ++call) {
+            detail::g_failOutputCall = call;
+            const ELASFILEERROR toFile = w.Write(path);
+            const ErrorRecord fileRecord = LastError(w);
+            const ELASFILEERROR toText = w.WriteToString(text, "n");
+            detail::g_failOutputCall = 0;
+            ASSERT_EQ(toText, toFile) << call;
+            EXPECT_EQ(LastError(w), fileRecord) << call;
+            if (toFile == LASFILE_OK) break;
+            EXPECT_EQ(text, ReadFileBytes(path)) << call;  // untouched by the failed write
+        }
+        std::ostringstream bad;
+        bad.setstate(std::ios::badbit);
+        EXPECT_EQ(w.WriteToStream(bad, "bad"), LASFILE_IO_FAILED);
+    }
+    CLasWriter w;
+    ASSERT_EQ(w.SetFormat(true, ','), LASFILE_OK);
+    ASSERT_EQ(w.AddSection(Data("Log_Data", {Numbers({1, 2}), Texts({"a", ""})})), LASFILE_OK);
+    std::string text = "kept";
+    EXPECT_EQ(w.WriteToString(text, "x"), LASFILE_IO_FAILED);
+    EXPECT_EQ(LastError(w), (ErrorRecord{LASFILE_IO_FAILED, "Log_Data", "", 1, 1}));
+    EXPECT_EQ(text, "kept");
 }
 
 TEST(FileOutput, AssignmentNeverSharesAnOpenOutput)

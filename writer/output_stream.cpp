@@ -177,6 +177,11 @@ OutputBuffer::OutputBuffer(std::FILE* file, std::function<bool()> makeRoom)
 {
 }
 
+OutputBuffer::OutputBuffer(ByteSink sink)
+    : m_file(nullptr), m_sink(std::move(sink)), m_data(kBufferSize), m_failAt(g_failOutputCall)
+{
+}
+
 bool OutputBuffer::Padded(const char* before, const std::string& text, size_t width, bool alignLeft,
                           const char* after)
 {
@@ -202,7 +207,7 @@ bool OutputBuffer::Quoted(const std::string& text)
 bool OutputBuffer::Flush()
 {
     Drain();
-    if (!m_failed && std::fflush(m_file) != 0) m_failed = true;
+    if (!m_failed && m_file && std::fflush(m_file) != 0) m_failed = true;
     return !m_failed;
 }
 
@@ -242,8 +247,9 @@ void OutputBuffer::Drain()
 // with the offset of the first byte refused.
 void OutputBuffer::WriteOut(const char* bytes, size_t length)
 {
-    size_t done = std::fwrite(bytes, 1, length, m_file);
-    if (done < length && (errno == ENOSPC || errno == EDQUOT) && m_makeRoom && m_makeRoom()) {
+    size_t done = m_sink ? m_sink(bytes, length) : std::fwrite(bytes, 1, length, m_file);
+    if (done < length && m_file && (errno == ENOSPC || errno == EDQUOT) && m_makeRoom &&
+        m_makeRoom()) {
         m_makeRoom = nullptr;
         std::clearerr(m_file);
         done += std::fwrite(bytes + done, 1, length - done, m_file);

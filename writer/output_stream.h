@@ -59,6 +59,10 @@ public:
     // `makeRoom` is asked once, when the stream refuses bytes for want of
     // room, to make room; the bytes are then offered again.
     explicit OutputBuffer(std::FILE* file, std::function<bool()> makeRoom = nullptr);
+    // Hands the bytes to `sink` instead of a stream: it takes `length` bytes
+    // and gives how many it kept; fewer is a refusal.
+    using ByteSink = std::function<size_t(const char* bytes, size_t length)>;
+    explicit OutputBuffer(ByteSink sink);
     OutputBuffer(const OutputBuffer&) = delete;
     OutputBuffer& operator=(const OutputBuffer&) = delete;
 
@@ -144,6 +148,7 @@ private:
     void WriteOut(const char* bytes, size_t length);
 
     std::FILE* m_file;
+    ByteSink m_sink;
     std::vector<char> m_data;
     size_t m_used = 0;
     bool m_failed = false;

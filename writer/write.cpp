@@ -5,6 +5,9 @@
 #include <quarl/writer.h>
 
 #include <algorithm>
+#include <new>
+#include <ostream>
+#include <stdexcept>
 #include <string>
 
 #include "foundation/delimiter_words.h"
@@ -64,10 +67,69 @@ ELASFILEERROR CLasWriter::Write(const tessel::TxString& path)
     m_filename = path;
     const ELASFILEERROR validated = Validate();
     if (validated != LASFILE_OK) return validated;
-
-    const tessel::TxString message(std::string("Writing ") + path);
     OutputBuffer out(m_file, [this] { return detail::ReplaceNow(&m_tempPath, m_replacedPath); });
-    // While sections are emitted, the status callback may not change them.
+    const ELASFILEERROR written = WriteValidated(out);
+    if (written != LASFILE_OK) return written;
+    return FinishWrite(out);
+}
+
+ELASFILEERROR CLasWriter::WriteToString(std::string& text, const tessel::TxString& name)
+{
+    std::string written;
+    const ELASFILEERROR result = WriteToSink(
+        [&written](const char* bytes, size_t length) {
+            try {
+                written.append(bytes, length);
+            } catch (const std::bad_alloc&) {
+                return size_t{0};
+            } catch (const std::length_error&) {
+                return size_t{0};
+            }
+            return length;
+        },
+        name);
+    if (result == LASFILE_OK) text.swap(written);
+    return result;
+}
+
+ELASFILEERROR CLasWriter::WriteToStream(std::ostream& stream, const tessel::TxString& name)
+{
+    const ELASFILEERROR result = WriteToSink(
+        [&stream](const char* bytes, size_t length) {
+            stream.write(bytes, static_cast<std::streamsize>(length));
+            return stream ? length : size_t{0};
+        },
+        name);
+    if (result == LASFILE_OK && !stream.flush())
+        return SetLastError(LASFILE_IO_FAILED, nullptr, nullptr, -1, -1);
+    return result;
+}
+
+// What WriteToString and WriteToStream share: the document validated and
+// written into `sink`, with `name` in the file head.
+ELASFILEERROR CLasWriter::WriteToSink(const OutputBuffer::ByteSink& sink,
+                                      const tessel::TxString& name)
+{
+    if (m_writing) return LASFILE_WRONG_STATE;  // from the status callback of a Write
+    ClearLastError();
+    CloseOutput();
+    m_filename = name;
+    ELASFILEERROR result = Validate();
+    if (result == LASFILE_OK) {
+        OutputBuffer out(sink);
+        result = WriteValidated(out);
+        if (result == LASFILE_OK && !out.Flush())
+            result = SetLastError(LASFILE_IO_FAILED, nullptr, nullptr, -1, -1);
+    }
+    m_filename.clear();
+    return result;
+}
+
+// Emits the validated document into `out`, with the status reports and the
+// guard that keeps the callback from changing the sections meanwhile.
+ELASFILEERROR CLasWriter::WriteValidated(OutputBuffer& out)
+{
+    const tessel::TxString message(std::string("Writing ") + m_filename);
     struct Writing {
         explicit Writing(bool& flag) : m_flag(flag) { m_flag = true; }
         ~Writing() { m_flag = false; }
@@ -75,9 +137,7 @@ ELASFILEERROR CLasWriter::Write(const tessel::TxString& path)
         Writing& operator=(const Writing&) = delete;
         bool& m_flag;
     } writing(m_writing);
-    const ELASFILEERROR written = WriteDocument(out, message);
-    if (written != LASFILE_OK) return written;
-    return FinishWrite(out);
+    return WriteDocument(out, message);
 }
 
 // A null callback means no reports; a non-zero answer means stop.

@@ -19,6 +19,8 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <functional>
+#include <iosfwd>
 #include <memory>
 #include <string>
 #include <vector>
@@ -157,6 +159,21 @@ public:
     // is removed at the latest by the next Write or the destructor. The
     // stored sections stay as Validate left them.
     ELASFILEERROR Write(const tessel::TxString& path);
+    // Like Write, into memory: `text` gets exactly the bytes Write would put
+    // in a file, with `name` where the file head names the path. The same
+    // validation, status reports ("Writing " and `name`), results and
+    // last-error record as Write; there is no target to open, so nothing is
+    // refused before Validate. `text` is replaced only when the write
+    // succeeds, and is left as it was on any failure; LASFILE_IO_FAILED when
+    // the text cannot grow (out of memory), or an empty text cell.
+    ELASFILEERROR WriteToString(std::string& text, const tessel::TxString& name);
+    // Like WriteToString, into `stream`, with what is written handed over in
+    // large pieces as the write goes on: a failed or cancelled write leaves
+    // what it had handed over. A stream that goes bad fails the write with
+    // LASFILE_IO_FAILED (recorded as Write records a refused output call); a
+    // stream that throws on failure throws through the write. Flushed at the
+    // end of a write that succeeds.
+    ELASFILEERROR WriteToStream(std::ostream& stream, const tessel::TxString& name);
 
     // The last-error record. The texts are null when empty and stay valid
     // until the record next changes; reading it changes nothing.
@@ -193,6 +210,9 @@ private:
     ELASFILEERROR FillDefinitionSections();
     void CloseOutput();
     bool Report(double percent, const tessel::TxString& message) const;
+    ELASFILEERROR WriteToSink(const std::function<size_t(const char*, size_t)>& sink,
+                              const tessel::TxString& name);
+    ELASFILEERROR WriteValidated(detail::OutputBuffer& out);
     ELASFILEERROR WriteDocument(detail::OutputBuffer& out, const tessel::TxString& message);
     ELASFILEERROR WriteHead(detail::OutputBuffer& out);
     ELASFILEERROR WriteSectionHead(detail::OutputBuffer& out, const CLasSection& section);
