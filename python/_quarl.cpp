@@ -7,11 +7,13 @@
 #include <pybind11/stl.h>
 #include <quarl/quarl.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace py = pybind11;
@@ -19,12 +21,14 @@ using namespace quarl;
 
 namespace {
 
-// Text in the file is bytes; Python sees it as UTF-8 with the bytes that are
-// not UTF-8 kept as surrogates, so that writing gives back the same bytes.
+// Text in the file is bytes; once a read is over, every text of it is UTF-8
+// (a file in a single-byte code page is transcoded, see Transcode), and
+// Python sees proper str. Bytes that are still no UTF-8 (a file said to be
+// UTF-8 that is not) become U+FFFD, never a lone surrogate.
 py::str Text(const std::string& bytes)
 {
-    PyObject* text = PyUnicode_DecodeUTF8(bytes.data(), static_cast<Py_ssize_t>(bytes.size()),
-                                          "surrogateescape");
+    PyObject* text =
+        PyUnicode_DecodeUTF8(bytes.data(), static_cast<Py_ssize_t>(bytes.size()), "replace");
     if (!text) throw py::error_already_set();
     return py::reinterpret_steal<py::str>(text);
 }
@@ -119,6 +123,54 @@ private:
 
 using SectionPtr = std::shared_ptr<CLasSection>;
 
+// The length of the UTF-8 sequence at `p` (at most `left` bytes), or 0 when
+// no valid sequence starts there.
+size_t Utf8Length(const unsigned char* p, size_t left)
+{
+    if (p[0] < 0x80) return 1;
+    const size_t n = p[0] >= 0xF0 ? 4 : p[0] >= 0xE0 ? 3 : p[0] >= 0xC2 ? 2 : 0;
+    if (n == 0 || n > left || p[0] > 0xF4) return 0;
+    for (size_t i = 1; i < n; ++i)
+        if ((p[i] & 0xC0) != 0x80) return 0;
+    if (n == 3 && ((p[0] == 0xE0 && p[1] < 0xA0) || (p[0] == 0xED && p[1] >= 0xA0))) return 0;
+    if (n == 4 && ((p[0] == 0xF0 && p[1] < 0x90) || (p[0] == 0xF4 && p[1] >= 0x90))) return 0;
+    return n;
+}
+
+bool IsUtf8(const std::string& text)
+{
+    const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+    for (size_t i = 0, n = text.size(); i < n;) {
+        const size_t length = Utf8Length(p + i, n - i);
+        if (length == 0) return false;
+        i += length;
+    }
+    return true;
+}
+
+// Calls `visit` on every text of the sections and the notes: names, the six
+// fields of parameter lines and curve definitions, text values.
+template <typename Visit>
+void EveryText(std::vector<SectionPtr>& sections, std::vector<CLasNote>* notes, Visit visit)
+{
+    auto param = [&](CLasParam& p) {
+        for (CLasString* field : {&p.m_mnemonic, &p.m_unit, &p.m_value, &p.m_description,
+                                  &p.m_format, &p.m_association})
+            visit(*field);
+    };
+    for (const SectionPtr& section : sections) {
+        visit(section->m_name);
+        visit(section->m_association);
+        for (CLasParam& p : section->m_params) param(p);
+        for (CLasCurve& curve : section->m_curves) {
+            param(curve.m_definition);
+            for (CLasString& value : curve.m_strings) visit(value);
+        }
+    }
+    if (notes)
+        for (CLasNote& note : *notes) visit(note.text);
+}
+
 // What one read gives: the reader's sections (shared, not copied) and what
 // the reader found out about the file.
 struct ReadResult {
@@ -129,13 +181,75 @@ struct ReadResult {
     char delimiter = ' ';
     std::vector<CLasNote> notes;
     uint64_t line = 0;  // where the read ended: the failure's line, or the last
+    // The texts that are no UTF-8, one a line, at most 64 KiB of them: what
+    // the package looks at to tell the file's code page. Empty for UTF-8.
+    std::string foreign;
 };
 
+void FindForeignText(ReadResult& read)
+{
+    constexpr size_t kMost = 1 << 16;
+    EveryText(read.sections, &read.notes, [&](CLasString& text) {
+        if (read.foreign.size() < kMost && !IsUtf8(text)) read.foreign += text + "\n";
+    });
+}
+
+// Turns every text of a read from a single-byte code page into UTF-8:
+// `table` gives the UTF-8 of each of the 256 bytes.
+void Transcode(ReadResult& read, const std::vector<std::string>& table)
+{
+    if (table.size() != 256) throw py::value_error("a code page table has 256 entries");
+    EveryText(read.sections, &read.notes, [&](CLasString& text) {
+        bool plain = true;
+        for (const char c : text) plain = plain && static_cast<unsigned char>(c) < 0x80;
+        if (plain) return;
+        std::string out;
+        out.reserve(text.size() * 2);
+        for (const char c : text) out += table[static_cast<unsigned char>(c)];
+        text = out;
+    });
+    read.foreign.clear();
+}
+
+// Copies of `sections` with every text turned from UTF-8 into the
+// single-byte code page of `table` (the UTF-8 of each byte); a character the
+// code page does not have raises ValueError.
+std::vector<SectionPtr> Encode(const std::vector<SectionPtr>& sections,
+                               const std::vector<std::string>& table, const std::string& name)
+{
+    if (table.size() != 256) throw py::value_error("a code page table has 256 entries");
+    std::unordered_map<std::string, char> bytes;
+    for (size_t i = 256; i-- > 0;) bytes[table[i]] = static_cast<char>(i);
+    std::vector<SectionPtr> out;
+    for (const SectionPtr& section : sections)
+        out.push_back(std::make_shared<CLasSection>(*section));
+    EveryText(out, nullptr, [&](CLasString& text) {
+        std::string encoded;
+        const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+        for (size_t i = 0, n = text.size(); i < n;) {
+            const size_t length = std::max<size_t>(1, Utf8Length(p + i, n - i));
+            const auto found = bytes.find(text.substr(i, length));
+            if (found == bytes.end())
+                throw py::value_error("'" + text.substr(i, length) + "' in '" + text +
+                                      "' cannot be written in " + name);
+            encoded += found->second;
+            i += length;
+        }
+        text = encoded;
+    });
+    return out;
+}
+
+// Reads the file at `path`, or when `data` is not None the bytes it holds
+// (anything with the buffer interface: bytes, bytearray, memoryview, mmap),
+// named `path`. The bytes are read in place, without a copy.
 std::shared_ptr<ReadResult> Read(const std::string& path, bool lenient, bool headersOnly,
-                                 py::object progress, CancelToken* token)
+                                 py::object progress, CancelToken* token, const py::object& data)
 {
     auto out = std::make_shared<ReadResult>();
     StatusBridge bridge(std::move(progress), token);
+    py::buffer_info bytes;
+    if (!data.is_none()) bytes = py::reinterpret_borrow<py::buffer>(data).request();
     {
         py::gil_scoped_release release;
         CLasReader reader;
@@ -144,7 +258,11 @@ std::shared_ptr<ReadResult> Read(const std::string& path, bool lenient, bool hea
         options.headersOnly = headersOnly;
         reader.SetOptions(options);
         reader.SetStatusCallback(&bridge, &StatusBridge::Report);
-        out->result = reader.Open(tessel::TxString(path));
+        const tessel::TxString name(path);
+        out->result = data.is_none()
+                          ? reader.Open(name)
+                          : reader.OpenBuffer(
+                                bytes.ptr, static_cast<size_t>(bytes.size * bytes.itemsize), name);
         out->sections.assign(reader.begin(), reader.end());
         out->las3 = reader.IsLas3();
         out->wrapped = reader.IsWrapped();
@@ -152,6 +270,7 @@ std::shared_ptr<ReadResult> Read(const std::string& path, bool lenient, bool hea
         out->notes = reader.GetNotes();
         out->line = reader.GetLineNumber();
         reader.Close();
+        FindForeignText(*out);
     }
     bridge.Rethrow();
     return out;
@@ -193,24 +312,29 @@ py::dict WriteResult(const CLasWriter& writer)
 // them. Returns the last-error record, whose code is 0 on success. A stop
 // by the status callback gives LASFILE_CANCELLED, which the writer does not
 // record.
+// With `toText`, the file's bytes go to the record's "text" (as bytes)
+// instead of a file, and `path` is the name the file head gives.
 py::dict Write(const std::string& path, const std::vector<SectionPtr>& sections, bool las3,
-               char delimiter, py::object progress, CancelToken* token)
+               char delimiter, py::object progress, CancelToken* token, bool toText)
 {
     CLasWriter writer;
     StatusBridge bridge(std::move(progress), token);
     ELASFILEERROR code = writer.SetFormat(las3, delimiter);
+    std::string text;
     {
         py::gil_scoped_release release;
         for (size_t i = 0; code == LASFILE_OK && i < sections.size(); ++i)
             code = writer.AddSection(*sections[i]);
         if (code == LASFILE_OK) {
             writer.SetStatusCallback(&bridge, &StatusBridge::Report);
-            code = writer.Write(tessel::TxString(path));
+            const tessel::TxString name(path);
+            code = toText ? writer.WriteToString(text, name) : writer.Write(name);
         }
     }
     bridge.Rethrow();
     py::dict record = WriteResult(writer);
     record["code"] = static_cast<int>(code);
+    if (toText) record["text"] = py::bytes(text);
     return record;
 }
 
@@ -359,12 +483,17 @@ PYBIND11_MODULE(_quarl, m)
         .def_property_readonly("delimiter",
                                [](const ReadResult& r) { return std::string(1, r.delimiter); })
         .def_readonly("notes", &ReadResult::notes)
-        .def_readonly("line", &ReadResult::line);
+        .def_readonly("line", &ReadResult::line)
+        .def_property_readonly("foreign", [](const ReadResult& r) { return py::bytes(r.foreign); });
 
     m.def("read", &Read, py::arg("path"), py::arg("lenient"), py::arg("headers_only"),
-          py::arg("progress") = py::none(), py::arg("cancel") = nullptr);
+          py::arg("progress") = py::none(), py::arg("cancel") = nullptr,
+          py::arg("data") = py::none());
     m.def("write", &Write, py::arg("path"), py::arg("sections"), py::arg("las3"),
-          py::arg("delimiter"), py::arg("progress") = py::none(), py::arg("cancel") = nullptr);
+          py::arg("delimiter"), py::arg("progress") = py::none(), py::arg("cancel") = nullptr,
+          py::arg("to_text") = false);
+    m.def("transcode", &Transcode, py::arg("read"), py::arg("table"));
+    m.def("encode", &Encode, py::arg("sections"), py::arg("table"), py::arg("name"));
     m.def("_time_native_read", &TimeNativeRead, py::arg("path"), py::arg("lenient"));
     m.def("result_name", [](int code) { return ResultName(static_cast<ELASFILEERROR>(code)); });
     m.def("result_description",

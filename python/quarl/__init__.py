@@ -14,12 +14,12 @@ from __future__ import annotations
 
 from ._quarl import Note, Param, Section
 from .errors import LasError, result_name
-from .files import HEADER_FIELDS, header_row, headers, read, read_many, write
+from .files import HEADER_FIELDS, header_row, headers, read, read_many, to_bytes, write
 from .las import DATA, DEFINITION, HEADER, PARAMETER, LasFile
 
 from_df = LasFile.from_df
 
 __all__ = [
     "LasError", "LasFile", "Note", "Param", "Section", "read", "write", "read_many", "headers",
-    "from_df", "result_name", "PARAMETER", "DEFINITION", "DATA", "HEADER",
+    "from_df", "to_bytes", "result_name", "PARAMETER", "DEFINITION", "DATA", "HEADER",
 ]

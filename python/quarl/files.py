@@ -2,16 +2,22 @@
 header table of many files."""
 from __future__ import annotations
 
+import io
 import os
 from concurrent.futures import ThreadPoolExecutor
-from typing import Callable, Iterable, Iterator, List, Optional, Union
+from typing import IO, Callable, Iterable, Iterator, List, Optional, Union
 
-from . import _quarl
+from . import _quarl, encodings
 from ._quarl import Section
 from .errors import LasError, result_name
 from .las import _CANCELLED, _OK, DATA, LasFile
 
+_IO_FAILED = 1
+
 PathLike = Union[str, bytes, "os.PathLike[str]"]
+# What read takes: a path, the file's contents as str or bytes, or a file
+# object opened for reading, binary or text.
+Source = Union[PathLike, bytearray, memoryview, IO[bytes], IO[str]]
 Progress = Optional[Callable[[float], object]]
 
 # The one-letter section names of LAS 2.0 and the names the writer stores.
@@ -22,37 +28,125 @@ def _fspath(path: PathLike) -> bytes:
     return os.fsencode(path)
 
 
-def _read_error(raw, path: str, las: LasFile) -> LasError:
+class _Input:
+    """One source of a read: a path, or bytes in memory with the name that
+    messages give them ("<bytes>", "<str>", or the file object's name), and
+    the encoding the source itself fixes (a str was decoded already)."""
+
+    def __init__(self, name: str, path: Optional[bytes] = None, data=None,
+                 encoding: Optional[str] = None):
+        self.name, self.path, self.data, self.encoding = name, path, data, encoding
+
+
+# What may stand in front of the first "~" or "#" of a file: blanks and the
+# byte-order marks of UTF-8, UTF-16 and UTF-32 (as bytes read one to a char).
+_LEAD = "\ufeff\u00ef\u00bb\u00bf\u00ff\u00fe\x00 \t"
+
+
+def _looks_like_contents(head: str) -> bool:
+    return "\n" in head or "\r" in head or head.lstrip(_LEAD).startswith(("~", "#"))
+
+
+def _input(source: Source) -> _Input:
+    """Tells a path from contents: text with a line break, or text that starts
+    with "~" or "#" (behind blanks and a byte-order mark) and names no file,
+    is the contents of a file."""
+    if isinstance(source, os.PathLike):
+        return _Input(os.fsdecode(source), path=_fspath(source))
+    if isinstance(source, str):
+        if _looks_like_contents(source[:4096]) and not _is_file(source):
+            return _Input("<str>", data=source.encode("utf-8"), encoding=encodings.UTF8)
+        return _Input(source, path=_fspath(source))
+    if isinstance(source, bytes) and not (
+            _looks_like_contents(source[:4096].decode("latin-1")) and not _is_file(source)):
+        return _Input(os.fsdecode(source), path=source)
+    if isinstance(source, (bytes, bytearray, memoryview)):
+        return _Input("<bytes>", data=source)
+    if hasattr(source, "read"):
+        name = getattr(source, "name", None)
+        name = os.fsdecode(name) if isinstance(name, (str, bytes)) else "<file>"
+        data = source.read()
+        if isinstance(data, str):
+            return _Input(name, data=data.encode("utf-8"), encoding=encodings.UTF8)
+        return _Input(name, data=data if isinstance(data, bytes) else bytes(data))
+    raise TypeError("quarl.read takes a path, the contents as str or bytes, or a file object, "
+                    f"not {type(source).__name__}")
+
+
+def _is_file(text) -> bool:
+    try:
+        return len(text) < 4096 and os.path.isfile(text)
+    except (ValueError, OSError):
+        return False
+
+
+def _why_not_opened(path: bytes) -> str:
+    """What the operating system says of a path that the library could not
+    read: no such file, permission, a folder."""
+    try:
+        with open(path, "rb") as handle:
+            return "the file is empty" if not handle.read(1) else "the file cannot be read"
+    except OSError as error:
+        return error.strerror or str(error)
+
+
+def _read_error(raw, source: _Input, las: LasFile) -> LasError:
     """The error of a failed read: its result, the line where it stopped
     (None when the file could not be opened) and what was read."""
     stopped = [note for note in raw.notes if note.kind == 0]
     why = stopped[-1].text if stopped else _quarl.result_description(raw.result)
     line = raw.line or None
+    if source.path is not None and raw.result == _IO_FAILED and not raw.sections and line is None:
+        why = _why_not_opened(source.path)
     where = f" at line {line}" if line else ""
-    return LasError(raw.result, f"{path}: {result_name(raw.result)}{where}: {why}",
-                    path=path, line=line, las=las)
+    return LasError(raw.result, f"{source.name}: {result_name(raw.result)}{where}: {why}",
+                    path=source.name, line=line, las=las)
 
 
-def _read(path: PathLike, strict: bool, headers_only: bool, progress: Progress,
-          cancel) -> LasFile:
-    raw = _quarl.read(_fspath(path), not strict, headers_only, progress, cancel)
-    name = os.fsdecode(path)
+def _text_of(raw, source: _Input, encoding: Optional[str]) -> str:
+    """Decides the code page of the read's texts and turns them into UTF-8."""
+    if encoding is not None:
+        chosen = encodings.normalize(encoding)
+    elif source.encoding is not None or not raw.foreign:
+        return source.encoding or encodings.UTF8
+    else:
+        chosen = encodings.detect(raw.foreign)
+    if chosen != encodings.UTF8:
+        _quarl.transcode(raw, encodings.table(chosen))
+    return chosen
+
+
+def _read(source: Source, strict: bool, headers_only: bool, progress: Progress,
+          cancel, encoding: Optional[str] = None) -> LasFile:
+    where = _input(source)
+    raw = _quarl.read(where.path if where.path is not None else where.name.encode("utf-8"),
+                      not strict, headers_only, progress, cancel, where.data)
+    chosen = _text_of(raw, where, encoding)
     las = LasFile(raw.sections, las3=raw.las3, wrapped=raw.wrapped, delimiter=raw.delimiter,
-                  notes=raw.notes, result=raw.result, path=name)
+                  notes=raw.notes, result=raw.result, path=where.name, encoding=chosen)
     if raw.result != _OK:
-        raise _read_error(raw, name, las)
+        raise _read_error(raw, where, las)
     return las
 
 
-def read(path: PathLike, *, strict: bool = False, headers_only: bool = False,
-         progress: Progress = None) -> LasFile:
-    """Reads a LAS file. The GIL is released while the library reads;
-    `progress(percent)` is called as the whole percent advances, and an
-    exception it raises (or Ctrl-C) stops the read and is raised here.
-    `strict=True` keeps every rule of the format, the default relaxes the
-    ones real files break and leaves notes. `headers_only` keeps the curve
-    definitions without values. Raises LasError when the read fails."""
-    return _read(path, strict, headers_only, progress, None)
+def read(source: Source, *, strict: bool = False, headers_only: bool = False,
+         progress: Progress = None, encoding: Optional[str] = None) -> LasFile:
+    """Reads a LAS file from a path (str, bytes, os.PathLike), from its
+    contents (str or bytes: text with a line break, or text that starts with
+    "~" and names no file), or from a file object opened for reading, binary
+    or text (an open file, io.BytesIO, gzip.open, a file of fsspec). Bytes
+    are read in place by the library, without a copy.
+
+    The GIL is released while the library reads; `progress(percent)` is
+    called as the whole percent advances, and an exception it raises (or
+    Ctrl-C) stops the read and is raised here. `strict=True` keeps every rule
+    of the format, the default relaxes the ones real files break and leaves
+    notes. `headers_only` keeps the curve definitions without values. Texts
+    are decoded as `quarl.encodings` tells (UTF-8, else the file's code
+    page); `encoding` overrides it. Raises LasError when the read fails; its
+    message names the source and, for a path, what the operating system said
+    of it."""
+    return _read(source, strict, headers_only, progress, None, encoding)
 
 
 def _writable(las: LasFile, las3: bool) -> List[Section]:
@@ -71,29 +165,87 @@ def _writable(las: LasFile, las3: bool) -> List[Section]:
     return out
 
 
-def write(path: PathLike, las: LasFile, version: int = 2, delimiter: str = " ",
-          progress: Progress = None) -> None:
-    """Writes `las` as LAS 2.0 or 3.0 (`version` 2 or 3) with the given data
-    delimiter (" ", "\\t" or ","; LAS 2.0 only " "). The writer checks,
-    completes and orders the sections; a refusal raises LasError with its
-    record. The file is replaced only once it is whole."""
+def _write_record(target: bytes, las: LasFile, version: int, delimiter: str,
+                  progress: Progress, encoding: Optional[str], to_text: bool) -> dict:
     if version not in (2, 3):
         raise ValueError("version must be 2 or 3")
     if len(delimiter) != 1:
         raise ValueError("delimiter must be one character")
-    record = _quarl.write(_fspath(path), _writable(las, version == 3), version == 3, delimiter,
-                          progress)
-    code = record["code"]
-    if code == _CANCELLED:
+    chosen = encodings.normalize(encoding or las.encoding)
+    sections = _writable(las, version == 3)
+    if chosen != encodings.UTF8:
+        sections = _quarl.encode(sections, encodings.table(chosen), chosen)
+    record = _quarl.write(target, sections, version == 3, delimiter, progress, None, to_text)
+    if record["code"] == _CANCELLED:
         raise KeyboardInterrupt
-    if code != _OK:
-        raise LasError(code, _describe_write(code, record), path=os.fsdecode(path),
-                       section=record["section"], mnemonic=record["mnemonic"],
-                       column=record["column"], row=record["row"])
+    return record
+
+
+def _write_error(record: dict, name: str, why: Optional[str] = None) -> LasError:
+    code = record["code"]
+    text = f"{name}: {_describe_write(code, record)}" + (f": {why}" if why else "")
+    return LasError(code, text, path=name, section=record["section"],
+                    mnemonic=record["mnemonic"], column=record["column"], row=record["row"])
+
+
+def _why_not_written(path: str) -> Optional[str]:
+    """What stands in the way of a file at `path`: a missing folder, a folder
+    in its place, permission, a full disk; None when nothing shows."""
+    folder = os.path.dirname(os.path.abspath(path))
+    if not os.path.isdir(folder):
+        return f"no such folder: {folder}"
+    if os.path.isdir(path):
+        return "a folder stands at that path"
+    if not os.access(folder, os.W_OK) and not os.access(path, os.W_OK):
+        return "permission denied"
+    try:
+        if os.statvfs(folder).f_bavail == 0:
+            return "no space left on device"
+    except OSError:
+        pass
+    return None
+
+
+def to_bytes(las: LasFile, version: int = 2, delimiter: str = " ", *,
+             encoding: Optional[str] = None, name: str = "") -> bytes:
+    """The bytes of the LAS file that `write` would write, made in memory;
+    `name` stands where the file head names the path."""
+    record = _write_record(name.encode("utf-8"), las, version, delimiter, None, encoding, True)
+    if record["code"] != _OK:
+        raise _write_error(record, name or "<bytes>")
+    return record["text"]
+
+
+def write(target: Union[PathLike, IO[bytes], IO[str]], las: LasFile, version: int = 2,
+          delimiter: str = " ", progress: Progress = None, *,
+          encoding: Optional[str] = None) -> None:
+    """Writes `las` as LAS 2.0 or 3.0 (`version` 2 or 3) with the given data
+    delimiter (" ", "\\t" or ","; LAS 2.0 only " ") to a path, or to a file
+    object opened for writing (binary, or text: then as str). The writer
+    checks, completes and orders the sections; a refusal raises LasError with
+    its record, and a file the operating system refuses says why. A path is
+    replaced only once the file is whole. Texts are written in `encoding`,
+    by default the one the document was read in (`las.encoding`), so that a
+    file read and written again keeps its bytes."""
+    if hasattr(target, "write"):
+        name = getattr(target, "name", None)
+        name = os.fsdecode(name) if isinstance(name, (str, bytes)) else "<file>"
+        data = to_bytes(las, version, delimiter, encoding=encoding, name=name)
+        if isinstance(target, io.TextIOBase):
+            target.write(data.decode(encodings.normalize(encoding or las.encoding)))
+        else:
+            target.write(data)
+        return
+    name = os.fsdecode(target)
+    record = _write_record(_fspath(target), las, version, delimiter, progress, encoding, False)
+    if record["code"] != _OK:
+        why = _why_not_written(name) if record["code"] == _IO_FAILED and not record["section"] \
+            else None
+        raise _write_error(record, name, why)
 
 
 def _describe_write(code: int, record: dict) -> str:
-    text = f"write refused: {result_name(code)} ({_quarl.result_description(code)})"
+    text = f"write failed: {result_name(code)} ({_quarl.result_description(code)})"
     if record["section"]:
         text += f", section {record['section']}"
     if record["mnemonic"]:

@@ -6,7 +6,7 @@ from typing import Dict, Iterable, List, Mapping, Optional, Sequence, Union
 
 import numpy as np
 
-from ._quarl import Param, Section
+from ._quarl import Note, Param, Section
 from .errors import result_name
 
 # Section types, as the library numbers them.
@@ -30,10 +30,12 @@ class LasFile:
 
     def __init__(self, sections: List[Section], *, las3: bool = False, wrapped: bool = False,
                  delimiter: str = " ", notes: Sequence[Note] = (), result: int = _OK,
-                 path: Optional[str] = None):
+                 path: Optional[str] = None, encoding: str = "utf-8"):
         self.sections = list(sections)
         self.las3, self.wrapped, self.delimiter = las3, wrapped, delimiter
         self.notes, self.result, self.path = list(notes), result, path
+        # The code page the texts were read in, and are written in by default.
+        self.encoding = encoding
 
     # The document's parts.
     @property
@@ -126,6 +128,14 @@ class LasFile:
             columns[key] = values
         index = pd.Index(columns.pop(keys[0]), name=keys[0], copy=copy)
         return pd.DataFrame(columns, index=index, copy=copy)
+
+    def to_string(self, version: Optional[int] = None, delimiter: str = " ") -> str:
+        """The LAS text of the document as `quarl.write` would write it, in
+        LAS 2.0 or 3.0 (`version` 2 or 3; by default the version it was read
+        in)."""
+        from .files import to_bytes
+        version = version or (3 if self.las3 else 2)
+        return to_bytes(self, version, delimiter, encoding="utf-8").decode("utf-8")
 
     @property
     def result_name(self) -> str:
