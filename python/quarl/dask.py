@@ -8,9 +8,12 @@ and the results come back as dask DataFrames.
     logs = quarl.dask.curves(paths, ["GR", "RHOB"])   # one partition per file
     logs.groupby("path").GR.mean().compute()
 
-Every worker needs the quarl package and must see the paths (a shared
-filesystem). Both functions use the current Dask client, or the scheduler
-that dask is configured with.
+Every worker needs the quarl package. A path is read where the worker runs
+(a shared filesystem); a URL that fsspec opens (s3://, gcs://, http://,
+zip://file.las::archive.zip, file://...) is opened by the worker through
+fsspec and read from memory, so an archive in object storage reads on a
+cluster. Both functions use the current Dask client, or the scheduler that
+dask is configured with.
 """
 from __future__ import annotations
 
@@ -29,8 +32,35 @@ __all__ = ["headers", "curves"]
 _HEADER_COLUMNS = ["path", "result", "version", *quarl.HEADER_FIELDS, "curves"]
 
 
+def _is_url(path: str) -> bool:
+    return "://" in path or "::" in path
+
+
+def _read(path: str, headers_only: bool = False) -> quarl.LasFile:
+    """Reads a path, or a URL through fsspec; a URL that cannot be opened
+    raises LasError as a path that cannot be opened does."""
+    if not _is_url(path):
+        return quarl.read(path, headers_only=headers_only)
+    import fsspec
+    try:
+        with fsspec.open(path, "rb") as handle:
+            data = handle.read()
+    except OSError as error:
+        raise quarl.LasError(1, f"{path}: LASFILE_IO_FAILED: {error}", path=path) from error
+    las = quarl.read(data, headers_only=headers_only)
+    las.path = path
+    return las
+
+
 def _header_frame(paths: Sequence[str]) -> pd.DataFrame:
-    return quarl.headers(paths, workers=1)
+    rows = []
+    for path in paths:
+        try:
+            item = _read(path, headers_only=True)
+        except quarl.LasError as error:
+            item = error
+        rows.append(quarl.header_row(item, path))
+    return pd.DataFrame(rows, columns=_HEADER_COLUMNS)
 
 
 def headers(paths: Iterable[os.PathLike], files_per_task: int = 16) -> dd.DataFrame:
@@ -45,7 +75,7 @@ def headers(paths: Iterable[os.PathLike], files_per_task: int = 16) -> dd.DataFr
 
 def _curve_frame(path: str, columns: List[str], index: str) -> pd.DataFrame:
     try:
-        frame = quarl.read(path).df()
+        frame = _read(path).df()
     except quarl.LasError:
         frame = pd.DataFrame()
     frame = frame.reindex(columns=columns).astype(float)
@@ -63,7 +93,7 @@ def curves(paths: Iterable[os.PathLike], columns: Optional[Sequence[str]] = None
     NaN, and a file that cannot be read gives no rows."""
     paths = [os.fsdecode(p) for p in paths]
     if columns is None:
-        columns = quarl.read(paths[0], headers_only=True).keys[1:] if paths else []
+        columns = _read(paths[0], headers_only=True).keys[1:] if paths else []
     columns = list(columns)
     meta = pd.DataFrame({"path": pd.Series(dtype=object),
                          **{c: pd.Series(dtype=np.float64) for c in columns}},

@@ -145,13 +145,19 @@ def test_ctrl_c_cancels_a_read(tmp_path):
 def test_dask_on_two_local_workers(tmp_path):
     distributed = pytest.importorskip("distributed")
     import quarl.dask
-    paths = [LAS20, big_file(tmp_path / "b.las", 1000), tmp_path / "missing.las"]
+    import zipfile
+    with zipfile.ZipFile(tmp_path / "archive.zip", "w") as archive:
+        archive.write(LAS20, "inside.las")
+    paths = [LAS20, big_file(tmp_path / "b.las", 1000), tmp_path / "missing.las",
+             f"zip://inside.las::file://{tmp_path / 'archive.zip'}", f"file://{tmp_path}/gone.las"]
     with distributed.LocalCluster(n_workers=2, threads_per_worker=1, processes=True,
                                   host="127.0.0.1", dashboard_address=None) as cluster, \
             distributed.Client(cluster):
         heads = quarl.dask.headers(paths, files_per_task=1).compute()
         logs = quarl.dask.curves(paths, ["GR", "C1"]).compute()
-    assert list(heads["result"]) == ["LASFILE_OK", "LASFILE_OK", "LASFILE_IO_FAILED"]
+    assert list(heads["result"]) == ["LASFILE_OK", "LASFILE_OK", "LASFILE_IO_FAILED", "LASFILE_OK",
+                                     "LASFILE_IO_FAILED"]
     assert heads["curves"].iloc[0][:2] == ["DEPT", "GR"]
-    assert logs.groupby("path").size().to_dict() == {str(paths[0]): 400, str(paths[1]): 1000}
+    assert logs.groupby("path").size().to_dict() == {str(paths[0]): 400, str(paths[1]): 1000,
+                                                     paths[3]: 400}
     np.testing.assert_array_equal(logs[logs.path == str(LAS20)]["GR"], quarl.read(LAS20)["GR"])
