@@ -6,6 +6,7 @@ package's writer), best of several runs each, in turns:
             called from the native module
   arrays    quarl.read(path) and every curve as a numpy array
   DataFrame quarl.read(path).df()
+  bytes     quarl.read(data).df() on the file's bytes, already in memory
 and the peak memory that each adds to its process, measured in a child
 process per kind, against the size of the values (rows x curves x 8 bytes).
 Then read_many over a folder of smaller files with one and with two workers.
@@ -46,11 +47,20 @@ def read_frame(path):
     return quarl.read(path).df()
 
 
+_BYTES = {}
+
+
+def read_bytes_frame(path):
+    """The same read from the file's bytes, which are in memory beforehand."""
+    return quarl.read(_BYTES[path]).df()
+
+
 KINDS = {
     # The same lenient reading as quarl.read's default.
     "C++": lambda path: _quarl._time_native_read(path, True),
     "arrays": read_arrays,
     "DataFrame": read_frame,
+    "bytes": read_bytes_frame,
 }
 
 
@@ -106,6 +116,8 @@ def main():
     if not os.path.exists(big):
         make_file(big, args.rows)
     size = os.path.getsize(big)
+    with open(big, "rb") as handle:
+        _BYTES[big] = handle.read()
     values = args.rows * CURVES * 8
     print(f"{big}: {size / 1e6:.1f} MB, {args.rows} rows of {CURVES} curves, "
           f"values {values / 1e6:.1f} MB")
@@ -123,6 +135,9 @@ def main():
         print(f"{kind:<10} {best[kind]:7.3f} {size / 1e6 / best[kind]:5.0f} "
               f"{best[kind] / best['C++']:6.2f} {best_cpu[kind]:6.3f} "
               f"{best_cpu[kind] / best_cpu['C++']:6.2f} {added / 1e6:8.1f} MB {added / values:9.2f}")
+
+    print(f"bytes against DataFrame (the same read from a path): "
+          f"{best['bytes'] / best['DataFrame']:.2f}")
 
     rows = max(args.rows // args.files, 1000)
     paths = []
