@@ -415,6 +415,11 @@ void BindParam(py::module_& m)
         auto [get, set] = field(member);
         param.def_property(name, get, set);
     }
+    param.def("__eq__", [](const CLasParam& a, const CLasParam& b) {
+        return a.m_mnemonic == b.m_mnemonic && a.m_unit == b.m_unit && a.m_value == b.m_value &&
+               a.m_description == b.m_description && a.m_format == b.m_format &&
+               a.m_association == b.m_association;
+    });
     param.def("__repr__", [](const CLasParam& p) {
         return "Param(" + py::repr(Text(p.m_mnemonic)).cast<std::string>() +
                ", unit=" + py::repr(Text(p.m_unit)).cast<std::string>() +
@@ -447,12 +452,24 @@ void BindSection(py::module_& m)
                                [](const CLasSection& s) { return s.m_curves.size(); })
         .def("curve_definition",
              [](CLasSection& s, py::ssize_t i) { return CurveAt(s, i).m_definition; })
+        .def("set_curve_definition", [](CLasSection& s, py::ssize_t i,
+                                        const CLasParam& p) { CurveAt(s, i).m_definition = p; })
         .def("curve_is_numeric",
              [](CLasSection& s, py::ssize_t i) { return CurveAt(s, i).m_isNumeric; })
         .def("curve_values", &CurveValues)
         .def("add_numbers", &AddNumbers, py::arg("definition"), py::arg("values"))
         .def("add_texts", &AddTexts, py::arg("definition"), py::arg("values"))
-        .def("copy", [](const CLasSection& s) { return std::make_shared<CLasSection>(s); });
+        .def("copy", [](const CLasSection& s) { return std::make_shared<CLasSection>(s); })
+        .def("__repr__", [](const CLasSection& s) {
+            std::string text = "<Section ~" + py::str(Text(s.m_name)).cast<std::string>() + " " +
+                               SectionTypeName(s.m_type);
+            if (s.m_type == LASSECTION_DATA)
+                text += ": " + std::to_string(s.m_curves.size()) + " curves, " +
+                        std::to_string(s.m_curves.empty() ? 0 : s.m_curves[0].size()) + " rows";
+            else
+                text += ": " + std::to_string(s.m_params.size()) + " lines";
+            return text + ">";
+        });
 }
 
 }  // namespace
@@ -473,7 +490,11 @@ PYBIND11_MODULE(_quarl, m)
         .def_property_readonly("kind", [](const CLasNote& n) { return int(n.kind); })
         .def_property_readonly("kind_name",
                                [](const CLasNote& n) { return LasNoteKindName(n.kind); })
-        .def_property_readonly("text", [](const CLasNote& n) { return Text(n.text); });
+        .def_property_readonly("text", [](const CLasNote& n) { return Text(n.text); })
+        .def("__repr__", [](const CLasNote& n) {
+            return "<Note line " + std::to_string(n.line) + " " + LasNoteKindName(n.kind) + ": " +
+                   py::str(Text(n.text)).cast<std::string>() + ">";
+        });
 
     py::class_<ReadResult, std::shared_ptr<ReadResult>>(m, "ReadResult")
         .def_readonly("sections", &ReadResult::sections)

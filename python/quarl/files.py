@@ -151,10 +151,12 @@ def read(source: Source, *, strict: bool = False, headers_only: bool = False,
 
 def _writable(las: LasFile, las3: bool) -> List[Section]:
     """The sections to hand to the writer: all but the Version section, which
-    the writer makes itself; for LAS 2.0 a data section's link names its
-    definition section the way the writer will store it."""
+    the writer makes itself, with what was changed through the mappings
+    and STRT, STOP and STEP taken from the data; for LAS 2.0 a data
+    section's link names its definition section the way the writer will
+    store it."""
     out = []
-    for section in las.sections:
+    for section in las._for_writing():
         if section.name.lower() in ("version", "v"):
             continue
         if not las3 and section.type == DATA and len(section.association) == 1:

@@ -8,6 +8,7 @@ import numpy as np
 
 from ._quarl import Note, Param, Section
 from .errors import result_name
+from .items import SectionItems
 
 # Section types, as the library numbers them.
 PARAMETER, DEFINITION, DATA, HEADER = 0, 1, 2, 3
@@ -24,9 +25,28 @@ def _first(sections: Iterable[Section], names: Sequence[str]) -> Optional[Sectio
     return None
 
 
+class _Keys(list):
+    """The curve names of a data section; callable as well, so that both
+    `las.keys` and `las.keys()` give them."""
+
+    def __call__(self) -> List[str]:
+        return list(self)
+
+
+# Depth units and their length in metres.
+_METRES_PER_UNIT = {"M": 1.0, "METER": 1.0, "METERS": 1.0, "METRE": 1.0, "METRES": 1.0,
+                    "F": 0.3048, "FT": 0.3048, "FEET": 0.3048, "FOOT": 0.3048,
+                    ".1IN": 0.00254, "0.1IN": 0.00254, "CM": 0.01, "MM": 0.001}
+
+
 class LasFile:
     """One LAS document: its sections, with the Well and Parameter sections as
-    mappings and the curves of the main data section as numpy arrays."""
+    mappings and the curves of its data sections as numpy arrays.
+
+    Every data section is reachable (`data_sections`, `df(section=...)`);
+    the main one (ASCII, LOG or Log_Data) is the default of every curve
+    operation. Curves and parameter lines are all kept: duplicated
+    mnemonics are told apart as "SFLU:1", "SFLU:2" (see `quarl.items`)."""
 
     def __init__(self, sections: List[Section], *, las3: bool = False, wrapped: bool = False,
                  delimiter: str = " ", notes: Sequence[Note] = (), result: int = _OK,
@@ -36,43 +56,92 @@ class LasFile:
         self.notes, self.result, self.path = list(notes), result, path
         # The code page the texts were read in, and are written in by default.
         self.encoding = encoding
+        # The mappings handed out, by section: what a host changes in them
+        # is what a write takes.
+        self._items: Dict[int, SectionItems] = {}
+        self._curve_items: Dict[int, SectionItems] = {}
 
     # The document's parts.
     @property
     def version(self) -> str:
         """The VERS value of the Version section, such as "2.0"."""
         version = _first(self.sections, ["Version", "V"])
-        vers = _params(version).get("VERS") if version else None
-        return vers.value.strip() if vers else ("3.0" if self.las3 else "2.0")
+        vers = version.params if version else []
+        for param in vers:
+            if param.mnemonic.strip().upper() == "VERS":
+                return param.value.strip()
+        return "3.0" if self.las3 else "2.0"
+
+    def _items_of(self, section: Optional[Section]) -> SectionItems:
+        if section is None:
+            return SectionItems()
+        if id(section) not in self._items:
+            self._items[id(section)] = SectionItems(section.params)
+        return self._items[id(section)]
 
     @property
-    def well(self) -> Dict[str, Param]:
-        """The Well section, by mnemonic (upper case)."""
-        return _params(_first(self.sections, ["Well", "W"]))
+    def well(self) -> SectionItems:
+        """The lines of the Well section, by name or position."""
+        return self._items_of(_first(self.sections, ["Well", "W"]))
 
     @property
-    def params(self) -> Dict[str, Param]:
-        """The Parameter section (LAS 3.0: Log_Parameter), by mnemonic."""
-        return _params(_first(self.sections, ["Parameter", "P", "Log_Parameter"]))
+    def params(self) -> SectionItems:
+        """The lines of the Parameter section (LAS 3.0: Log_Parameter)."""
+        return self._items_of(_first(self.sections, ["Parameter", "P", "Log_Parameter"]))
+
+    @property
+    def data_sections(self) -> List[Section]:
+        """Every data section, in file order."""
+        return [s for s in self.sections if s.type == DATA]
 
     @property
     def data_section(self) -> Optional[Section]:
         """The main data section: ASCII, LOG or Log_Data, else the first one
         the reader marked as log data, else the first data section."""
-        data = [s for s in self.sections if s.type == DATA]
+        data = self.data_sections
         return (_first(data, ["ASCII", "A", "LOG", "Log_Data"])
                 or next((s for s in data if s.flags & _LOG_DATA_FLAG), None)
                 or (data[0] if data else None))
 
+    def _data(self, section=None) -> Optional[Section]:
+        """A data section by name (any case), position among the data
+        sections, or itself; None gives the main one."""
+        if section is None:
+            return self.data_section
+        if isinstance(section, Section):
+            return section
+        data = self.data_sections
+        if isinstance(section, (int, np.integer)):
+            return data[int(section)]
+        found = _first(data, [str(section)])
+        if found is None:
+            raise KeyError(f"no data section {section!r}; there are {[s.name for s in data]}")
+        return found
+
+    def curves_of(self, section=None) -> SectionItems:
+        """The curve definitions of a data section (the main one by default),
+        by name or position."""
+        data = self._data(section)
+        if data is None:
+            return SectionItems()
+        if id(data) not in self._curve_items:
+            self._curve_items[id(data)] = SectionItems(
+                data.curve_definition(i) for i in range(data.curve_count))
+        return self._curve_items[id(data)]
+
     @property
-    def curves(self) -> List[Param]:
-        """The definitions of the main data section's curves, in order."""
-        data = self.data_section
-        return [data.curve_definition(i) for i in range(data.curve_count)] if data else []
+    def curves(self) -> SectionItems:
+        """The curve definitions of the main data section, in order."""
+        return self.curves_of()
+
+    def keys_of(self, section=None) -> List[str]:
+        return _Keys(self.curves_of(section).keys())
 
     @property
     def keys(self) -> List[str]:
-        return [curve.mnemonic.strip() for curve in self.curves]
+        """The names of the main data section's curves ("SFLU:1", "SFLU:2"
+        for a duplicated mnemonic, "UNKNOWN" for none); `las.keys()` too."""
+        return self.keys_of()
 
     @property
     def null(self) -> Optional[float]:
@@ -83,51 +152,204 @@ class LasFile:
         except (ValueError, IndexError):
             return None
 
-    def _column(self, key: Union[str, int]) -> int:
+    def _column(self, key: Union[str, int], section=None) -> int:
+        count = len(self.curves_of(section))
         if isinstance(key, (int, np.integer)):
-            return int(key)
-        upper = [k.upper() for k in self.keys]
-        if key.upper() not in upper:
+            if not -count <= int(key) < count:
+                raise KeyError(key)
+            return int(key) % count
+        position = self.curves_of(section)._position(key)
+        if position is None:
             raise KeyError(key)
-        return upper.index(key.upper())
+        return position
 
     def __getitem__(self, key: Union[str, int]) -> np.ndarray:
-        """A curve of the main data section by mnemonic (any case) or
-        position: a numpy array over the library's values for a numeric
-        curve, an object array of str for a text curve."""
+        """A curve of the main data section by name (any case; the plain
+        name of a duplicated mnemonic is the first) or position: a numpy
+        array over the library's values for a numeric curve, an object
+        array of str for a text curve."""
         data = self.data_section
         if data is None:
             raise KeyError(key)
         return data.curve_values(self._column(key))
 
     def __contains__(self, key: str) -> bool:
-        return key.upper() in (k.upper() for k in self.keys)
+        return key in self.curves
 
     @property
     def index(self) -> np.ndarray:
         """The first curve, normally the depth."""
         return self[0]
 
-    def df(self, copy: bool = False):
-        """The main data section as a pandas DataFrame indexed by the first
-        curve, with the NULL value as NaN. A numeric curve without NULL
-        values is not copied: its column shares memory with the LasFile, as
-        las[...] does; `copy=True` gives a frame of its own."""
+    def _depth_in(self, metres_per_unit: float) -> np.ndarray:
+        unit = self.curves[0].unit.strip().upper() if len(self.curves) else ""
+        if unit not in _METRES_PER_UNIT:
+            raise ValueError(f"the index unit {unit!r} is not a depth unit")
+        return self.index * (_METRES_PER_UNIT[unit] / metres_per_unit)
+
+    @property
+    def depth_m(self) -> np.ndarray:
+        """The index in metres, from its unit (M, F, FT, FEET, .1IN...)."""
+        return self._depth_in(1.0)
+
+    @property
+    def depth_ft(self) -> np.ndarray:
+        """The index in feet, from its unit (M, F, FT, FEET, .1IN...)."""
+        return self._depth_in(0.3048)
+
+    @property
+    def data(self) -> np.ndarray:
+        """The main data section as a 2-D array, a row per depth and a column
+        per curve (a copy; of dtype object when a curve holds text)."""
+        data = self.data_section
+        if data is None or data.curve_count == 0:
+            return np.empty((0, 0))
+        return np.column_stack([data.curve_values(i) for i in range(data.curve_count)])
+
+    def df(self, copy: bool = False, section=None):
+        """A data section (the main one by default; else by name or position
+        among `data_sections`) as a pandas DataFrame indexed by its first
+        curve, with the NULL value as NaN in the other columns; the index
+        keeps its values. Every curve is a column, duplicated mnemonics
+        as "SFLU:1", "SFLU:2". A numeric curve without NULL values is not
+        copied: its column shares memory with the LasFile, as las[...]
+        does; `copy=True` gives a frame of its own."""
         import pandas as pd
-        data, keys = self.data_section, self.keys
-        if data is None or not keys:
+        data = self._data(section)
+        keys = self.keys_of(data) if data is not None else []
+        if not keys:
             return pd.DataFrame()
         null = self.null
         columns = {}
-        for i, key in enumerate(keys):
+        for i, key in enumerate(keys[1:], start=1):
             values = data.curve_values(i)
             if null is not None and values.dtype.kind == "f":
                 hits = values == null
                 if hits.any():
                     values = np.where(hits, np.nan, values)
             columns[key] = values
-        index = pd.Index(columns.pop(keys[0]), name=keys[0], copy=copy)
-        return pd.DataFrame(columns, index=index, copy=copy)
+        index = pd.Index(data.curve_values(0), name=keys[0], copy=copy)
+        return pd.DataFrame(columns, index=index, columns=list(keys[1:]), copy=copy)
+
+    # Editing before a write.
+    def _definition_of(self, data: Section) -> Optional[Section]:
+        """The definition section of a data section: the one its link names,
+        else by name (ASCII: Curve; X_Data: X_Definition)."""
+        names = [data.association] if data.association else []
+        if data.name.upper() in ("ASCII", "A"):
+            names += ["Curve", "C"]
+        elif data.name.lower().endswith("_data"):
+            names.append(data.name[:-5] + "_Definition")
+        return _first(self.sections, names) if names else None
+
+    def _replace_curves(self, data: Section, curves) -> None:
+        """Puts a new section with `curves` (pairs of Param and values) in the
+        place of `data`; arrays handed out before keep the old one."""
+        new = Section(data.name, DATA, data.association)
+        new.params = data.params
+        rows = {len(values) for _, values in curves}
+        if len(rows) > 1:
+            raise ValueError(f"curves of one section need one length, not {sorted(rows)}")
+        for definition, values in curves:
+            values = np.asarray(values)
+            if values.dtype.kind in "biuf":
+                new.add_numbers(definition, values.astype(np.float64))
+            else:
+                new.add_texts(definition, values)
+        self.sections[self.sections.index(data)] = new
+        self._curve_items.pop(id(data), None)
+        definition = self._definition_of(new)
+        if definition is not None:
+            definition.params = [d for d, _ in curves]
+            self._items.pop(id(definition), None)
+
+    def _curves_now(self, data: Section):
+        definitions = self.curves_of(data)
+        return [(definitions[i], data.curve_values(i)) for i in range(data.curve_count)]
+
+    def _main_or_new(self) -> Section:
+        data = self.data_section
+        if data is None:
+            data = Section("ASCII", DATA, "")
+            self.sections.append(data)
+        return data
+
+    def append_curve(self, mnemonic: str, data, unit: str = "", descr: str = "",
+                     value: str = "", format: str = "") -> None:
+        """Appends a curve to the main data section (made when there is
+        none); `data` has one value per row."""
+        section = self._main_or_new()
+        definition = Param(mnemonic, unit, value, descr, format)
+        self._replace_curves(section, self._curves_now(section) + [(definition, data)])
+
+    def __setitem__(self, key: str, values) -> None:
+        """Replaces the values of a curve of the main data section, or
+        appends a curve of that name."""
+        section = self._main_or_new()
+        if key not in self.curves_of(section):
+            self.append_curve(key, values)
+            return
+        curves = self._curves_now(section)
+        column = self._column(key, section)
+        curves[column] = (curves[column][0], values)
+        self._replace_curves(section, curves)
+
+    def __delitem__(self, key: Union[str, int]) -> None:
+        """Removes a curve of the main data section."""
+        section = self.data_section
+        if section is None:
+            raise KeyError(key)
+        column = self._column(key, section)
+        curves = self._curves_now(section)
+        del curves[column]
+        self._replace_curves(section, curves)
+
+    def set_data(self, frame, section=None, units: Optional[Mapping[str, str]] = None) -> None:
+        """Replaces the curves of a data section (the main one by default)
+        with a DataFrame's index and columns; NaN becomes the NULL value. A
+        column keeps the definition (unit, description) of the curve of its
+        name, else takes its unit from `units`."""
+        data = self._data(section) if section is not None else self._main_or_new()
+        old, units = self.curves_of(data), dict(units or {})
+        null = self.null if self.null is not None else -999.25
+        columns = [(frame.index.name or (old.keys()[0] if len(old) else "DEPT"), frame.index)]
+        columns += [(str(name), frame[name]) for name in frame.columns]
+        curves = []
+        for name, values in columns:
+            values = np.asarray(values)
+            if values.dtype.kind in "biuf":
+                values = np.where(np.isnan(values.astype(float)), null, values)
+            found = old.get(name)
+            definition = Param(found.mnemonic, found.unit, found.value, found.description,
+                               found.format) if found is not None else \
+                Param(name.split(":")[0], units.get(name, ""))
+            curves.append((definition, values))
+        self._replace_curves(data, curves)
+
+    def _for_writing(self) -> List[Section]:
+        """The sections with what was changed through the mappings, and the
+        Well section's STRT, STOP and STEP taken from the main data where
+        they disagree with it."""
+        for section in self.sections:
+            if id(section) in self._items:
+                section.params = list(self._items[id(section)])
+        for data in self.data_sections:
+            items = self._curve_items.get(id(data))
+            if items is not None and len(items) == data.curve_count:
+                for i, definition in enumerate(items):
+                    data.set_curve_definition(i, definition)
+                definition_section = self._definition_of(data)
+                if definition_section is not None and definition_section.params:
+                    definition_section.params = list(items)
+                    self._items.pop(id(definition_section), None)
+        well = _first(self.sections, ["Well", "W"])
+        data = self.data_section
+        if well is None or data is None or data.curve_count == 0 \
+                or not data.curve_is_numeric(0) or len(data.curve_values(0)) == 0:
+            return list(self.sections)
+        fixed = well.copy()
+        fixed.params = _range_from_data(well.params, data.curve_values(0))
+        return [fixed if s is well else s for s in self.sections]
 
     def to_string(self, version: Optional[int] = None, delimiter: str = " ") -> str:
         """The LAS text of the document as `quarl.write` would write it, in
@@ -142,8 +364,10 @@ class LasFile:
         return result_name(self.result)
 
     def __repr__(self) -> str:
+        data = self.data_section
+        rows = len(data.curve_values(0)) if data is not None and data.curve_count else 0
         return (f"<LasFile {self.path or ''} LAS {self.version}, {len(self.sections)} sections, "
-                f"curves {self.keys}>")
+                f"{rows} rows of curves {list(self.keys)}, {len(self.notes)} notes>")
 
     @classmethod
     def from_df(cls, frame, well: Optional[Mapping[str, object]] = None,
@@ -178,12 +402,28 @@ class LasFile:
         return cls(sections)
 
 
-def _params(section: Optional[Section]) -> Dict[str, Param]:
-    if section is None:
-        return {}
-    out: Dict[str, Param] = {}
-    for param in section.params:
-        out.setdefault(param.mnemonic.strip().upper(), param)
+def _number(text: str) -> Optional[float]:
+    try:
+        return float(text.split()[0])
+    except (ValueError, IndexError):
+        return None
+
+
+def _range_from_data(params: List[Param], index: np.ndarray) -> List[Param]:
+    """STRT and STOP as the first and last depth, STEP as the even step of
+    the depths (0 when uneven), each only where the line disagrees with the
+    data by more than 1e-7; the lines keep their unit and description."""
+    steps = np.diff(index)
+    step = float(steps[0]) if len(steps) and np.all(np.abs(steps - steps[0]) <= 1e-7) else 0.0
+    wanted = {"STRT": float(index[0]), "STOP": float(index[-1]), "STEP": step}
+    out = []
+    for param in params:
+        name = param.mnemonic.strip().upper()
+        number = _number(param.value)
+        if name in wanted and (number is None or abs(number - wanted[name]) > 1e-7):
+            param = Param(param.mnemonic, param.unit, repr(wanted[name]), param.description,
+                          param.format, param.association)
+        out.append(param)
     return out
 
 

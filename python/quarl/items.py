@@ -1,0 +1,127 @@
+"""SectionItems: the parameter lines or curve definitions of a section, as a
+list in file order that is also a mapping by mnemonic.
+
+Every line is kept. Mnemonics that occur more than once are told apart as
+"SFLU:1", "SFLU:2", ...; the plain name finds the first of them. A line
+without a mnemonic is "UNKNOWN", then "UNKNOWN:2", ... Names keep the
+file's case; lookups ignore the case of ASCII letters.
+
+    las.well["WELL"].value, las.well.WELL.value, las.well[0]
+    las.curves["GR"].unit, las.curves.GR.unit, [c.mnemonic for c in las.curves]
+    las.well.keys(), las.well.values(), las.well.items(), "STEP" in las.well
+"""
+from __future__ import annotations
+
+from typing import Dict, Iterable, List, Optional, Tuple, Union
+
+from ._quarl import Param
+
+
+def unique_names(mnemonics: Iterable[str]) -> List[str]:
+    """The names of lines in order: duplicates numbered from 1 ("SFLU:1",
+    "SFLU:2"), lines without a mnemonic "UNKNOWN", "UNKNOWN:2", ..."""
+    stripped = [m.strip() for m in mnemonics]
+    counts: Dict[str, int] = {}
+    for name in stripped:
+        counts[name.upper()] = counts.get(name.upper(), 0) + 1
+    seen: Dict[str, int] = {}
+    names = []
+    for name in stripped:
+        key = name.upper()
+        seen[key] = seen.get(key, 0) + 1
+        if not name:
+            names.append("UNKNOWN" if seen[key] == 1 else f"UNKNOWN:{seen[key]}")
+        elif counts[key] > 1:
+            names.append(f"{name}:{seen[key]}")
+        else:
+            names.append(name)
+    return names
+
+
+class SectionItems(list):
+    """A list of Param in file order, looked up by name as well: see the
+    module's text. Changing a Param's fields changes the document (a write
+    takes the lines from here)."""
+
+    def _names(self) -> List[str]:
+        return unique_names(param.mnemonic for param in self)
+
+    def _position(self, key: str) -> Optional[int]:
+        names = self._names()
+        if key in names:
+            return names.index(key)
+        folded = key.strip().upper()
+        for i, name in enumerate(names):  # any case; then the plain name of a duplicate
+            if name.upper() == folded:
+                return i
+        for i, param in enumerate(self):
+            if param.mnemonic.strip().upper() == folded:
+                return i
+        return None
+
+    def keys(self) -> List[str]:
+        return self._names()
+
+    def values(self) -> List[Param]:
+        return list(self)
+
+    def items(self) -> List[Tuple[str, Param]]:
+        return list(zip(self._names(), self))
+
+    def get(self, key: str, default=None):
+        position = self._position(key) if isinstance(key, str) else None
+        return default if position is None else list.__getitem__(self, position)
+
+    def __getitem__(self, key: Union[int, slice, str]):
+        if not isinstance(key, str):
+            return list.__getitem__(self, key)
+        position = self._position(key)
+        if position is None:
+            raise KeyError(key)
+        return list.__getitem__(self, position)
+
+    def __setitem__(self, key, value) -> None:
+        """By position as a list; by name a Param replaces the line (or is
+        appended), anything else becomes the line's value."""
+        if not isinstance(key, str):
+            list.__setitem__(self, key, value)
+            return
+        position = self._position(key)
+        if not isinstance(value, Param):
+            if position is not None:
+                list.__getitem__(self, position).value = str(value)
+                return
+            value = Param(key, "", str(value))
+        if position is None:
+            self.append(value)
+        else:
+            list.__setitem__(self, position, value)
+
+    def __delitem__(self, key) -> None:
+        if isinstance(key, str):
+            position = self._position(key)
+            if position is None:
+                raise KeyError(key)
+            key = position
+        list.__delitem__(self, key)
+
+    def __contains__(self, key) -> bool:
+        if isinstance(key, str):
+            return self._position(key) is not None
+        return list.__contains__(self, key)
+
+    def __getattr__(self, name: str) -> Param:
+        if name.startswith("__"):
+            raise AttributeError(name)
+        position = self._position(name)
+        if position is None:
+            raise AttributeError(name)
+        return list.__getitem__(self, position)
+
+    def __dir__(self):
+        return sorted(set(super().__dir__()) | {n for n in self._names() if n.isidentifier()})
+
+    def __repr__(self) -> str:
+        lines = [f"  {name}: {param.value.strip()!r} {param.unit} {param.description.strip()!r}"
+                 for name, param in self.items()]
+        return "SectionItems([\n" + "\n".join(lines) + "\n])" if lines else "SectionItems([])"
