@@ -124,6 +124,7 @@ ELASFILEERROR CTextFile::Start(std::FILE* file, const tessel::TxString& name)
     m_form = kFormBytes;
     m_crLines = false;
     m_afterCarriageReturn = false;
+    m_loneReturnLine = 0;
     if (m_decode) DetectTextForm();
 
     std::free(m_line);
@@ -260,6 +261,31 @@ bool CTextFile::GrowLineStore(size_t needed)
     return true;
 }
 
+// Whether the carriage return at `cr` is followed by no line feed. One that
+// ends the buffer is looked behind: the next block is read, and a line feed
+// at its start is passed over as the second byte of the line end.
+bool CTextFile::IsLoneReturn(const char* cr, const char* feed)
+{
+    if (cr + 1 < m_buffer + m_bufferLength) return cr + 1 != feed;
+    if (m_form >= kFormUtf16Le) return false;  // decoded: no byte of the file to look at
+    const int64_t position = TellStream(m_file);
+    char next = 0;
+    const bool more = position >= 0 && std::fread(&next, 1, 1, m_file) == 1;
+    if (more) SeekStream(m_file, position, SEEK_SET);
+    return more && next != '\n';
+}
+
+bool CTextFile::AppendBytes(const char* bytes, size_t length)
+{
+    if (length == 0) return true;
+    if (m_lineLength + length + 1 > m_lineCapacity && !GrowLineStore(m_lineLength + length))
+        return false;
+    std::memcpy(m_line + m_lineLength, bytes, length);
+    m_lineLength += length;
+    m_line[m_lineLength] = '\0';
+    return true;
+}
+
 bool CTextFile::AppendByte(char c)
 {
     if (m_lineLength + 2 > m_lineCapacity && !GrowLineStore(m_lineLength + 1)) return false;
@@ -346,6 +372,19 @@ size_t CountFeedsUpTo(const char* p, size_t from, size_t n, char first, size_t& 
 // carriage returns in front of it as no bytes: behind a line feed, or at
 // `begin` when the bytes before the block since the last line feed were all
 // carriage returns. Gives the start of that line, or null.
+// A carriage return that a byte other than a line feed follows, within
+// [begin, begin + size).
+bool HasLoneReturn(const char* begin, size_t size)
+{
+    for (const char* p = begin;
+         (p = static_cast<const char*>(std::memchr(p, '\r', size - (p - begin))));) {
+        if (p + 1 == begin + size) return false;
+        if (p[1] != '\n') return true;
+        ++p;
+    }
+    return false;
+}
+
 const char* FindLineStartingWith(const char* begin, const char* from, const char* end, char first,
                                  bool onlyCr)
 {
@@ -363,18 +402,21 @@ const char* FindLineStartingWith(const char* begin, const char* from, const char
 
 }  // namespace
 
+ELASFILEERROR CTextFile::SkipLineByLine(char first, uint64_t& passed)
+{
+    for (;;) {
+        const ELASFILEERROR result = ReadLine();
+        if (result != LASFILE_OK) return result;
+        ++passed;
+        if (m_line[0] == first) return LASFILE_OK;
+    }
+}
+
 ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
 {
     if (!m_file || !m_line) return LASFILE_IO_FAILED;
-    if (m_crLines || m_form >= kFormUtf16Le || first == '\r' || first == '\n') {
-        // Decoded text has no byte offsets to go back to: line by line.
-        for (;;) {
-            const ELASFILEERROR result = ReadLine();
-            if (result != LASFILE_OK) return result;
-            ++passed;
-            if (m_line[0] == first) return LASFILE_OK;
-        }
-    }
+    if (m_crLines || m_form >= kFormUtf16Le || first == '\r' || first == '\n')
+        return SkipLineByLine(first, passed);  // decoded text has no byte offsets to go back to
     // From the start of the next line on, the stream is read in large blocks.
     uint64_t offset = m_bufferStart + m_bufferPos;
     if (SeekStream(m_file, static_cast<int64_t>(offset), SEEK_SET) != 0) return LASFILE_IO_FAILED;
@@ -387,6 +429,14 @@ ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
         const size_t got = std::fread(block.data(), 1, block.size(), m_file);
         if (got == 0) break;
         const char* begin = block.data();
+        if (m_decode && HasLoneReturn(begin, got)) {
+            // Lines may end at a carriage return alone from here on: the
+            // rest goes line by line, from the start of this block.
+            if (SeekStream(m_file, static_cast<int64_t>(offset), SEEK_SET) != 0)
+                return LASFILE_IO_FAILED;
+            m_bufferStart = offset;
+            return SkipLineByLine(first, passed);
+        }
         // Line feeds are counted up to the first group of bytes with a
         // `first` in it, which is then looked at byte by byte.
         const char* hit = nullptr;
@@ -456,6 +506,17 @@ ELASFILEERROR CTextFile::ReadLine()
             const char* piece = start + done;
             const char* cr = static_cast<const char*>(std::memchr(piece, '\r', run - done));
             const uint32_t length = cr ? static_cast<uint32_t>(cr - piece) : run - done;
+            if (cr && m_decode && IsLoneReturn(cr, feed)) {
+                // Decoding, a carriage return that no line feed follows ends
+                // the line, and from here on either ends one.
+                if (!AppendBytes(piece, length)) return LASFILE_OUT_OF_MEMORY;
+                m_bufferPos += done + length + 1;
+                m_crLines = true;
+                m_afterCarriageReturn = false;
+                if (m_loneReturnLine == 0) m_loneReturnLine = m_lineCount + 1;
+                ++m_lineCount;
+                return LASFILE_OK;
+            }
             if (length > 0) {
                 if (m_lineLength + length + 1 > m_lineCapacity &&
                     !GrowLineStore(m_lineLength + length)) {

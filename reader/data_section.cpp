@@ -76,13 +76,14 @@ class KeptTokens {
 public:
     struct Token {
         size_t row;
+        uint64_t line;
         std::string text;
     };
     explicit KeptTokens(size_t curves) : m_tokens(curves) {}
     // The bytes the kept token costs against the budget.
-    uint64_t Keep(size_t column, size_t row, const char* begin, const char* end)
+    uint64_t Keep(size_t column, size_t row, uint64_t line, const char* begin, const char* end)
     {
-        m_tokens[column].push_back(Token{row, std::string(begin, end)});
+        m_tokens[column].push_back(Token{row, line, std::string(begin, end)});
         return sizeof(Token) + static_cast<uint64_t>(end - begin);
     }
     const std::vector<Token>& Of(size_t column) const { return m_tokens[column]; }
@@ -206,6 +207,37 @@ bool AllCommaDecimals(const CLasCurve& curve, const std::vector<detail::KeptToke
         if (!(v == std::floor(v))) return false;  // no cast: 1e20 is whole too
     }
     return true;
+}
+
+// "123,420" as 123.42.
+double CommaDecimal(std::string text)
+{
+    text[text.find(',')] = '.';
+    return ParseNumber(text.c_str());
+}
+
+// A value in a note: as "%g" writes it.
+std::string FormatValue(double value)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", value);
+    return text;
+}
+
+// Some value of the curve outside the kept tokens has decimals: the column
+// writes its decimal mark as a period.
+bool ColumnUsesPeriods(const CLasCurve& curve, const std::vector<detail::KeptTokens::Token>& kept)
+{
+    size_t next = 0;
+    for (size_t row = 0; row < curve.m_numbers.size(); ++row) {
+        if (next < kept.size() && kept[next].row == row) {
+            ++next;
+            continue;
+        }
+        const double v = curve.m_numbers[row];
+        if (std::isfinite(v) && v != std::floor(v)) return true;
+    }
+    return false;
 }
 
 // Takes back the values of row `row` that a row ended early had stored.
@@ -333,6 +365,7 @@ ELASFILEERROR CLasReader::PassDataRows(const std::string& name)
         uint64_t passed = 0;
         result = m_file.SkipToLineStartingWith('~', passed);
         m_lineNumber += passed;
+        NoteLoneReturn();
         if (result == LASFILE_IO_FAILED && passed == 0) return HeaderAtEnd(name);
         if (m_statusCallback && (result == LASFILE_OK || result == LASFILE_IO_FAILED) &&
             ReportProgress(m_file.GetPercentRead()) != LASFILE_OK)
@@ -373,8 +406,10 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
 
 // Leniently, once a data section is read: a numeric curve of nothing but
 // non-numbers becomes a text curve, and one of whole numbers and numbers
-// with a decimal comma is read with the comma as the decimal mark. A curve
-// with numbers and non-numbers keeps its numbers and their notes.
+// with a decimal comma is read with the comma as the decimal mark; in a
+// curve whose values have decimals, a token with one comma and no period is
+// a decimal comma. A curve with numbers and non-numbers keeps its numbers
+// and their notes; a token read in part that no rule read whole is noted.
 void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
                                   uint64_t headerLine)
 {
@@ -389,23 +424,47 @@ void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens
             for (const auto& token : tokens) curve.m_strings.push_back(token.text);
             NoteAt(headerLine, LASNOTE_TEXT_COLUMN,
                    "curve " + curve.m_definition.m_mnemonic + " holds no number: read as text");
-        } else if (m_delimiter != ',' && AllCommaDecimals(curve, tokens)) {
-            for (const auto& token : tokens) {
-                std::string text = token.text;
-                text[text.find(',')] = '.';
-                curve.m_numbers[token.row] = ParseNumber(text.c_str());
-            }
+            continue;
+        }
+        if (m_delimiter != ',' && AllCommaDecimals(curve, tokens)) {
+            for (const auto& token : tokens) curve.m_numbers[token.row] = CommaDecimal(token.text);
             NoteAt(headerLine, LASNOTE_DECIMAL_COMMA,
                    "curve " + curve.m_definition.m_mnemonic + " read with a decimal comma");
+            continue;
+        }
+        const bool periods = m_delimiter != ',' && ColumnUsesPeriods(curve, tokens);
+        for (const auto& token : tokens) {
+            if (periods && IsCommaDecimal(token.text)) {
+                curve.m_numbers[token.row] = CommaDecimal(token.text);
+                NoteAt(token.line, LASNOTE_DECIMAL_COMMA,
+                       "curve " + curve.m_definition.m_mnemonic + " read \"" + token.text +
+                           "\" as " + FormatValue(curve.m_numbers[token.row]) +
+                           ": a decimal comma among periods");
+            } else {
+                NoteNumberInPart(curve, token.line, token.text);
+            }
         }
     }
 }
 
+// A token of which atof takes only a leading number, with what it read.
+void CLasReader::NoteNumberInPart(const CLasCurve& curve, uint64_t line, const std::string& token)
+{
+    const char* begin = token.c_str();
+    const char* end = begin + token.size();
+    if (!HasLeadingNumber(begin, end) || IsWholeNumber(token)) return;
+    NoteAt(line, LASNOTE_NUMBER_IN_PART,
+           "\"" + token + "\" in curve " + curve.m_definition.m_mnemonic + " read as " +
+               FormatValue(ParseNumber(begin, end)) + ": only its leading number counts");
+}
+
 // A numeric token that did not take the quick way: atof of it, with a note
 // when no number stands at its start.
-double CLasReader::OddNumber(const CLasCurve& curve, const char* begin, const char* end)
+double CLasReader::OddNumber(const CLasCurve& curve, const char* begin, const char* end,
+                             bool notePart)
 {
     if (begin == end) return 0.0;
+    if (notePart) NoteNumberInPart(curve, m_lineNumber, std::string(begin, end));
     if (!HasLeadingNumber(begin, end) && CountNote(LASNOTE_NOT_A_NUMBER, m_lineNumber))
         m_notes.push_back(CLasNote{m_lineNumber, LASNOTE_NOT_A_NUMBER,
                                    "\"" + std::string(begin, end) + "\" in curve " +
@@ -504,16 +563,18 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
         }
         if (kept && curve.m_isNumeric && begin != end && number != end) {
             const size_t row = curve.m_numbers.size();
-            if (!Spend(kept->Keep(column, row, begin, end))) {
+            if (!Spend(kept->Keep(column, row, m_lineNumber, begin, end))) {
                 DropRow(curves, row);
                 return LASFILE_OUT_OF_MEMORY;
             }
         }
-        if (number)
+        if (number) {
+            if (!kept && number != end)
+                NoteNumberInPart(curve, m_lineNumber, std::string(begin, end));
             curve.m_numbers.push_back(value);
-        else if (curve.m_isNumeric)
-            curve.m_numbers.push_back(OddNumber(curve, begin, end));
-        else {
+        } else if (curve.m_isNumeric) {
+            curve.m_numbers.push_back(OddNumber(curve, begin, end, !kept));
+        } else {
             curve.m_strings.emplace_back(begin, static_cast<size_t>(end - begin));
             m_bytesKept += static_cast<uint64_t>(end - begin);
         }

@@ -122,23 +122,75 @@ const char* ScanMnemonicWithoutPeriod(const char* p, std::string& field)
     return SkipBlanks(p + blank);
 }
 
+// The last colon behind `first` that has a blank in front of it and a word
+// (a letter) behind it; null when there is none.
+const char* DescriptionColon(const char* first)
+{
+    const char* found = nullptr;
+    for (const char* c = std::strchr(first + 1, ':'); c; c = std::strchr(c + 1, ':')) {
+        if (!IsBlank(c[-1])) continue;
+        for (const char* q = c + 1; *q && *q != '{' && *q != '|'; ++q) {
+            if ((*q >= 'A' && *q <= 'Z') || (*q >= 'a' && *q <= 'z')) {
+                found = c;
+                break;
+            }
+        }
+    }
+    return found;
+}
+
+// Leniently, a mnemonic that holds periods ("Cond.", "I. Res.") ends at a
+// double period, and the unit stands behind it ("Cond..MS/M"). Only when no
+// colon, brace or bar, no run of blanks and no period with text right
+// behind it (a unit) stand in front of the double period. Gives where the
+// unit's period is, or null.
+const char* DoublePeriod(const char* p)
+{
+    const char* twice = std::strstr(p, "..");
+    if (!twice || twice == p) return nullptr;
+    for (const char* q = p; q < twice; ++q) {
+        if (*q == ':' || IsBrace(*q) || *q == '|' || *q == '\t') return nullptr;
+        if (*q == ' ' && q[1] == ' ') return nullptr;
+        if (*q == '.' && !IsBlank(q[1])) return nullptr;
+    }
+    return twice + 1;
+}
+
 // The colon that ends the value: the first one. A colon between two digits
 // is part of a time ("11:37:04"); leniently such a value keeps its colons,
 // and ends at the first colon that does not stand between two digits, when
 // there is one. `relaxed` says whether the value was cut inside a time, and
 // whether the lenient choice kept the colons.
+//
+// Leniently two more rules keep colons that are no description colon. A
+// value of a date and a time with no other colon ("8/24/2011 12:45:27") is
+// the whole line. A value whose first colon has no blank in front of it
+// ("X: -0000000.00 ft, Y: 000 : Location") ends at the last colon that has a
+// blank in front and a word behind it, when there is one.
 const char* ValueColon(const char* p, bool lenient, unsigned& relaxed)
 {
     p = SkipBlanks(p);
     const char* first = std::strchr(p, ':');
     const auto inTime = [p](const char* c) { return c > p && IsDigit(c[-1]) && IsDigit(c[1]); };
-    if (!first || !inTime(first)) return first;
+    if (!first) return first;
+    if (!inTime(first)) {
+        const char* last =
+            lenient && first > p && !IsBlank(first[-1]) ? DescriptionColon(first) : nullptr;
+        if (!last) return first;
+        relaxed |= kColonsKept;
+        return last;
+    }
     if (lenient) {
         for (const char* c = std::strchr(first + 1, ':'); c; c = std::strchr(c + 1, ':')) {
             if (!inTime(c)) {
                 relaxed |= kColonsKept;
                 return c;
             }
+        }
+        if (std::memchr(p, ' ', static_cast<size_t>(first - p)) ||
+            std::memchr(p, '\t', static_cast<size_t>(first - p))) {
+            relaxed |= kColonsKept;  // a date, then a time: the whole line
+            return nullptr;
         }
     }
     relaxed |= kValueCutAtColon;
@@ -222,8 +274,14 @@ ELASFILEERROR CLasReader::ParseParameterLineAs(const char* line, CLasParam& para
     relaxed = 0;
     if (!line) return LASFILE_BAD_FORMAT;
     const char* cursor = nullptr;
+    const char* unitPeriod = lenient ? DoublePeriod(SkipBlanks(line)) : nullptr;
     const char* afterMnemonic = ScanMnemonic(SkipBlanks(line), param.m_mnemonic);
-    if (afterMnemonic) {
+    if (unitPeriod) {
+        AssignTrimmed(SkipBlanks(line), unitPeriod, param.m_mnemonic);
+        cursor = ScanUnit(unitPeriod, param.m_unit);
+        if (!cursor) return LASFILE_BAD_FORMAT;
+        relaxed |= kMnemonicPeriods;
+    } else if (afterMnemonic) {
         // "VERS" may do without a unit: the line then goes on from behind the
         // mnemonic, and the unit keeps what was gathered before the refusal.
         cursor = ScanUnit(afterMnemonic, param.m_unit);

@@ -4,6 +4,7 @@
 #include <quarl/reader.h>
 
 #include <climits>
+#include <cstring>
 #include <memory>
 #include <string>
 
@@ -129,6 +130,8 @@ ELASFILEERROR CLasReader::ReadParameterLine(CLasSection& section, bool isVersion
     if (relaxed & kValueCutAtColon)
         Note(LASNOTE_VALUE_CUT, "value cut at a colon inside a time: " + quoted);
     if (relaxed & kColonsKept) Note(LASNOTE_VALUE_WITH_COLONS, "value keeps its colons: " + quoted);
+    if (relaxed & kMnemonicPeriods)
+        Note(LASNOTE_MNEMONIC_PERIODS, "mnemonic " + param.m_mnemonic + " ends at a double period");
     if (!Spend(ParamBytes(param))) return LASFILE_OUT_OF_MEMORY;
     section.m_params.push_back(std::move(param));
     if (isVersion)
@@ -149,7 +152,10 @@ void CLasReader::ApplyLas12WellLine(const CLasSection& section, CLasParam& param
     for (const char* kept : {"STRT", "STOP", "STEP", "NULL"}) {
         if (AsciiEqualNoCase(param.m_mnemonic.c_str(), kept)) return;
     }
-    if (param.m_value.empty() || param.m_description.empty()) return;
+    // Text only in front of the colon ("UWI .   UNIQUE WELL ID:") is the
+    // description too.
+    const bool describedOnly = param.m_description.empty() && std::strchr(Line(), ':');
+    if (param.m_value.empty() || (param.m_description.empty() && !describedOnly)) return;
     std::swap(param.m_value, param.m_description);
     Note(LASNOTE_LAS12_WELL_VALUE, "LAS 1.2 Well line: " + param.m_mnemonic + " = \"" +
                                        param.m_value + "\", described as \"" + param.m_description +

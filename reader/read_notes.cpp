@@ -10,7 +10,7 @@ namespace {
 
 // Past this many notes of one kind, a read only counts them.
 constexpr uint32_t kNotesPerKind = 100;
-constexpr size_t kKindSlots = 32;
+constexpr size_t kKindSlots = 40;
 
 size_t Slot(ELASNOTEKIND kind)
 {
@@ -32,6 +32,7 @@ constexpr KindName kKindNames[] = {
     {LASNOTE_HEADER_AT_END, "LASNOTE_HEADER_AT_END"},
     {LASNOTE_BUDGET_EXCEEDED, "LASNOTE_BUDGET_EXCEEDED"},
     {LASNOTE_MORE_NOTES, "LASNOTE_MORE_NOTES"},
+    {LASNOTE_NUMBER_IN_PART, "LASNOTE_NUMBER_IN_PART"},
     {LASNOTE_DECODED, "LASNOTE_DECODED"},
     {LASNOTE_TEXT_BEFORE_SECTIONS, "LASNOTE_TEXT_BEFORE_SECTIONS"},
     {LASNOTE_NO_VERSION_FIRST, "LASNOTE_NO_VERSION_FIRST"},
@@ -47,6 +48,8 @@ constexpr KindName kKindNames[] = {
     {LASNOTE_ARRAY_FORMAT, "LASNOTE_ARRAY_FORMAT"},
     {LASNOTE_TEXT_COLUMN, "LASNOTE_TEXT_COLUMN"},
     {LASNOTE_DECIMAL_COMMA, "LASNOTE_DECIMAL_COMMA"},
+    {LASNOTE_MNEMONIC_PERIODS, "LASNOTE_MNEMONIC_PERIODS"},
+    {LASNOTE_NEAREST_DEFINITION, "LASNOTE_NEAREST_DEFINITION"},
 };
 
 }  // namespace

@@ -110,12 +110,25 @@ ELASFILEERROR CLasReader::ReadLine()
         const ELASFILEERROR result = m_file.ReadLine();
         if (result != LASFILE_OK) return result;
         ++m_lineNumber;
+        NoteLoneReturn();
         if (LineCounts(m_file.GetLine())) break;
     }
     if (m_options.lenient) LookAtLine();
     if (!m_statusCallback) return LASFILE_OK;
     if (m_file.GetLineCount() % 10 != 0) return LASFILE_OK;
     return ReportProgress(m_file.GetPercentRead());
+}
+
+// Leniently, once: the first line ended by a carriage return alone, after
+// which either line end counts.
+void CLasReader::NoteLoneReturn()
+{
+    const uint64_t line = m_file.GetLoneReturnLine();
+    if (line == 0 || m_loneReturnNoted) return;
+    m_loneReturnNoted = true;
+    NoteAt(line, LASNOTE_DECODED,
+           "a carriage return without a line feed ends line " + std::to_string(line) +
+               ", and so on in the rest of the file");
 }
 
 // Moves past the section whose header is the current line. The end of the
@@ -224,6 +237,7 @@ ELASFILEERROR CLasReader::OpenWith(OpenInput open)
     m_stopReason.clear();
     std::fill(std::begin(m_noteCounts), std::end(m_noteCounts), 0u);
     m_isVersion1 = false;
+    m_loneReturnNoted = false;
     m_fillValue = 0.0;
     if (m_file.IsOpen()) m_file.Close();
 

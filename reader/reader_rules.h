@@ -13,6 +13,7 @@ namespace quarl {
 constexpr unsigned kRelaxedNoPeriod = 1;  // leniently read without a period
 constexpr unsigned kValueCutAtColon = 2;  // the value ends at a colon inside a time
 constexpr unsigned kColonsKept = 4;       // leniently the value kept its colons
+constexpr unsigned kMnemonicPeriods = 8;  // leniently the mnemonic ended at a double period
 
 inline uint64_t ParamBytes(const CLasParam& p)
 {

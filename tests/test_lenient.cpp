@@ -137,11 +137,31 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
          "A:2/16|Curve{1,2,3,4;12,-0,7,1e+20}", LASFILE_OK, "A:2/16|Curve{1,2,3,4;12.5,-0.25,7,1e+20}",
          LASNOTE_DECIMAL_COMMA, 9, false},
         {"comma without digits behind", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,\n2 3,5\n", "A", LASFILE_OK,
-         "A:2/16|Curve{1,2;12,3}", LASFILE_OK, "A:2/16|Curve{1,2;12,3}", LASNOTE_DECIMAL_COMMA, 0, false},
+         "A:2/16|Curve{1,2;12,3}", LASFILE_OK, "A:2/16|Curve{1,2;12,3}", LASNOTE_NUMBER_IN_PART, 10, true},
         {"thousands comma", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 1,500\n2 7\n", "A", LASFILE_OK,
-         "A:2/16|Curve{1,2;1,7}", LASFILE_OK, "A:2/16|Curve{1,2;1,7}", LASNOTE_DECIMAL_COMMA, 0, false},
+         "A:2/16|Curve{1,2;1,7}", LASFILE_OK, "A:2/16|Curve{1,2;1,7}", LASNOTE_NUMBER_IN_PART, 10, true},
         {"comma and period", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,5\n2 7.5\n", "A", LASFILE_OK,
-         "A:2/16|Curve{1,2;12,7.5}", LASFILE_OK, "A:2/16|Curve{1,2;12,7.5}", LASNOTE_DECIMAL_COMMA, 0, false},
+         "A:2/16|Curve{1,2;12,7.5}", LASFILE_OK, "A:2/16|Curve{1,2;12.5,7.5}", LASNOTE_DECIMAL_COMMA, 10, false},
+        {"comma among periods", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 123.45\n2 123,420\n3 1,500.25\n", "A",
+         LASFILE_OK, "A:2/16|Curve{1,2,3;123.45,123,1}", LASFILE_OK, "A:2/16|Curve{1,2,3;123.45,123.42,1}",
+         LASNOTE_NUMBER_IN_PART, 12, true},
+        {"numbers in part", kHead + kCurves + "~A\n1 12.5ft 1.2.3\n2 5-3 7\n3 4 8\n", "A", LASFILE_OK,
+         "A:2/16|Curve{1,2,3;12.5,5,4;1.2,7,8}", LASFILE_OK, "A:2/16|Curve{1,2,3;12.5,5,4;1.2,7,8}",
+         LASNOTE_NUMBER_IN_PART, 12, true},
+        {"lone carriage return",
+         "~Version\r\nVERS. 2.0 : v\r\nWRAP. NO : w\r\n~Well\r\nSTRT.M 1 : s\rSTOP.M 2 : t\r"
+         "NULL. -999.25 : n\r\n",
+         "Well/NULL", LASFILE_OK, "(missing)", LASFILE_OK, "-999.25", LASNOTE_DECODED, 5, false},
+        {"double period", kHead + "Cond..MS/M 5 : conductivity\nI. Res..OHM-M 12 : r\n", "Well/I. Res.", LASFILE_OK,
+         "(missing)", LASFILE_OK, "12", LASNOTE_MNEMONIC_PERIODS, 7, false},
+        {"colons in a value", kHead + "LOC1. X: -0000000.00 ft, Y: 000 : Location\n", "Well/LOC1", LASFILE_OK, "X",
+         LASFILE_OK, "X: -0000000.00 ft, Y: 000", LASNOTE_VALUE_WITH_COLONS, 6, false},
+        {"date and time alone", kHead + "CREA. 8/24/2011 12:45:27\n", "Well/CREA", LASFILE_OK, "8/24/2011 12",
+         LASFILE_OK, "8/24/2011 12:45:27", LASNOTE_VALUE_WITH_COLONS, 6, false},
+        {"LAS 1.2 description only", kHead12 + "UWI .   UNIQUE WELL ID:\n", "Well/UWI", LASFILE_OK, "UNIQUE WELL ID",
+         LASFILE_OK, "", LASNOTE_LAS12_WELL_VALUE, 6, false},
+        {"one digit without period", kHead + "BS 2 : BIT SIZE\n", "Well/BS", LASFILE_BAD_FORMAT, "", LASFILE_OK, "2",
+         LASNOTE_NO_PERIOD, 6, false},
         {"leading tab", Las30Head("DEPT.M : d\nGR.API : g\n", "TAB") + "~Log_Data\n\t1\t2\n", "Log_Data", LASFILE_OK,
          "Log_Data:2/16|Log_Definition{0;1}", LASFILE_OK, "Log_Data:2/16|Log_Definition{1;2}", LASNOTE_LEADING_TAB, 11,
          false},
@@ -456,6 +476,10 @@ TEST(Lenient, CorpusReadsLenientlyWithNotesOnChangedValues)
             EXPECT_EQ(lenientResult, LASFILE_OK) << path << '\n' << NoteList(lenient);
         }
         if (strict.size() != lenient.size() || lenient.GetNotes().empty()) continue;
+        // Text read as other lines or other bytes has that one note for all
+        // it changes (a carriage return alone ends every line behind it).
+        const auto decoded = [](const CLasNote& n) { return n.kind == LASNOTE_DECODED; };
+        if (std::any_of(lenient.GetNotes().begin(), lenient.GetNotes().end(), decoded)) continue;
         std::vector<std::string> lines;
         std::istringstream in(ReadFileBytes(path));
         for (std::string line; std::getline(in, line);) lines.push_back(line);

@@ -146,6 +146,40 @@ TEST(TextFile, SkippingToAHeaderPassesTheLinesThatReadingPasses)
     }
 }
 
+// All lines of a file read with decoding on or off, joined by "|".
+std::string AllLines(const std::string& bytes, bool decode, uint64_t* loneLine = nullptr)
+{
+    TempDir dir;
+    CTextFile file;
+    file.SetDecoding(decode);
+    std::string lines;
+    for (ELASFILEERROR r = file.Open(dir.Write("f", bytes)); r == LASFILE_OK; r = file.ReadLine())
+        lines += Line(file) + "|";
+    if (loneLine) *loneLine = file.GetLoneReturnLine();
+    return lines + std::to_string(file.GetLineCount());
+}
+
+TEST(TextFile, DecodingACarriageReturnAloneEndsALineAnywhere)
+{
+    uint64_t lone = 0;
+    EXPECT_EQ(AllLines("a\r\nb\rc\r\nd\ne\r", true, &lone), "a|b|c|d|e|5");
+    EXPECT_EQ(lone, 2u);
+    EXPECT_EQ(AllLines("a\r\nb\rc\r\nd\ne\r", false, &lone), "a|bc|d|e|3");
+    EXPECT_EQ(lone, 0u);
+    // Behind the last byte of a block: a line feed in the next block pairs
+    // with it, anything else does not.
+    const std::string head = "h\n" + std::string(1021, 'x');
+    EXPECT_EQ(AllLines(head + "\r\ny\n", true, &lone), "h|" + std::string(1021, 'x') + "|y|3");
+    EXPECT_EQ(lone, 0u);
+    EXPECT_EQ(AllLines(head + "\rz\n", true, &lone), "h|" + std::string(1021, 'x') + "|z|3");
+    EXPECT_EQ(lone, 2u);
+    // Skipping to a header finds it behind such a line, counting as reading does.
+    std::string rows = "~A\n";
+    for (int i = 0; i < 300; ++i) rows += "1 2" + std::string(i == 150 ? "\r" : "\r\n");
+    ExpectSkipsAs(rows + "~h\r\n3\r~x\n", true);
+    ExpectSkipsAs(rows + "~h\r\n3\r~x\n", false);
+}
+
 // With decoding on, Open names the text form by the first bytes: a mark,
 // or for UTF-16 without one, ASCII bytes with a zero beside each.
 TEST(TextFile, DecodingNamesTheTextFormByTheFirstBytes)

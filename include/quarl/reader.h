@@ -29,8 +29,8 @@ class SectionNameIndex;
 struct CLasReadOptions {
     // Relaxes a few well-defined rules so that files written by real tools
     // read as they mean; each relaxed rule that fires leaves a note of its
-    // own kind, LASNOTE_DECODED to LASNOTE_DECIMAL_COMMA below, where each
-    // rule is told. Off, the result of every read is exactly the strict one.
+    // own kind, LASNOTE_DECODED to LASNOTE_NEAREST_DEFINITION below, where
+    // each rule is told. Off, the result of every read is exactly the strict one.
     bool lenient = false;
     // Reads every section but keeps no data values: the curves of a data
     // section have their definitions and no values. The rows are passed
@@ -63,11 +63,17 @@ enum ELASNOTEKIND : int32_t {
     LASNOTE_HEADER_AT_END = 6,    // a section header is the last line of the file
     LASNOTE_BUDGET_EXCEEDED = 7,  // the read passed CLasReadOptions::maxBytes
     LASNOTE_MORE_NOTES = 8,       // notes of one kind past the cap, counted here
+    LASNOTE_NUMBER_IN_PART = 9,   // a numeric token of which only a leading number counts
+                                  // ("123,420", "12.5ft", "1.2.3", "5-3": 123, 12.5, 1.2, 5);
+                                  // leniently, only for tokens no rule of a column reads whole
     // Made only in lenient reads, one kind for each relaxed rule.
     LASNOTE_DECODED = 16,               // a UTF-8 byte-order mark passed over, UTF-16/32 text
                                         // (with a mark, or UTF-16 seen by its zero bytes) read
                                         // as UTF-8, or carriage returns read as line ends (when
-                                        // the first 1024 bytes hold them and no line feed)
+                                        // the first 1024 bytes hold them and no line feed; or,
+                                        // in a file of line feeds, from the first carriage
+                                        // return that no line feed follows on: one note, on
+                                        // the line it ends, and line numbers count such lines)
     LASNOTE_TEXT_BEFORE_SECTIONS = 17,  // blank lines and text in front of the first "~"
                                         // line passed over (comments behind a first "#"
                                         // line are no note: strict reading passes them too)
@@ -81,11 +87,19 @@ enum ELASNOTEKIND : int32_t {
                                         // the mnemonic and the rest the value
     LASNOTE_LINE_PASSED_OVER = 22,      // a line of a parameter section that is no parameter
                                         // line is passed over instead of ending the read
-    LASNOTE_VALUE_WITH_COLONS = 23,     // a value whose first colon stands between two digits
-                                        // (a time) ends at the first colon that does not
+    LASNOTE_VALUE_WITH_COLONS = 23,     // a value keeps colons that are no description colon:
+                                        // one whose first colon stands between two digits (a
+                                        // time) ends at the first colon that does not, or takes
+                                        // the whole line when every colon is in a time
+                                        // ("CREA. 8/24/2011 12:45:27"); a value whose first colon
+                                        // has no blank in front ("LOC. X: 12 ft, Y: 3 : Location")
+                                        // ends at the last colon that has a blank in front and
+                                        // a word behind
     LASNOTE_LAS12_WELL_VALUE = 24,      // VERS 1.x, Well line other than STRT, STOP, STEP, NULL
                                         // with text on both sides of the colon: value and
-                                        // description swapped ("COMP. COMPANY: ANY OIL CO")
+                                        // description swapped ("COMP. COMPANY: ANY OIL CO"); with
+                                        // text only in front of the colon, that text is the
+                                        // description ("UWI .   UNIQUE WELL ID:")
     LASNOTE_NULL_FILLED = 25,           // a short row's numbers filled with the Well section's
                                         // NULL value instead of 0 (a row with no NULL in the
                                         // Well section is filled with 0: LASNOTE_SHORT_ROW)
@@ -105,7 +119,17 @@ enum ELASNOTEKIND : int32_t {
                                         // period, in a file whose delimiter is not the comma,
                                         // is read with the comma as the decimal mark (not when
                                         // every comma has three digits behind it: "1,500");
-                                        // the note is on the data section's header
+                                        // the note is on the data section's header. In a curve
+                                        // whose other values have decimals (a period), each
+                                        // token of digits, one comma and digits is read with
+                                        // the comma as the decimal mark ("123,420" is 123.42),
+                                        // a note on its line. A comma with a period ("1,500.25")
+                                        // is no decimal comma: atof reads it (1)
+    LASNOTE_MNEMONIC_PERIODS = 31,      // a mnemonic that holds periods ends at a double period:
+                                        // "Cond..MS/M" is mnemonic "Cond.", unit "MS/M"
+    LASNOTE_NEAREST_DEFINITION = 32,    // a data section takes the nearest definition section of
+                                        // its name above it (files that repeat ~Curve and ~Ascii
+                                        // for each logging run), not the first
 };
 
 // The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
@@ -341,9 +365,11 @@ private:
     ELASFILEERROR ReadParameterLine(CLasSection& section, bool isVersion);
     void ApplyLas12WellLine(const CLasSection& section, CLasParam& param);
     ELASFILEERROR MakeCurvesFromHeader(CLasSection& section);
-    double OddNumber(const CLasCurve& curve, const char* begin, const char* end);
+    double OddNumber(const CLasCurve& curve, const char* begin, const char* end, bool notePart);
+    void NoteNumberInPart(const CLasCurve& curve, uint64_t line, const std::string& token);
     void FillShortRow(std::vector<CLasCurve>& curves, size_t column);
     void NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count);
+    void NoteLoneReturn();
     ELASFILEERROR PassDataRows(const std::string& name);
     void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
                           uint64_t headerLine);
@@ -366,10 +392,12 @@ private:
     // Why the read stopped, set where it stopped; empty while it goes on.
     std::string m_stopReason;
     // Notes per kind so far, and the line of the last one past the cap.
-    uint32_t m_noteCounts[32] = {};
-    uint64_t m_noteLastLines[32] = {};
+    uint32_t m_noteCounts[40] = {};
+    uint64_t m_noteLastLines[40] = {};
     // The VERS line named a version before 2 (LAS 1.2).
     bool m_isVersion1 = false;
+    // The first line ended by a carriage return alone has its note.
+    bool m_loneReturnNoted = false;
     // What a short row is filled with: 0, or leniently the NULL value.
     double m_fillValue = 0.0;
     // The sections by name while Open reads, null otherwise.

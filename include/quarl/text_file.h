@@ -94,7 +94,13 @@ public:
     bool GetDecoding() const { return m_decode; }
     // What the last Open found; kFormBytes and false while decoding is off.
     ETextForm GetTextForm() const { return static_cast<ETextForm>(m_form); }
-    bool HasCarriageReturnLines() const { return m_crLines; }
+    bool HasCarriageReturnLines() const { return m_crLines && m_loneReturnLine == 0; }
+    // Decoding, a carriage return with no line feed behind it ends a line
+    // anywhere in the file (old tools, files put together), and from then on
+    // a carriage return, a line feed or the two together end each line. The
+    // 1-based line that the first such carriage return ended; 0 for none.
+    // Headers-only skipping looks for them only within its blocks.
+    uint64_t GetLoneReturnLine() const { return m_loneReturnLine; }
 
 private:
     CTextFile(CTextFile& other);  // not offered
@@ -105,6 +111,9 @@ private:
     void DetectTextForm();
     ELASFILEERROR ReadCarriageReturnLine();
     bool AppendByte(char c);
+    bool AppendBytes(const char* bytes, size_t length);
+    ELASFILEERROR SkipLineByLine(char first, uint64_t& passed);
+    bool IsLoneReturn(const char* cr, const char* feed);
 
     std::FILE* m_file;
     tessel::TxString m_filename;
@@ -121,6 +130,7 @@ private:
     uint8_t m_form = kFormBytes;
     bool m_crLines = false;
     bool m_afterCarriageReturn = false;
+    uint64_t m_loneReturnLine = 0;
 };
 
 }  // namespace quarl
