@@ -1,4 +1,5 @@
-// The first stored section of each name, found in logarithmic time. The
+// The first and the last stored section of each name, found in logarithmic
+// time. The
 // sections are compared by name ignoring the case of ASCII letters, as in a
 // linear search for the first match, so that a file of many sections is
 // read in linear time. The names are kept in order, not hashed, so that no
@@ -25,30 +26,51 @@ inline std::string FoldSectionName(const char* name)
 
 class SectionNameIndex {
 public:
-    // Records section `index` under `name` unless an earlier one has it.
-    void Add(const char* name, int32_t index) { m_first.emplace(FoldSectionName(name), index); }
+    // Records section `index` under `name`: the first of that name, and the
+    // last so far.
+    void Add(const char* name, int32_t index)
+    {
+        std::string folded = FoldSectionName(name);
+        m_last[folded] = index;
+        m_first.emplace(std::move(folded), index);
+    }
     // The first index recorded under `name`, or -1.
     int32_t Find(const char* name) const
     {
         const auto found = m_first.find(FoldSectionName(name));
         return found == m_first.end() ? -1 : found->second;
     }
-    void Clear() { m_first.clear(); }
+    // The last index recorded under `name`, or -1.
+    int32_t FindLast(const char* name) const
+    {
+        const auto found = m_last.find(FoldSectionName(name));
+        return found == m_last.end() ? -1 : found->second;
+    }
+    void Clear()
+    {
+        m_first.clear();
+        m_last.clear();
+    }
 
     // A reader's sections can be renamed by a host that holds them, and only
     // from the status callback while a read runs: the index is stale when
-    // sections were handed out and a callback has run since it was built.
+    // sections were handed out and a callback has run since it was built,
+    // and while a callback runs (a host may rename and look up in one call).
     void NoteSectionsLent() { m_lent = true; }
-    void NoteCallback()
+    void EnterCallback() { m_inCallback = true; }
+    void LeaveCallback()
     {
+        m_inCallback = false;
         if (m_lent) m_callbackSinceBuild = true;
     }
-    bool IsStale() const { return m_callbackSinceBuild; }
+    bool IsStale() const { return m_callbackSinceBuild || (m_inCallback && m_lent); }
     void NoteRebuilt() { m_callbackSinceBuild = false; }
 
 private:
     std::map<std::string, int32_t> m_first;
+    std::map<std::string, int32_t> m_last;
     bool m_lent = false;
+    bool m_inCallback = false;
     bool m_callbackSinceBuild = false;
 };
 

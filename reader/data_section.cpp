@@ -315,7 +315,7 @@ ELASFILEERROR CLasReader::ReadDataSection()
         const ELASFILEERROR made = MakeCurvesFromHeader(section);
         if (made != LASFILE_OK) return made;
     } else {
-        const int32_t definition = FindSectionIndexByName(section.m_association.c_str());
+        const int32_t definition = DefinitionIndex(section.m_association);
         if (definition < 0)
             return Stop(LASFILE_BAD_FORMAT,
                         "the association of a data section names no section read before it");
@@ -347,6 +347,20 @@ ELASFILEERROR CLasReader::ReadDataSection()
     if (result == LASFILE_IO_FAILED) return HeaderAtEnd(stored->m_name);
     if (result != LASFILE_OK) return result;
     return ReadDataRows(*stored, headerLine);
+}
+
+// The definition section a data section's curves come from: the first of
+// its name; leniently the nearest above it, with a note when that is
+// another one (files that repeat ~Curve and ~Ascii for each run).
+int32_t CLasReader::DefinitionIndex(const std::string& name)
+{
+    const int32_t first = FindSectionIndexByName(name.c_str());
+    if (!m_options.lenient || first < 0) return first;
+    const int32_t nearest = FindNearestSectionIndexByName(name.c_str());
+    if (nearest != first)
+        Note(LASNOTE_NEAREST_DEFINITION,
+             "curves from the nearest ~" + name + " above, not the first of that name");
+    return nearest;
 }
 
 // Without values: the lines up to the next header are passed over whole.

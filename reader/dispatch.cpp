@@ -89,16 +89,30 @@ void CLasReader::StoreSection(std::shared_ptr<CLasSection> section)
 // While Open reads, only StoreSection adds sections, so the index answers;
 // it is built again when a host that holds sections may have renamed them
 // from its callback. Otherwise the names are searched as they stand.
+// The index of a read in progress, brought up to date first when a host may
+// have renamed sections it holds.
+void CLasReader::RefreshNameIndex() const
+{
+    if (!m_nameIndex->IsStale()) return;
+    m_nameIndex->Clear();
+    for (size_t i = 0; i < m_sections.size(); ++i)
+        m_nameIndex->Add(m_sections[i]->m_name.c_str(), static_cast<int32_t>(i));
+    m_nameIndex->NoteRebuilt();
+}
+
+// The last section of that name so far; outside a read, the first.
+int32_t CLasReader::FindNearestSectionIndexByName(const char* name) const
+{
+    if (!name || !*name || !m_nameIndex) return FindSectionIndexByName(name);
+    RefreshNameIndex();
+    return m_nameIndex->FindLast(name);
+}
+
 int32_t CLasReader::FindSectionIndexByName(const char* name) const
 {
     if (!name || !*name) return -1;
     if (m_nameIndex) {
-        if (m_nameIndex->IsStale()) {  // a host may have renamed sections it holds
-            m_nameIndex->Clear();
-            for (size_t i = 0; i < m_sections.size(); ++i)
-                m_nameIndex->Add(m_sections[i]->m_name.c_str(), static_cast<int32_t>(i));
-            m_nameIndex->NoteRebuilt();
-        }
+        RefreshNameIndex();
         return m_nameIndex->Find(name);
     }
     // Folding the case keeps the length, so a stored name can only match

@@ -94,8 +94,9 @@ ELASFILEERROR CLasReader::ReportProgress(double percent)
 {
     tessel::TxString message("Reading ");
     message += m_file.GetFilename();
+    if (m_nameIndex) m_nameIndex->EnterCallback();
     const bool stop = m_statusCallback(m_statusContext, percent, message.c_str()) != 0;
-    if (m_nameIndex) m_nameIndex->NoteCallback();
+    if (m_nameIndex) m_nameIndex->LeaveCallback();
     // A host that closed the reader from its callback has stopped the read
     // as well: there is no line left to go on with.
     return stop || !m_file.IsOpen() ? LASFILE_CANCELLED : LASFILE_OK;

@@ -200,6 +200,27 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
     }
 }
 
+// Files that repeat ~Curve and ~Ascii for each run: leniently each data
+// section takes the nearest definition above it; strictly the first.
+TEST(Lenient, RepeatedRunsTakeTheNearestDefinition)
+{
+    const std::string text =
+        kHead + "~Curve\nDEPT.M : d\nA. : a\n~A\n1 2\n" + "~Curve\nDEPT.M : d\nB. : b\nC. : c\n~A\n3 4 5\n";
+    for (bool lenient : {false, true}) {
+        CLasReader reader;
+        CLasReadOptions options;
+        options.lenient = lenient;
+        reader.SetOptions(options);
+        ASSERT_EQ(OpenText(reader, text), LASFILE_OK);
+        const CLasSection& second = reader.GetSection(reader.size() - 1);
+        ASSERT_EQ(second.m_curves.size(), lenient ? 3u : 2u);
+        EXPECT_EQ(second.m_curves.back().m_numbers.at(0), lenient ? 5 : 4);
+        EXPECT_EQ(HasNote(reader, LASNOTE_NEAREST_DEFINITION, 15), lenient) << NoteList(reader);
+        EXPECT_EQ(HasNote(reader, LASNOTE_LONG_ROW, 16), !lenient) << NoteList(reader);
+        EXPECT_FALSE(HasNote(reader, LASNOTE_NEAREST_DEFINITION, 9)) << NoteList(reader);
+    }
+}
+
 // The note of a skipped section says whether its first line looks like a
 // data row.
 TEST(Lenient, SkippedSectionSaysWhenItLooksLikeData)

@@ -275,15 +275,22 @@ TEST(Lookup, SectionByNameAndDefinitionOfDataSection)
 
     // Renamed by the host from its callback while Open reads: the later data
     // sections find the definition by its new name, and not by the old one.
+    // A lookup in the same callback finds it as it stands too.
     struct Renamer {
         CLasReader* reader;
+        std::string lookups;
         static int32_t Rename(void* self, double, const char*)
         {
-            for (const std::shared_ptr<CLasSection>& section : *static_cast<Renamer*>(self)->reader)
+            Renamer& r = *static_cast<Renamer*>(self);
+            CLasSection found;
+            r.lookups += std::to_string(r.reader->GetSection("Core_Definition", found)) + ",";
+            for (const std::shared_ptr<CLasSection>& section : *r.reader)
                 if (section->m_name == "Core_Definition") section->m_name = "Drill_Definition";
+            r.lookups += std::to_string(r.reader->GetSection("Drill_Definition", found)) +
+                         std::to_string(r.reader->GetSection("Core_Definition", found)) + ";";
             return 0;
         }
-    } renamer{&reader};
+    } renamer{&reader, ""};
     reader.SetStatusCallback(&renamer, &Renamer::Rename);
     std::string text = Las30Head("A.M : a\n") + "~Core_Definition\nX.M : x\n~Other_Parameter\n";
     for (int i = 0; i < 12; ++i) text += "P.M 1 : p\n";  // a report comes among them
@@ -292,6 +299,8 @@ TEST(Lookup, SectionByNameAndDefinitionOfDataSection)
     const CLasSection& drill = reader.GetSection(reader.size() - 1);
     EXPECT_EQ(drill.m_name + "|" + drill.m_association, "Drill_Data|Drill_Definition");
     EXPECT_EQ(drill.m_curves.size(), 1u);
+    const std::string ok = std::to_string(LASFILE_OK), bad = std::to_string(LASFILE_BAD_VALUE);
+    EXPECT_EQ(renamer.lookups.substr(0, 2 * ok.size() + bad.size() + 2), ok + "," + ok + bad + ";");
     reader.SetStatusCallback(nullptr, nullptr);
 }
 

@@ -320,6 +320,8 @@ private:
     ELASFILEERROR SkipSection();
     ELASFILEERROR ReadSection();
     int32_t FindSectionIndexByName(const char* name) const;
+    int32_t FindNearestSectionIndexByName(const char* name) const;
+    void RefreshNameIndex() const;
     ELASFILEERROR ParseParameterLine(const char* line, CLasParam& param) const;
     ELASFILEERROR ReadParameterSection(bool isDefinition);
     int32_t FindDefinitionSectionForDataSection(const char* name, std::string* found) const;
@@ -371,6 +373,7 @@ private:
     void NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count);
     void NoteLoneReturn();
     ELASFILEERROR PassDataRows(const std::string& name);
+    int32_t DefinitionIndex(const std::string& name);
     void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
                           uint64_t headerLine);
 
