@@ -247,6 +247,19 @@ TEST(FileOutput, RefusedOrFailedWritesKeepTheOldTarget)
 // The last step of a write puts the finished file in place of the target.
 // When that fails (here the target has become a folder meanwhile), the
 // write fails with no place in the record and takes its file away.
+// A device that refuses every byte at the final flush of the last data
+// section: the record names the section, and no column or row.
+TEST(FileOutput, FailedFinalFlushIsRecordedWithTheSectionAlone)
+{
+    if (access("/dev/full", W_OK) != 0) GTEST_SKIP() << "no /dev/full";
+    for (bool las3 : {false, true}) {
+        CLasWriter w;
+        Build(w, las3);
+        EXPECT_EQ(w.Write("/dev/full"), LASFILE_IO_FAILED);
+        EXPECT_EQ(LastError(w), (ErrorRecord{LASFILE_IO_FAILED, las3 ? "Log_Data" : "ASCII", "", -1, -1}));
+    }
+}
+
 TEST(FileOutput, FailedReplacementOfTheTargetIsAnIoFailure)
 {
     TempDir dir;

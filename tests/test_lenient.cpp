@@ -309,6 +309,18 @@ TEST(Lenient, NotesOfOneKindAreCappedAndCounted)
     ASSERT_EQ(notes.back().kind, LASNOTE_MORE_NOTES);
     EXPECT_EQ(notes.back().line, 260u);
     EXPECT_EQ(notes.back().text.substr(0, 4), "150 ");
+    // Exactly at the cap nothing is counted; one past it counts one.
+    for (int rows : {100, 101}) {
+        std::string edge = kHead + kCurves + "~A\n";
+        for (int i = 0; i < rows; ++i) edge += "1 2\n";
+        Read at;
+        ReadText(at, edge, "A");
+        const auto& kept = at.reader.GetNotes();
+        EXPECT_EQ(kept.back().kind == LASNOTE_MORE_NOTES, rows == 101) << rows;
+        if (rows == 101) {
+            EXPECT_EQ(kept.back().text.substr(0, 2), "1 ");
+        }
+    }
 }
 
 // A read past its budget ends with OUT_OF_MEMORY, keeps what fitted with all
