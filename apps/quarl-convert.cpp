@@ -32,8 +32,11 @@ void Usage(std::FILE* to)
         "  --drop-unsupported    leave out sections the chosen version cannot hold, with a note\n"
         "  --fix-well-range      rewrite STRT, STOP and STEP of the Well section from the data\n"
         "                        when they disagree with it, with a note\n"
-        "  --strict              read IN exactly by the format's rules; by default it is read\n"
-        "                        leniently and the notes of the read go to stderr\n");
+        "  --strict              read IN exactly by the format's rules and repair nothing; by\n"
+        "                        default IN is read leniently, and what the target version\n"
+        "                        cannot hold is repaired, one line on stderr per change: the\n"
+        "                        Well range taken from the data, mnemonics and units renamed,\n"
+        "                        sections, lines and (LAS 2.0) text curves it refuses left out\n");
 }
 
 int Run(int argc, char** argv)
@@ -104,6 +107,7 @@ int Run(int argc, char** argv)
     }
 
     options.read = ex::ProgramReadOptions(strict, positional[0]);
+    if (!strict) options = ex::RepairingOptions(options);
     const ex::ConvertResult result = ex::ConvertFile(positional[0], positional[1], options);
     ex::PrintNotesBounded("quarl-convert", positional[0], result.readNotes);
     for (const std::string& note : result.notes)

@@ -1,5 +1,7 @@
 #include "support/conversion.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 
 #include "support/text.h"
@@ -108,6 +110,141 @@ std::vector<std::string> FixWellRange(std::vector<CLasSection>& sections, bool l
     return notes;
 }
 
+ConvertOptions RepairingOptions(ConvertOptions options)
+{
+    options.fixWellRange = true;
+    options.dropUnsupported = true;
+    options.dropRefusedLines = true;
+    options.legalNames = true;
+    options.dropTextCurves = true;
+    return options;
+}
+
+std::string LegalName(const std::string& name, bool isUnit)
+{
+    std::string legal = name;
+    for (char& c : legal) {
+        if (c == '.' || c == ':' || c == '{' || c == '}' || c == '|' ||
+            static_cast<unsigned char>(c) <= ' ')
+            c = '_';
+    }
+    if (!isUnit && legal.find_first_not_of('_') == std::string::npos) legal = "UNKNOWN";
+    return legal;
+}
+
+namespace {
+
+std::string Upper(std::string text)
+{
+    for (char& c : text)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return text;
+}
+
+// A value without the bytes no value may hold: braces become parentheses,
+// a bar a slash.
+std::string LegalValue(std::string value)
+{
+    for (char& c : value) c = c == '{' ? '(' : c == '}' ? ')' : c == '|' ? '/' : c;
+    return value;
+}
+
+// Renames a parameter's mnemonic and unit to legal names, unique among
+// `taken`, and takes out of its value what no value may hold; a note when
+// anything changed.
+void LegalizeParam(CLasParam& param, const std::string& where, std::vector<std::string>& taken,
+                   std::vector<std::string>& notes)
+{
+    std::string mnemonic = LegalName(param.m_mnemonic, false);
+    const std::string base = mnemonic;
+    for (int n = 2; std::find(taken.begin(), taken.end(), Upper(mnemonic)) != taken.end(); ++n)
+        mnemonic = base + "_" + std::to_string(n);
+    taken.push_back(Upper(mnemonic));
+    const std::string unit = LegalName(param.m_unit, true);
+    if (mnemonic != param.m_mnemonic)
+        notes.push_back("mnemonic \"" + std::string(param.m_mnemonic) + "\" of " + where +
+                        " written as " + mnemonic);
+    if (unit != param.m_unit)
+        notes.push_back("unit \"" + std::string(param.m_unit) + "\" of " + mnemonic + " in " +
+                        where + " written as " + unit);
+    const std::string value = LegalValue(param.m_value);
+    if (value != param.m_value)
+        notes.push_back("value of " + mnemonic + " in " + where + " written as \"" + value + "\"");
+    param.m_mnemonic = mnemonic;
+    param.m_unit = unit;
+    param.m_value = value;
+}
+
+}  // namespace
+
+std::vector<std::string> LegalizeNames(std::vector<CLasSection>& sections)
+{
+    std::vector<std::string> notes;
+    for (CLasSection& section : sections) {
+        std::vector<std::string> taken;
+        for (CLasParam& param : section.m_params)
+            LegalizeParam(param, "section " + section.m_name, taken, notes);
+        taken.clear();
+        std::vector<std::string> unused;
+        for (CLasCurve& curve : section.m_curves)
+            LegalizeParam(curve.m_definition, "section " + section.m_name, taken, unused);
+    }
+    return notes;
+}
+
+namespace {
+
+// LAS 2.0 data hold numbers only: text curves go, with their definitions.
+void DropTextCurves(std::vector<CLasSection>& sections, std::vector<std::string>& notes)
+{
+    for (CLasSection& data : sections) {
+        if (data.m_type != LASSECTION_DATA) continue;
+        CLasSection* definition = nullptr;
+        for (CLasSection& s : sections)
+            if (!data.m_association.empty() && EqualsNoCase(s.m_name, data.m_association))
+                definition = &s;
+        const bool paired = definition && definition->m_params.size() == data.m_curves.size();
+        for (size_t i = data.m_curves.size(); i-- > 0;) {
+            if (data.m_curves[i].m_isNumeric) continue;
+            notes.push_back("curve " + std::string(data.m_curves[i].m_definition.m_mnemonic) +
+                            " of " + data.m_name +
+                            " holds text, which LAS 2.0 data cannot: left out");
+            data.m_curves.erase(data.m_curves.begin() + static_cast<std::ptrdiff_t>(i));
+            if (paired)
+                definition->m_params.erase(definition->m_params.begin() +
+                                           static_cast<std::ptrdiff_t>(i));
+        }
+    }
+}
+
+// The first curve of a data section is its index, which must hold numbers:
+// the first numeric curve moves to the front, with its definition.
+void PutNumericIndexFirst(std::vector<CLasSection>& sections, std::vector<std::string>& notes)
+{
+    for (CLasSection& data : sections) {
+        if (data.m_type != LASSECTION_DATA || data.m_curves.empty() || data.m_curves[0].m_isNumeric)
+            continue;
+        size_t first = 0;
+        while (first < data.m_curves.size() && !data.m_curves[first].m_isNumeric) ++first;
+        if (first == data.m_curves.size()) continue;
+        CLasSection* definition = nullptr;
+        for (CLasSection& s : sections)
+            if (!data.m_association.empty() && EqualsNoCase(s.m_name, data.m_association))
+                definition = &s;
+        std::rotate(data.m_curves.begin(),
+                    data.m_curves.begin() + static_cast<std::ptrdiff_t>(first),
+                    data.m_curves.begin() + static_cast<std::ptrdiff_t>(first) + 1);
+        if (definition && definition->m_params.size() > first)
+            std::rotate(definition->m_params.begin(),
+                        definition->m_params.begin() + static_cast<std::ptrdiff_t>(first),
+                        definition->m_params.begin() + static_cast<std::ptrdiff_t>(first) + 1);
+        notes.push_back("curve " + std::string(data.m_curves[0].m_definition.m_mnemonic) + " of " +
+                        data.m_name + " written first: the index of a data section holds numbers");
+    }
+}
+
+}  // namespace
+
 std::string DescribeWriterError(const CLasWriter& writer)
 {
     const ELASFILEERROR code = writer.GetLastError();
@@ -182,7 +319,10 @@ ConvertResult ConvertFile(const std::string& in, const std::string& out,
 
     std::vector<CLasSection> sections;
     for (auto it = reader.begin(); it != reader.end(); ++it) {
-        if (it == reader.begin()) continue;  // the writer makes its own version block
+        // The writer makes its own version block.
+        if (it == reader.begin() &&
+            (EqualsNoCase((*it)->m_name, "Version") || EqualsNoCase((*it)->m_name, "V")))
+            continue;
         CLasSection section = **it;
         if (options.mapNames) {
             const std::string name = MapSectionName(section.m_name, options.toLas3);
@@ -200,6 +340,10 @@ ConvertResult ConvertFile(const std::string& in, const std::string& out,
         sections.push_back(std::move(section));
     }
     reader.Close();
+    if (options.legalNames)
+        for (const std::string& note : LegalizeNames(sections)) result.notes.push_back(note);
+    if (options.dropTextCurves && !options.toLas3) DropTextCurves(sections, result.notes);
+    if (options.dropTextCurves && options.toLas3) PutNumericIndexFirst(sections, result.notes);
     if (options.fixWellRange)
         for (const std::string& note : FixWellRange(sections, options.toLas3))
             result.notes.push_back(note);

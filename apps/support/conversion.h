@@ -20,7 +20,17 @@ struct ConvertOptions {
     CLasReadOptions read;           // how IN is read (default: strictly)
     bool keepPartial = false;       // after a failed read, write what was read, with a note
     bool dropRefusedLines = false;  // leave out parameter lines the writer refuses, with a note
+    bool legalNames = false;        // rename mnemonics and units the writer cannot hold
+    bool dropTextCurves = false;    // LAS 2.0: leave out text curves; LAS 3.0: put a numeric
+                                    // curve first as the index; each with a note
 };
+
+// The options of quarl-convert's default: IN read leniently, and what the
+// target version cannot hold repaired with a note each: the Well range taken
+// from the data, names made legal, sections and lines the version refuses
+// and text curves of LAS 2.0 left out. `--strict` reads strictly and
+// repairs nothing.
+ConvertOptions RepairingOptions(ConvertOptions options);
 
 struct ConvertResult {
     ELASFILEERROR code = LASFILE_OK;
@@ -51,6 +61,16 @@ std::string StoredName(const std::string& name, bool las3);
 // take the first and last depth, an uneven STEP becomes the even interval
 // of the data or, when there is none, 0. Returns a note per change.
 std::vector<std::string> FixWellRange(std::vector<CLasSection>& sections, bool las3);
+
+// A name the writer takes for a mnemonic or unit: every byte it refuses
+// (". : { } |", blanks, control bytes) becomes "_" ("Cond." is "Cond_",
+// ".1IN" is "_1IN"); a mnemonic of nothing else becomes "UNKNOWN".
+std::string LegalName(const std::string& name, bool isUnit);
+
+// Makes every mnemonic and unit of the sections legal, mnemonics unique in
+// their section ("A_B", "A_B_2"), and values free of braces and bars
+// ("(", ")", "/"); returns a note per change.
+std::vector<std::string> LegalizeNames(std::vector<CLasSection>& sections);
 
 // What the writer said about its last failure, as one line of text.
 std::string DescribeWriterError(const CLasWriter& writer);
