@@ -109,7 +109,7 @@ int Run(int argc, char** argv)
     options.read = ex::ProgramReadOptions(strict, positional[0]);
     if (!strict) options = ex::RepairingOptions(options);
     const ex::ConvertResult result = ex::ConvertFile(positional[0], positional[1], options);
-    ex::PrintNotesBounded("quarl-convert", positional[0], result.readNotes);
+    ex::PrintNotesSummary("quarl-convert", positional[0], result.readNotes);
     for (const std::string& note : result.notes)
         std::fprintf(stderr, "quarl-convert: note: %s\n", note.c_str());
     if (result.code != quarl::LASFILE_OK) {

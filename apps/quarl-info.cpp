@@ -416,7 +416,7 @@ int Run(int argc, char** argv)
         if (progress.lastWidth >= 0 && !progress.done) std::fprintf(stderr, "\n");
         f.opened = reader.IsOpen();
         f.notes = reader.GetNotes();
-        if (!json) ex::PrintNotesBounded("quarl-info", f.path, f.notes);
+        if (!json) ex::PrintNotesSummary("quarl-info", f.path, f.notes);
         f.sections.assign(reader.begin(), reader.end());
         if (!f.sections.empty()) {
             f.format.version = ex::VersionText(f.sections[0].get());

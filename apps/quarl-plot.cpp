@@ -127,7 +127,7 @@ int Run(int argc, char** argv)
     quarl::CLasReader reader;
     reader.SetOptions(ex::ProgramReadOptions(strict, in));
     const quarl::ELASFILEERROR code = reader.Open(tessel::TxString(in));
-    ex::PrintNotesBounded("quarl-plot", in, reader.GetNotes());
+    ex::PrintNotesSummary("quarl-plot", in, reader.GetNotes());
     if (code != quarl::LASFILE_OK) {
         std::fprintf(
             stderr, "quarl-plot: %s: %s (%s)%s\n", in.c_str(), quarl::ResultName(code),

@@ -26,10 +26,22 @@ std::string NoteLine(const CLasNote& note);
 // {"line": 12, "kind": "LASNOTE_SHORT_ROW", "text": "..."}
 std::string NoteJson(const CLasNote& note);
 
-// Prints the first `limit` notes to stderr as "<program>: <path>: line ...",
-// then how many more there were and where to see them all.
-void PrintNotesBounded(const char* program, const std::string& path,
-                       const std::vector<CLasNote>& notes, size_t limit = 5);
+// A few words for a kind of note: "LAS 1.2 Well value and description
+// swapped" for LASNOTE_LAS12_WELL_VALUE; the kind's name for one it does
+// not know.
+std::string NoteKindTitle(ELASNOTEKIND kind);
+
+// The notes of a read in one line, grouped by kind in the order each kind
+// first comes: "9 notes: 8 x LAS 1.2 Well value and description swapped
+// (lines 11-18); 1 x section passed over (line 40); quarl-check FILE lists
+// them". Runs of lines are ranges, at most three a kind, then "...". The
+// counts of notes past the reader's cap are added to their kind. Empty for
+// no notes.
+std::string NotesSummary(const std::vector<CLasNote>& notes, const std::string& path);
+
+// Prints NotesSummary to stderr as "<program>: <path>: <summary>".
+void PrintNotesSummary(const char* program, const std::string& path,
+                       const std::vector<CLasNote>& notes);
 
 // Whether a note tells of something a read did not keep as the file has
 // it: values dropped or read as 0, text cut, a section passed over, or the

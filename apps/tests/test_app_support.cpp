@@ -18,6 +18,7 @@
 #include "support/curve_families.h"
 #include "support/log_facts.h"
 #include "support/plot_request.h"
+#include "support/read_notes.h"
 #include "support/svg_plot.h"
 #include "support/text.h"
 
@@ -252,6 +253,23 @@ TEST(CurveFamilies, MnemonicsFindTheirFamilyInAnyCaseAndWithADuplicateSuffix)
     ASSERT_GT(count, 0u);
     EXPECT_EQ(ex::FindCurveFamilyByName(all[count - 1].name), &all[count - 1]);
     EXPECT_TRUE(ex::FindCurveFamily("RT")->log);
+}
+
+TEST(ReadNotes, OneLineAKindWithCountsAndRangesOfLines)
+{
+    std::vector<quarl::CLasNote> notes;
+    for (uint64_t line = 11; line <= 18; ++line) notes.push_back({line, quarl::LASNOTE_LAS12_WELL_VALUE, "x"});
+    notes.push_back({40, quarl::LASNOTE_SECTION_SKIPPED, "section ~Other passed over"});
+    EXPECT_EQ(ex::NotesSummary(notes, "f.las"),
+              "9 notes: 8 x LAS 1.2 Well value and description swapped (lines 11-18); 1 x section passed over "
+              "(line 40); quarl-check f.las lists them");
+    std::vector<quarl::CLasNote> rows;
+    for (uint64_t line : {1, 2, 3, 5, 7, 9, 11}) rows.push_back({line, quarl::LASNOTE_SHORT_ROW, "r"});
+    rows.push_back({0, quarl::LASNOTE_DECODED, "whole file"});
+    rows.push_back({90, quarl::LASNOTE_MORE_NOTES, "150 more notes of kind LASNOTE_SHORT_ROW, the last on this line"});
+    EXPECT_EQ(ex::NotesSummary(rows, "g"),
+              "158 notes: 157 x short row filled (lines 1-3, 5, 7, ...); 1 x text decoded; quarl-check g lists them");
+    EXPECT_EQ(ex::NotesSummary({}, "g"), "");
 }
 
 TEST(CurveFacts, StatisticsNullValueAndDepthCurve)
