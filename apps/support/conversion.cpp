@@ -217,6 +217,46 @@ void DropTextCurves(std::vector<CLasSection>& sections, std::vector<std::string>
     }
 }
 
+// Formats that say what the values are, so that a strict read takes them
+// as they were read: a numeric curve of an array format ("{AF10.4}", read
+// leniently as numbers) loses its array mark ("{F10.4}"); a curve that holds
+// text gets "{S}". The definition line of the same mnemonic follows.
+void FormatsOfValues(std::vector<CLasSection>& sections, std::vector<std::string>& notes)
+{
+    for (CLasSection& data : sections) {
+        if (data.m_type != LASSECTION_DATA) continue;
+        for (CLasCurve& curve : data.m_curves) {
+            const std::string format = curve.m_definition.m_format;
+            const bool array =
+                format.size() > 2 && format[0] == '{' && (format[1] == 'A' || format[1] == 'a');
+            const bool textFormat =
+                format.size() > 1 && (format[1] == 'S' || format[1] == 's' || format[1] == '}');
+            std::string wanted = format;
+            if (curve.m_isNumeric && array) wanted.erase(1, 1);
+            if (!curve.m_isNumeric && !textFormat) wanted = "{S}";
+            if (wanted == format) continue;
+            notes.push_back("format of " + std::string(curve.m_definition.m_mnemonic) +
+                            " written as " + wanted + ": the values are " +
+                            (curve.m_isNumeric ? "numbers" : "text"));
+            for (CLasSection& s : sections)
+                if (EqualsNoCase(s.m_name, data.m_association))
+                    for (CLasParam& param : s.m_params)
+                        if (param.m_mnemonic == curve.m_definition.m_mnemonic)
+                            param.m_format = wanted;
+            curve.m_definition.m_format = wanted;
+        }
+    }
+}
+
+bool TextWithBlanks(const std::vector<CLasSection>& sections)
+{
+    for (const CLasSection& section : sections)
+        for (const CLasCurve& curve : section.m_curves)
+            for (const CLasString& value : curve.m_strings)
+                if (value.find(' ') != std::string::npos) return true;
+    return false;
+}
+
 // The first curve of a data section is its index, which must hold numbers:
 // the first numeric curve moves to the front, with its definition.
 void PutNumericIndexFirst(std::vector<CLasSection>& sections, std::vector<std::string>& notes)
@@ -344,6 +384,13 @@ ConvertResult ConvertFile(const std::string& in, const std::string& out,
         for (const std::string& note : LegalizeNames(sections)) result.notes.push_back(note);
     if (options.dropTextCurves && !options.toLas3) DropTextCurves(sections, result.notes);
     if (options.dropTextCurves && options.toLas3) PutNumericIndexFirst(sections, result.notes);
+    if (options.dropTextCurves) FormatsOfValues(sections, result.notes);
+    if (options.dropTextCurves && options.toLas3 && options.delimiter == ' ' &&
+        TextWithBlanks(sections)) {
+        // A blank inside a text value would split it when read back.
+        writer.SetFormat(true, '\t');
+        result.notes.push_back("text values hold blanks: the data are delimited by tabs");
+    }
     if (options.fixWellRange)
         for (const std::string& note : FixWellRange(sections, options.toLas3))
             result.notes.push_back(note);

@@ -22,7 +22,8 @@ struct ConvertOptions {
     bool dropRefusedLines = false;  // leave out parameter lines the writer refuses, with a note
     bool legalNames = false;        // rename mnemonics and units the writer cannot hold
     bool dropTextCurves = false;    // LAS 2.0: leave out text curves; LAS 3.0: put a numeric
-                                    // curve first as the index; each with a note
+                                    // curve first as the index, and delimit by tabs rather
+                                    // than blanks that text values hold; each with a note
 };
 
 // The options of quarl-convert's default: IN read leniently, and what the
