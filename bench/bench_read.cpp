@@ -10,7 +10,7 @@
 //   bench_read [rows] [--gb]   default 400000 rows of 25 curves (~110 MB)
 //   bench_read --make KIND ROWS PATH   writes a file (0 LAS 2.0, 1 LAS 3.0
 //                                      comma, 2 wrapped) for profiling
-//   bench_read --options ROWS          strict, lenient and headersOnly reads
+//   bench_read --options ROWS          strict, lenient, headersOnly and dataEnds reads
 //                                      of one LAS 2.0 file side by side
 #include <fcntl.h>
 #include <quarl/reader.h>
@@ -365,12 +365,19 @@ void Options(const std::string& folder, long rows)
     lenient.lenient = true;
     quarl::CLasReadOptions headers;
     headers.headersOnly = true;
-    std::vector<double> strictTimes, lenientTimes, headerTimes, byteTimes;
+    quarl::CLasReadOptions ends = headers;
+    ends.dataEnds = true;
+    quarl::CLasReadOptions endsLenient = ends;
+    endsLenient.lenient = true;
+    std::vector<double> strictTimes, lenientTimes, headerTimes, byteTimes, endTimes,
+        endLenientTimes;
     for (int run = 0; run < kRuns; ++run) {
         strictTimes.push_back(ReadWithOptions(path, {}));
         lenientTimes.push_back(ReadWithOptions(path, lenient));
         headerTimes.push_back(ReadWithOptions(path, headers));
         byteTimes.push_back(ReadBytesAlone(path));
+        endTimes.push_back(ReadWithOptions(path, ends));
+        endLenientTimes.push_back(ReadWithOptions(path, endsLenient));
     }
     const double strict = Median(strictTimes);
     std::printf("\nReading options, %.0f MB LAS 2.0 (medians of %d interleaved runs):\n",
@@ -384,6 +391,10 @@ void Options(const std::string& folder, long rows)
     // passes every byte of them: this is its floor.
     std::printf("the file's bytes alone, looked at by nothing: %.4f s (%.1f%% of strict)\n",
                 Median(byteTimes), Median(byteTimes) * 100.0 / strict);
+    // Stopping at ~A and taking the last row from the file's end passes none.
+    std::printf("headersOnly with dataEnds: %.6f s (%.3f%% of strict), leniently %.6f s (%.3f%%)\n",
+                Median(endTimes), Median(endTimes) * 100.0 / strict, Median(endLenientTimes),
+                Median(endLenientTimes) * 100.0 / strict);
     std::remove(path.c_str());
 }
 

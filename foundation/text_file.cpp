@@ -543,6 +543,30 @@ ELASFILEERROR CTextFile::ReadLine()
     }
 }
 
+bool CTextFile::ReadTail(size_t most, std::string& tail, uint64_t& start)
+{
+    tail.clear();
+    if (!m_file || !m_line || m_form >= kFormUtf16Le || m_crLines) return false;
+    const int64_t here = TellStream(m_file);
+    start = m_fileSize > most ? m_fileSize - most : 0;
+    if (here < 0 || SeekStream(m_file, static_cast<int64_t>(start), SEEK_SET) != 0) return false;
+    tail.resize(static_cast<size_t>(m_fileSize - start));
+    tail.resize(std::fread(&tail[0], 1, tail.size(), m_file));
+    const bool back = SeekStream(m_file, here, SEEK_SET) == 0;
+    if (!back || tail.size() != m_fileSize - start) tail.clear();
+    return back && !tail.empty();
+}
+
+ELASFILEERROR CTextFile::ReadLineAt(uint64_t offset)
+{
+    if (!m_file || !m_line || m_form >= kFormUtf16Le || m_crLines) return LASFILE_IO_FAILED;
+    if (SeekStream(m_file, static_cast<int64_t>(offset), SEEK_SET) != 0) return LASFILE_IO_FAILED;
+    m_bufferStart = offset;
+    m_bufferLength = 0;
+    m_bufferPos = 0;
+    return ReadLine();
+}
+
 double CTextFile::GetPercentRead() const
 {
     if (m_fileSize == 0) return 100.0;

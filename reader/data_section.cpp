@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <string>
 
@@ -341,6 +342,9 @@ ELASFILEERROR CLasReader::ReadDataSection()
     int32_t well = m_options.lenient ? FindSectionIndexByName("Well") : -1;
     if (well < 0 && m_options.lenient) well = FindSectionIndexByName("W");
     if (well >= 0) WellNullValue(*m_sections[static_cast<size_t>(well)], m_fillValue);
+    if (m_options.headersOnly && m_options.dataEnds && !m_isLas3 && !m_isWrapped &&
+        !stored->m_curves.empty())
+        return ReadDataEnds(*stored);
     if (m_options.headersOnly) return PassDataRows(stored->m_name);
     const uint64_t headerLine = m_lineNumber;
     const ELASFILEERROR result = ReadLine();
@@ -361,6 +365,71 @@ int32_t CLasReader::DefinitionIndex(const std::string& name)
         Note(LASNOTE_NEAREST_DEFINITION,
              "curves from the nearest ~" + name + " above, not the first of that name");
     return nearest;
+}
+
+namespace {
+
+// How much of the file's end a read of the data's ends looks at.
+constexpr size_t kDataEndsTail = 1 << 16;
+
+// Whether a line counts (not blank, not a comment) and whether it is a
+// section header, for the bytes [begin, end) of one line.
+bool LineCountsIn(const char* begin, const char* end)
+{
+    while (begin < end && (*begin == ' ' || *begin == '\t' || *begin == '\r' || *begin == '\\'))
+        ++begin;
+    return begin < end && *begin != '#';
+}
+
+}  // namespace
+
+// The first and the last row of the ~A section of a LAS 2.0 file, the last
+// one found from the file's end. A section header in the file's last bytes,
+// or no whole line there, reads the rows as headersOnly does.
+ELASFILEERROR CLasReader::ReadDataEnds(CLasSection& section)
+{
+    std::string tail;
+    uint64_t tailStart = 0;
+    if (!m_file.ReadTail(kDataEndsTail, tail, tailStart)) return PassDataRows(section.m_name);
+    const char* begin = tail.data();
+    const char* end = begin + tail.size();
+    // The lines of the tail behind the ~A header; its first line only when
+    // the header ends right in front of it.
+    const uint64_t here = m_file.GetOffset();
+    const char* first = nullptr;
+    if (here >= tailStart)
+        first = begin + (here - tailStart);
+    else if (const char* feed = static_cast<const char*>(std::memchr(begin, '\n', tail.size())))
+        first = feed + 1;
+    if (!first) return PassDataRows(section.m_name);
+    const char* lastLine = nullptr;
+    for (const char* line = first; line < end;) {
+        const char* feed =
+            static_cast<const char*>(std::memchr(line, '\n', static_cast<size_t>(end - line)));
+        const char* stop = feed ? feed : end;
+        const char* lead = line;
+        while (m_options.lenient && lead < stop && (*lead == ' ' || *lead == '\t')) ++lead;
+        if (lead < stop && *lead == '~') return PassDataRows(section.m_name);
+        if (LineCountsIn(line, stop)) lastLine = line;
+        line = feed ? feed + 1 : end;
+    }
+    ELASFILEERROR result = ReadLine();
+    if (result == LASFILE_IO_FAILED) return HeaderAtEnd(section.m_name);
+    if (result != LASFILE_OK || Line()[0] == '~') return result;
+    const detail::RowBytes bytes(m_isLas3, m_delimiter);
+    bool headerReached = false;
+    result = ReadDataRow(bytes, section, headerReached, nullptr);
+    if (result != LASFILE_OK) return result;
+    const uint64_t lastOffset = lastLine ? tailStart + static_cast<uint64_t>(lastLine - begin) : 0;
+    if (!lastLine || lastOffset < m_file.GetOffset()) return LASFILE_OK;  // one row
+    const uint64_t firstRowLine = m_lineNumber;
+    m_lineNumber = 0;
+    result = m_file.ReadLineAt(lastOffset);
+    if (result == LASFILE_OK) result = ReadDataRow(bytes, section, headerReached, nullptr);
+    m_lineNumber = firstRowLine;
+    while (result == LASFILE_OK)
+        result = m_file.ReadLine();  // to the end: trailing blanks and comments
+    return result == LASFILE_IO_FAILED ? LASFILE_OK : result;
 }
 
 // Without values: the lines up to the next header are passed over whole.

@@ -221,6 +221,106 @@ TEST(Lenient, RepeatedRunsTakeTheNearestDefinition)
     }
 }
 
+std::string Exact(double v)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.17g", v);
+    return text;
+}
+
+// The values of each curve of the last data section, "a,b;c,d".
+std::string LastDataValues(const CLasReader& reader)
+{
+    std::string out;
+    for (auto it = reader.rbegin(); it != reader.rend(); ++it) {
+        if ((*it)->m_type != LASSECTION_DATA) continue;
+        for (const CLasCurve& c : (*it)->m_curves) {
+            for (double v : c.m_numbers) out += Exact(v) + ",";
+            out += ";";
+        }
+        break;
+    }
+    return out;
+}
+
+// Reading the data's ends gives the first and the last row of a full read,
+// and the same sections, for files of every shape; files it cannot serve
+// read as headersOnly does.
+TEST(Lenient, DataEndsGiveTheFirstAndLastRows)
+{
+    const std::string head = kHead + kCurves + "~A\n";
+    std::string many;
+    for (int i = 0; i < 5000; ++i) many += std::to_string(i) + " " + std::to_string(i * 2) + " 7\n";
+    const struct {
+        const char* name;
+        std::string text;
+        bool ends;  // false: read as headersOnly, no values
+    } cases[] = {
+        {"rows", head + "1 2 3\n4 5 6\n7 8 9\n", true},
+        {"no line feed at the end", head + "1 2 3\n4 5 6", true},
+        {"blank and comment lines behind", head + "1 2 3\n4 5 6\n\n# end\n  \n", true},
+        {"carriage returns", "~Version\r\nVERS. 2.0 : v\r\n~Curve\r\nD.M : d\r\n~A\r\n1\r\n2\r\n", true},
+        {"one row", head + "1 2 3\n", true},
+        {"many rows", head + many, true},
+        {"a section behind", head + "1 2 3\n~Other\nx\n", false},
+        {"LAS 3.0", Las30Head("DEPT.M : d\n") + "~Log_Data\n1\n2\n", false},
+        {"wrapped", "~Version\nVERS. 2.0 : v\nWRAP. YES : w\n~Curve\nD.M : d\nG.M : g\n~A\n1\n2\n3\n4\n", false},
+    };
+    for (const auto& c : cases) {
+        for (bool lenient : {false, true}) {
+            SCOPED_TRACE(std::string(c.name) + (lenient ? " lenient" : ""));
+            CLasReadOptions options;
+            options.lenient = lenient;
+            CLasReader full, ends;
+            full.SetOptions(options);
+            options.headersOnly = options.dataEnds = true;
+            ends.SetOptions(options);
+            ASSERT_EQ(OpenText(full, c.text), LASFILE_OK) << NoteList(full);
+            ASSERT_EQ(OpenText(ends, c.text), LASFILE_OK) << NoteList(ends);
+            ASSERT_EQ(ends.size(), full.size());
+            std::string want;
+            const CLasSection& data = *full.rbegin()->get();
+            for (const CLasCurve& curve : data.m_curves) {
+                if (c.ends && !curve.m_numbers.empty()) {
+                    want += Exact(curve.m_numbers.front()) + ",";
+                    if (curve.m_numbers.size() > 1) want += Exact(curve.m_numbers.back()) + ",";
+                }
+                want += ";";
+            }
+            EXPECT_EQ(LastDataValues(ends), want);
+        }
+    }
+    // Every corpus file that reads: the ends of the full read, or no values;
+    // curves that the full read's column rules made text are left aside.
+    int fast = 0;
+    const std::vector<std::string> corpus = CorpusFiles();
+    for (const std::string& path : corpus) {
+        CLasReadOptions options;
+        options.lenient = true;
+        CLasReader full, ends;
+        full.SetOptions(options);
+        options.headersOnly = options.dataEnds = true;
+        ends.SetOptions(options);
+        if (full.Open(tessel::TxString(path)) != LASFILE_OK) continue;
+        ASSERT_EQ(ends.Open(tessel::TxString(path)), LASFILE_OK) << path;
+        ASSERT_EQ(ends.size(), full.size()) << path;
+        const CLasSection& a = **full.rbegin();
+        const CLasSection& b = **ends.rbegin();
+        if (a.m_type != LASSECTION_DATA || LastDataValues(ends).find(',') == std::string::npos) continue;
+        ASSERT_EQ(a.m_curves.size(), b.m_curves.size()) << path;
+        ++fast;
+        for (size_t c = 0; c < a.m_curves.size(); ++c) {
+            const std::vector<double>& x = a.m_curves[c].m_numbers;
+            if (!a.m_curves[c].m_isNumeric || x.empty()) continue;
+            std::vector<double> want = {x.front()};
+            if (x.size() > 1) want.push_back(x.back());
+            EXPECT_EQ(b.m_curves[c].m_numbers, want) << path << " curve " << c;
+        }
+    }
+    std::printf("corpus: %zu files, %d read by their data's ends\n", corpus.size(), fast);
+    EXPECT_TRUE(corpus.empty() || fast >= 60);
+}
+
 // The note of a skipped section says whether its first line looks like a
 // data row.
 TEST(Lenient, SkippedSectionSaysWhenItLooksLikeData)

@@ -133,7 +133,7 @@ std::string NotesSummary(const std::vector<CLasNote>& notes, const std::string& 
         const bool extra = PastTheCap(note, &kind, &count);
         auto group = std::find_if(groups.begin(), groups.end(),
                                   [&](const KindGroup& g) { return g.kind == kind; });
-        if (group == groups.end()) group = groups.insert(groups.end(), KindGroup{kind});
+        if (group == groups.end()) group = groups.insert(groups.end(), KindGroup{kind, 0, {}});
         group->count += count;
         total += count;
         if (!extra) group->lines.push_back(note.line);

@@ -40,6 +40,21 @@ struct CLasReadOptions {
     // of the file, and the status callback hears of the rows of a data
     // section once, at its end.
     bool headersOnly = false;
+    // With headersOnly, a read that costs the header alone: in a LAS 2.0
+    // file that is not wrapped, whose last 64 KiB hold no section header
+    // (leniently, also behind blanks), the ~A section is the last one, as the
+    // format has it. The read then stops at the ~A header and takes the first
+    // data row (the first line behind it that counts) and the last (the last
+    // line of the file that counts, found from the file's end), without
+    // passing the rows between. The curves of ~A then hold two values each,
+    // the first and the last row's (one for a section of one row, none for
+    // a section of none); a lenient read's column rules (text columns,
+    // decimal commas) are not applied to them. Notes of the last row have
+    // line 0, and GetLineNumber() gives the first row's line. Every other
+    // file (LAS 3.0, wrapped, a section header near the end, text decoded
+    // from UTF-16 or read by carriage returns) is read as headersOnly reads
+    // it. Off by default, and nothing without headersOnly.
+    bool dataEnds = false;
     // The most a read may keep, in bytes; 0 is no bound. What counts: each
     // stored section, parameter line and curve with the bytes of its texts,
     // 8 bytes per number and the size of a string plus its bytes per text
@@ -374,6 +389,7 @@ private:
     void NoteLoneReturn();
     ELASFILEERROR PassDataRows(const std::string& name);
     int32_t DefinitionIndex(const std::string& name);
+    ELASFILEERROR ReadDataEnds(CLasSection& section);
     void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
                           uint64_t headerLine);
 

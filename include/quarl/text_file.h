@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <string>
 
 namespace quarl {
 
@@ -61,6 +62,19 @@ public:
     // grows by the number of lines moved over, that one included. At the
     // end of the file: LASFILE_IO_FAILED and an empty current line.
     ELASFILEERROR SkipToLineStartingWith(char first, uint64_t& passed);
+
+    // The last `most` bytes of the file (all of it when it is shorter) into
+    // `tail`, and the offset of the first of them into `start`, read without
+    // moving the place of ReadLine. False, with `tail` empty, when the
+    // object is closed, its text is decoded from UTF-16 or UTF-32 or read by
+    // carriage returns (no byte offsets), or the stream fails.
+    bool ReadTail(size_t most, std::string& tail, uint64_t& start);
+    // Moves the place of ReadLine to byte `offset` of the file and reads the
+    // line that starts there. The line count does not follow the move.
+    // LASFILE_IO_FAILED as ReadTail's false, and at the end of the file.
+    ELASFILEERROR ReadLineAt(uint64_t offset);
+    // The offset of the byte behind the current line (its line feed).
+    uint64_t GetOffset() const { return m_bufferStart + m_bufferPos; }
 
     // How far through the file the bytes taken so far reach, 0 to 100, exact
     // to the byte; 100 once the end is reached. Meaningful while open.
