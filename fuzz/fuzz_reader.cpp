@@ -1,5 +1,6 @@
-// CLasReader::Open on arbitrary bytes, strictly, leniently, and leniently for
-// the headers only under a small budget; then every accessor and the
+// CLasReader::Open on arbitrary bytes, strictly, leniently, leniently for
+// the headers only under a small budget, and for the header and the data's
+// ends both ways; then every accessor and the
 // stepping check on whatever was read, and the notes against the result.
 // OpenBuffer on the same bytes must read what Open reads.
 #include <quarl/quarl.h>
@@ -122,6 +123,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     ReadWith(path, data, size, options);
     options.headersOnly = true;
     options.maxBytes = 2048;
+    ReadWith(path, data, size, options);
+    options.dataEnds = true;
+    options.maxBytes = 0;
+    ReadWith(path, data, size, options);
+    options.lenient = false;
     ReadWith(path, data, size, options);
     return 0;
 }
