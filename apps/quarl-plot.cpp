@@ -206,6 +206,7 @@ int Run(int argc, char** argv)
         return 1;
     }
     plot.tracks = std::move(choice.tracks);
+    plot.depthAfter = choice.depthAfter;
     // Only the copies to be drawn stay in memory while the picture is made.
     data.reset();
     reader.Close();

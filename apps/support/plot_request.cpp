@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <cmath>
+#include <cstddef>
 
 #include "support/command_line.h"
 #include "support/text.h"
@@ -88,6 +90,108 @@ void NoteUnused(const std::vector<std::string>& names, const char* option,
     }
 }
 
+// The median of the finite values, or NaN.
+double Median(std::vector<double> values)
+{
+    values.erase(
+        std::remove_if(values.begin(), values.end(), [](double v) { return !std::isfinite(v); }),
+        values.end());
+    if (values.empty()) return std::nan("");
+    std::nth_element(values.begin(),
+                     values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
+    return values[values.size() / 2];
+}
+
+// The customary scale of a family member in the curve's own unit: neutron
+// in percent, sonic per metre, density in kg/m3, caliper in mm or cm.
+void FamilyScale(const CurveFamily& family, const CLasCurve& c, PlotCurve* curve)
+{
+    double scale = 1.0;
+    const std::string unit = c.m_definition.m_unit;
+    const double median = Median(c.m_numbers);
+    const std::string name = family.name;
+    if (name == "neutron" && (EqualsNoCase(unit, "%") || EqualsNoCase(unit, "PU") || median > 1.5))
+        scale = 100.0;
+    if ((name == "sonic" || name == "shear_sonic") &&
+        (EqualsNoCase(unit, "US/M") || EqualsNoCase(unit, "USEC/M")))
+        scale = 1.0 / 0.3048;
+    if (name == "density" &&
+        (EqualsNoCase(unit, "K/M3") || EqualsNoCase(unit, "KG/M3") || median > 100.0))
+        scale = 1000.0;
+    if (name == "caliper" && (EqualsNoCase(unit, "MM") || median > 60.0)) scale = 25.4;
+    if (name == "caliper" && EqualsNoCase(unit, "CM")) scale = 2.54;
+    curve->hasRange = true;
+    curve->from = family.left * scale;
+    curve->to = family.right * scale;
+    curve->log = family.log;
+    curve->reversed = false;
+}
+
+// Without --track: the tracks of the curve families, then one a curve for
+// the rest, at most `limit` tracks of at most kMaxCurvesPerTrack curves.
+void FamilyLayout(const CLasSection& data, int depthIndex, bool samples, const PlotRequest& request,
+                  size_t limit, TrackChoice* choice)
+{
+    std::vector<PlotCurve> first, resistivity, porosity;
+    std::vector<PlotTrack> others;
+    size_t numeric = 0, indexColumns = 0;
+    for (size_t i = 0; i < data.m_curves.size(); ++i) {
+        const CLasCurve& c = data.m_curves[i];
+        if (static_cast<int>(i) == depthIndex || !c.m_isNumeric) continue;
+        if (IsIndexMnemonic(c.m_definition.m_mnemonic)) {
+            ++indexColumns;
+            continue;
+        }
+        ++numeric;
+        PlotCurve curve = CurveFor(c, false, samples, request);
+        const CurveFamily* family = FindCurveFamily(c.m_definition.m_mnemonic);
+        if (!family) {
+            others.push_back({{curve}});
+            continue;
+        }
+        const PlotCurve asked = curve;  // --scale and --log win over the family's scale
+        FamilyScale(*family, c, &curve);
+        if (asked.hasRange) {
+            curve.from = asked.from;
+            curve.to = asked.to;
+        }
+        curve.log = curve.log || asked.log;
+        std::vector<PlotCurve>* group = family->track == FamilyTrack::kFirst         ? &first
+                                        : family->track == FamilyTrack::kResistivity ? &resistivity
+                                        : family->track == FamilyTrack::kPorosity    ? &porosity
+                                                                                     : nullptr;
+        if (group)
+            group->push_back(curve);
+        else
+            others.push_back({{curve}});
+    }
+    const auto add = [&](std::vector<PlotCurve>& group) {
+        for (size_t at = 0; at < group.size(); at += kMaxCurvesPerTrack) {
+            PlotTrack track;
+            const size_t end = std::min(group.size(), at + kMaxCurvesPerTrack);
+            track.curves.assign(group.begin() + static_cast<std::ptrdiff_t>(at),
+                                group.begin() + static_cast<std::ptrdiff_t>(end));
+            choice->tracks.push_back(std::move(track));
+        }
+    };
+    add(first);
+    choice->depthAfter = choice->tracks.size();
+    add(resistivity);
+    add(porosity);
+    for (PlotTrack& track : others) choice->tracks.push_back(std::move(track));
+    if (choice->tracks.size() > limit) {
+        choice->notes.push_back(std::to_string(choice->tracks.size()) + " tracks of " +
+                                std::to_string(numeric) + " curves; the first " +
+                                std::to_string(limit) +
+                                " are drawn (choose others with --curves or --track)");
+        choice->tracks.resize(limit);
+        choice->depthAfter = std::min(choice->depthAfter, limit);
+    }
+    if (indexColumns > 0)
+        choice->notes.push_back(std::to_string(indexColumns) +
+                                " index column(s) besides the depth not drawn");
+}
+
 }  // namespace
 
 TrackChoice ChooseTracks(const CLasSection& data, int depthIndex, const PlotRequest& request)
@@ -96,17 +200,7 @@ TrackChoice ChooseTracks(const CLasSection& data, int depthIndex, const PlotRequ
     const bool samples = data.m_name.size() >= 4 && EqualsNoCase(data.m_name.substr(0, 4), "Core");
     const size_t limit = TrackLimit(request.trackWidth);
     if (request.tracks.empty()) {
-        size_t numeric = 0;
-        for (size_t i = 0; i < data.m_curves.size(); ++i) {
-            const CLasCurve& c = data.m_curves[i];
-            if (static_cast<int>(i) == depthIndex || !c.m_isNumeric) continue;
-            if (++numeric <= limit)
-                choice.tracks.push_back({{CurveFor(c, false, samples, request)}});
-        }
-        if (numeric > limit)
-            choice.notes.push_back(std::to_string(numeric) + " numeric curves; the first " +
-                                   std::to_string(limit) +
-                                   " are drawn (choose others with --curves or --track)");
+        FamilyLayout(data, depthIndex, samples, request, limit, &choice);
     } else if (request.tracks.size() > limit) {
         choice.error = std::to_string(request.tracks.size()) + " tracks asked for; at most " +
                        std::to_string(limit) + " of " + FormatNumber(request.trackWidth) +

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/curve_families.h"
 #include "support/svg_plot.h"
 
 namespace quarl::apps {
@@ -53,11 +54,20 @@ bool ReversedByCustom(const std::string& mnemonic);
 
 struct TrackChoice {
     std::vector<PlotTrack> tracks;
+    size_t depthAfter = 0;           // tracks left of the depth track
     std::string error;               // why nothing can be drawn
     std::vector<std::string> notes;  // what was left out or ignored
 };
 // The tracks of `data` for `request`; `depthIndex` is its depth curve. Core
-// data (a section named Core...) are samples and drawn as points.
+// data (a section named Core...) are samples and drawn as points. Without
+// --track the layout follows the curve families (support/curve_families.h):
+// gamma ray, SP and caliper in the first track, then the depth track, the
+// resistivities together on a log scale, neutron, density and sonic together
+// on their customary scales (in the curve's unit: neutron in percent 45 to
+// -15, sonic in us/m, density in kg/m3, caliper in mm), then a track for
+// each other curve.
+// Index columns (a second depth, time) are never drawn as curves. --scale
+// and --log still set a curve's scale.
 TrackChoice ChooseTracks(const CLasSection& data, int depthIndex, const PlotRequest& request);
 
 }  // namespace quarl::apps

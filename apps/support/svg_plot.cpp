@@ -125,7 +125,8 @@ std::string Text(double x, double y, const std::string& attributes, const std::s
 // Where things go on the page.
 struct Frame {
     double margin = 16, titleHeight = 54, headerHeight = 78, depthWidth = 72;
-    double plotTop = 0, tracksLeft = 0, height = 0, trackWidth = 150;
+    double plotTop = 0, depthLeft = 0, gridLeft = 0, height = 0, trackWidth = 150;
+    size_t depthAfter = 0;
     double top = 0, bottom = 1;  // the depth range
     double yOf(double depth) const { return plotTop + Fraction(depth, top, bottom) * height; }
     double headTop() const { return margin + titleHeight; }
@@ -140,9 +141,10 @@ void DepthAxis(const Frame& f, double gridRight, std::string* grid, std::string*
         const double y = f.yOf(d);
         const double ratio = d / major;
         const bool isMajor = std::fabs(ratio - std::round(ratio)) < 1e-6;
-        *grid += Line(f.tracksLeft, y, gridRight, y, isMajor ? "#b8b8b8" : "#e4e4e4",
+        const double axis = f.depthLeft + f.depthWidth;  // ticks and labels at its right edge
+        *grid += Line(f.gridLeft, y, gridRight, y, isMajor ? "#b8b8b8" : "#e4e4e4",
                       isMajor ? "0.9" : "0.6");
-        *labels += Line(f.tracksLeft - (isMajor ? 8 : 4), y, f.tracksLeft, y, "#444", "0.8");
+        *labels += Line(axis - (isMajor ? 8 : 4), y, axis, y, "#444", "0.8");
         // Labels at the very top and bottom stay inside the track.
         double labelY = y + 4;
         if (y - f.plotTop < 6)
@@ -150,8 +152,7 @@ void DepthAxis(const Frame& f, double gridRight, std::string* grid, std::string*
         else if (f.plotTop + f.height - y < 6)
             labelY = y - 3;
         if (isMajor)
-            *labels += Text(f.tracksLeft - 11, labelY,
-                            "font-size=\"11\" text-anchor=\"end\" fill=\"#222\"",
+            *labels += Text(axis - 11, labelY, "font-size=\"11\" text-anchor=\"end\" fill=\"#222\"",
                             AxisLabel(std::round(ratio) * major, digits));
     }
 }
@@ -267,8 +268,11 @@ std::string RenderLogPlot(const PlotInput& in)
     const double margin = f.margin;
     f.plotTop = margin + f.titleHeight + f.headerHeight;
     const double plotLeft = margin;
-    f.tracksLeft = plotLeft + f.depthWidth;
-    const double gridRight = f.tracksLeft + f.trackWidth * static_cast<double>(in.tracks.size());
+    f.depthAfter = std::min(in.depthAfter, in.tracks.size());
+    f.depthLeft = plotLeft + f.trackWidth * static_cast<double>(f.depthAfter);
+    f.gridLeft = plotLeft;
+    const double gridRight =
+        plotLeft + f.depthWidth + f.trackWidth * static_cast<double>(in.tracks.size());
     const double fullWidth = std::max(gridRight + margin, 360.0);
     const double fullHeight = f.plotTop + f.height + margin + 18;
 
@@ -290,13 +294,13 @@ std::string RenderLogPlot(const PlotInput& in)
 
     // Depth track header.
     const double headTop = f.headTop();
-    s += "<rect x=\"" + Px(plotLeft) + "\" y=\"" + Px(headTop) + "\" width=\"" + Px(f.depthWidth) +
-         "\" height=\"" + Px(f.headerHeight) +
+    s += "<rect x=\"" + Px(f.depthLeft) + "\" y=\"" + Px(headTop) + "\" width=\"" +
+         Px(f.depthWidth) + "\" height=\"" + Px(f.headerHeight) +
          "\" fill=\"#f4f4f4\" stroke=\"#444\" stroke-width=\"1\"/>\n";
-    s += Text(plotLeft + f.depthWidth / 2, headTop + f.headerHeight / 2 - 7,
+    s += Text(f.depthLeft + f.depthWidth / 2, headTop + f.headerHeight / 2 - 7,
               "font-size=\"13\" font-weight=\"bold\" text-anchor=\"middle\" fill=\"#222\"",
               XmlEscape(Shorten(in.depthMnemonic, 9)));
-    s += Text(plotLeft + f.depthWidth / 2, headTop + f.headerHeight / 2 + 11,
+    s += Text(f.depthLeft + f.depthWidth / 2, headTop + f.headerHeight / 2 + 11,
               "font-size=\"11\" text-anchor=\"middle\" fill=\"#555\"",
               XmlEscape(in.depthUnit.empty() ? std::string("depth") : Shorten(in.depthUnit, 10)));
 
@@ -306,7 +310,8 @@ std::string RenderLogPlot(const PlotInput& in)
     size_t colourIndex = 0;
     for (size_t t = 0; t < in.tracks.size(); ++t) {
         const PlotTrack& track = in.tracks[t];
-        const double x0 = f.tracksLeft + f.trackWidth * static_cast<double>(t);
+        const double x0 = plotLeft + f.trackWidth * static_cast<double>(t) +
+                          (t >= f.depthAfter ? f.depthWidth : 0.0);
         std::vector<TrackScale> scales;
         for (const PlotCurve& curve : track.curves)
             scales.push_back(ScaleOf(curve, in.hasNull, in.nullValue));
@@ -343,7 +348,7 @@ std::string RenderLogPlot(const PlotInput& in)
     }
 
     // Depth track body with its labels.
-    s += "<rect x=\"" + Px(plotLeft) + "\" y=\"" + Px(f.plotTop) + "\" width=\"" +
+    s += "<rect x=\"" + Px(f.depthLeft) + "\" y=\"" + Px(f.plotTop) + "\" width=\"" +
          Px(f.depthWidth) + "\" height=\"" + Px(f.height) +
          "\" fill=\"none\" stroke=\"#444\" stroke-width=\"1\"/>\n";
     s += "<g id=\"depth-axis\">\n" + labels + "</g>\n";

@@ -70,6 +70,8 @@ struct PlotInput {
     double nullValue = 0.0;
     double dataHeight = 0.0;  // pixels for the depth range; 0 chooses
     double trackWidth = 150.0;
+    // How many tracks stand left of the depth track (0: it is the first).
+    size_t depthAfter = 0;
 };
 
 std::string RenderLogPlot(const PlotInput& in);

@@ -211,6 +211,58 @@ TEST(PlotRequest, ScalesTracksAndWhatOnePictureHolds)
     EXPECT_FALSE(ex::ChooseTracks(data, 0, request).error.empty());
 }
 
+TEST(PlotRequest, DefaultLayoutFollowsTheCurveFamilies)
+{
+    CLasSection data;
+    const auto add = [&](const char* mnemonic, const char* unit, std::vector<double> values) {
+        data.m_curves.push_back(Numeric(mnemonic, std::move(values)));
+        data.m_curves.back().m_definition.m_unit = unit;
+    };
+    add("DEPT", "M", {1, 2});
+    add("GR", "GAPI", {50, 60});
+    add("ILD", "OHMM", {2, 3});
+    add("NPHI", "PU", {20, 25});    // percent: the scale in percent
+    add("RHOB", "K/M3", {2400, 2500});
+    add("DT", "US/M", {300, 310});
+    add("CALI", "MM", {220, 230});
+    add("TVD", "M", {1, 2});        // an index column: not drawn
+    add("XYZ", "", {1, 2});         // no family: a track of its own
+    add("LLD", "OHMM", {4, 5});
+    ex::PlotRequest request;
+    request.ranges = {{"GR", 0, 200}};  // --scale wins over the family's scale
+    const ex::TrackChoice choice = ex::ChooseTracks(data, 0, request);
+    ASSERT_EQ(choice.tracks.size(), 4u);
+    EXPECT_EQ(choice.depthAfter, 1u);
+    std::vector<std::string> layout;
+    for (const ex::PlotTrack& track : choice.tracks) {
+        std::string text;
+        for (const ex::PlotCurve& c : track.curves)
+            text += c.mnemonic + "=" + ex::FormatNumber(c.from) + ":" + ex::FormatNumber(c.to) + (c.log ? "L " : " ");
+        layout.push_back(text);
+    }
+    EXPECT_EQ(layout[0], "GR=0:200 CALI=152.4:406.4 ");
+    EXPECT_EQ(layout[1], "ILD=0.2:2000L LLD=0.2:2000L ");
+    EXPECT_EQ(layout[2], "NPHI=45:-15 RHOB=1950:2950 DT=" + ex::FormatNumber(140 / 0.3048) + ":" +
+                             ex::FormatNumber(40 / 0.3048) + " ");
+    EXPECT_EQ(layout[3].substr(0, 4), "XYZ=");
+    ASSERT_EQ(choice.notes.size(), 1u);
+    EXPECT_NE(choice.notes[0].find("1 index column"), std::string::npos);
+
+    // The depth track stands behind the first track: its header and the
+    // first track's curve are left of the second track.
+    ex::PlotInput in;
+    in.depths = {1, 2};
+    in.depthMnemonic = "DEPT";
+    in.tracks = choice.tracks;
+    in.depthAfter = choice.depthAfter;
+    const std::string svg = ex::RenderLogPlot(in);
+    const size_t depthHeader = svg.find(">DEPT<"), ild = svg.find(">ILD<");
+    ASSERT_TRUE(depthHeader != std::string::npos && ild != std::string::npos);
+    const auto xBefore = [&](size_t at) { return std::stod(svg.substr(svg.rfind("x=\"", at) + 3)); };
+    EXPECT_GT(xBefore(depthHeader), in.trackWidth);
+    EXPECT_GT(xBefore(ild), xBefore(depthHeader));
+}
+
 // The runs of a plotted curve as "depth:value ..." joined by " / ".
 std::string Runs(const std::vector<double>& depth, const std::vector<double>& values, bool hasNull, bool log)
 {
