@@ -1,0 +1,16 @@
+#include <cstdio>
+
+#include "catalog/catalog_commands.h"
+
+namespace quarl::catalog {
+
+// Placeholders until the queries land.
+int RunQuery(int, char**)
+{
+    std::fprintf(stderr, "quarl-catalog: query is not built yet\n");
+    return 1;
+}
+int RunProblems(int, char**) { return RunQuery(0, nullptr); }
+int RunStats(int, char**) { return RunQuery(0, nullptr); }
+
+}  // namespace quarl::catalog
