@@ -6,20 +6,23 @@ quarl C++ library.
     las.df()             # pandas DataFrame indexed by the first curve
     quarl.write("out.las", las, version=3)
 
-The package is laid out by concern: `las` holds the document (LasFile), `io`
-reading and writing, `errors` the error and result names, `dask` the cluster
-functions.
+The package is laid out by concern: `las` holds the document (LasFile),
+`items` the lines of a section by name (SectionItems), `files` reading and
+writing, `encodings` the code pages of texts, `errors` the error and result
+names, `dask` the cluster functions. Every public name has types (py.typed).
 """
 from __future__ import annotations
 
 from ._quarl import Note, Param, Section
 from .errors import LasError, result_name
 from .files import HEADER_FIELDS, header_row, headers, read, read_many, to_bytes, write
-from .las import DATA, DEFINITION, HEADER, PARAMETER, LasFile
+from .items import SectionItems
+from .las import DATA, DEFINITION, HEADER, PARAMETER, CurveNames, LasFile
 
 from_df = LasFile.from_df
 
 __all__ = [
-    "LasError", "LasFile", "Note", "Param", "Section", "read", "write", "read_many", "headers",
-    "from_df", "to_bytes", "result_name", "PARAMETER", "DEFINITION", "DATA", "HEADER",
+    "LasError", "LasFile", "Note", "Param", "Section", "SectionItems", "CurveNames", "read", "write",
+    "read_many", "headers", "from_df", "to_bytes", "result_name", "PARAMETER", "DEFINITION", "DATA",
+    "HEADER", "HEADER_FIELDS",
 ]

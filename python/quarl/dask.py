@@ -18,7 +18,7 @@ dask is configured with.
 from __future__ import annotations
 
 import os
-from typing import Iterable, List, Optional, Sequence
+from typing import Iterable, List, Optional, Sequence, Union
 
 import dask
 import dask.dataframe as dd
@@ -26,10 +26,11 @@ import numpy as np
 import pandas as pd
 
 import quarl
+from quarl.files import HEADER_FIELDS, PathLike, header_row
 
 __all__ = ["headers", "curves"]
 
-_HEADER_COLUMNS = ["path", "result", "version", *quarl.HEADER_FIELDS, "curves"]
+_HEADER_COLUMNS = ["path", "result", "version", *HEADER_FIELDS, "curves"]
 
 
 def _is_url(path: str) -> bool:
@@ -55,19 +56,20 @@ def _read(path: str, headers_only: bool = False) -> quarl.LasFile:
 def _header_frame(paths: Sequence[str]) -> pd.DataFrame:
     rows = []
     for path in paths:
+        item: Union[quarl.LasFile, quarl.LasError]
         try:
             item = _read(path, headers_only=True)
         except quarl.LasError as error:
             item = error
-        rows.append(quarl.header_row(item, path))
+        rows.append(header_row(item, path))
     return pd.DataFrame(rows, columns=_HEADER_COLUMNS)
 
 
-def headers(paths: Iterable[os.PathLike], files_per_task: int = 16) -> dd.DataFrame:
+def headers(paths: Iterable[PathLike], files_per_task: int = 16) -> dd.DataFrame:
     """A dask DataFrame of one row per file, as quarl.headers gives it; each
     task reads `files_per_task` files without their data values."""
-    paths = [os.fsdecode(p) for p in paths]
-    chunks = [paths[i:i + files_per_task] for i in range(0, len(paths), files_per_task)]
+    names = [os.fsdecode(p) for p in paths]
+    chunks = [names[i:i + files_per_task] for i in range(0, len(names), files_per_task)]
     meta = pd.DataFrame({name: pd.Series(dtype=object) for name in _HEADER_COLUMNS})
     parts = [dask.delayed(_header_frame)(chunk) for chunk in chunks]
     return dd.from_delayed(parts, meta=meta, verify_meta=False)
@@ -85,18 +87,18 @@ def _curve_frame(path: str, columns: List[str], index: str) -> pd.DataFrame:
     return frame
 
 
-def curves(paths: Iterable[os.PathLike], columns: Optional[Sequence[str]] = None,
+def curves(paths: Iterable[PathLike], columns: Optional[Sequence[str]] = None,
            index: str = "DEPT") -> dd.DataFrame:
     """A dask DataFrame of the main data sections, one partition per file,
     indexed by the first curve, with a `path` column and the given numeric
     curves (by default those of the first file); a curve a file lacks is
     NaN, and a file that cannot be read gives no rows."""
-    paths = [os.fsdecode(p) for p in paths]
+    names = [os.fsdecode(p) for p in paths]
     if columns is None:
-        columns = _read(paths[0], headers_only=True).keys[1:] if paths else []
+        columns = _read(names[0], headers_only=True).keys[1:] if names else []
     columns = list(columns)
     meta = pd.DataFrame({"path": pd.Series(dtype=object),
                          **{c: pd.Series(dtype=np.float64) for c in columns}},
                         index=pd.Index([], dtype=np.float64, name=index))
-    parts = [dask.delayed(_curve_frame)(path, columns, index) for path in paths]
+    parts = [dask.delayed(_curve_frame)(path, columns, index) for path in names]
     return dd.from_delayed(parts, meta=meta, verify_meta=False)

@@ -1,7 +1,13 @@
 """The error that a failed read or write raises, and the names of result codes."""
 from __future__ import annotations
 
+from typing import TYPE_CHECKING, Optional
+
 from . import _quarl
+
+if TYPE_CHECKING:
+    from .las import LasFile
+
 
 def result_name(code: int) -> str:
     """The name of a result code, such as "LASFILE_BAD_FORMAT"."""
@@ -16,8 +22,10 @@ class LasError(Exception):
     there; a write gives the writer's record: `section`, `mnemonic`, `column`
     and `row` (None or -1 when the failure has none)."""
 
-    def __init__(self, code: int, message: str, *, path=None, line=None, las=None,
-                 section=None, mnemonic=None, column=-1, row=-1):
+    def __init__(self, code: int, message: str, *, path: Optional[str] = None,
+                 line: Optional[int] = None, las: Optional[LasFile] = None,
+                 section: Optional[str] = None, mnemonic: Optional[str] = None,
+                 column: int = -1, row: int = -1) -> None:
         super().__init__(message)
         self.code, self.name = code, result_name(code)
         self.path, self.line, self.las = path, line, las

@@ -5,12 +5,17 @@ from __future__ import annotations
 import io
 import os
 from concurrent.futures import ThreadPoolExecutor
-from typing import IO, Callable, Iterable, Iterator, List, Optional, Union
+from typing import IO, TYPE_CHECKING, Callable, Dict, Iterable, Iterator, List, Optional, Union, cast
 
 from . import _quarl, encodings
-from ._quarl import Section
+from ._quarl import CancelToken, ReadResult, Section
 from .errors import LasError, result_name
 from .las import _CANCELLED, _OK, DATA, LasFile
+
+if TYPE_CHECKING:
+    import pandas as pd
+
+    from ._quarl import WriteRecord
 
 _IO_FAILED = 1
 
@@ -18,7 +23,12 @@ PathLike = Union[str, bytes, "os.PathLike[str]"]
 # What read takes: a path, the file's contents as str or bytes, or a file
 # object opened for reading, binary or text.
 Source = Union[PathLike, bytearray, memoryview, IO[bytes], IO[str]]
+# What write takes: a path, or a file object opened for writing.
+Target = Union[PathLike, IO[bytes], IO[str]]
+# Called with the percent done; what it raises stops the read or the write.
 Progress = Optional[Callable[[float], object]]
+# Bytes that the library reads in place.
+Buffer = Union[bytes, bytearray, memoryview]
 
 # The one-letter section names of LAS 2.0 and the names the writer stores.
 _FULL_NAMES = {"W": "Well", "C": "Curve", "P": "Parameter", "A": "ASCII", "O": "Other"}
@@ -33,8 +43,8 @@ class _Input:
     messages give them ("<bytes>", "<str>", or the file object's name), and
     the encoding the source itself fixes (a str was decoded already)."""
 
-    def __init__(self, name: str, path: Optional[bytes] = None, data=None,
-                 encoding: Optional[str] = None):
+    def __init__(self, name: str, path: Optional[bytes] = None, data: Optional[Buffer] = None,
+                 encoding: Optional[str] = None) -> None:
         self.name, self.path, self.data, self.encoding = name, path, data, encoding
 
 
@@ -73,7 +83,7 @@ def _input(source: Source) -> _Input:
                     f"not {type(source).__name__}")
 
 
-def _is_file(text) -> bool:
+def _is_file(text: Union[str, bytes]) -> bool:
     try:
         return len(text) < 4096 and os.path.isfile(text)
     except (ValueError, OSError):
@@ -90,7 +100,7 @@ def _why_not_opened(path: bytes) -> str:
         return error.strerror or str(error)
 
 
-def _read_error(raw, source: _Input, las: LasFile) -> LasError:
+def _read_error(raw: ReadResult, source: _Input, las: LasFile) -> LasError:
     """The error of a failed read: its result, the line where it stopped
     (None when the file could not be opened) and what was read."""
     stopped = [note for note in raw.notes if note.kind == 0]
@@ -103,7 +113,7 @@ def _read_error(raw, source: _Input, las: LasFile) -> LasError:
                     path=source.name, line=line, las=las)
 
 
-def _text_of(raw, source: _Input, encoding: Optional[str]) -> str:
+def _text_of(raw: ReadResult, source: _Input, encoding: Optional[str]) -> str:
     """Decides the code page of the read's texts and turns them into UTF-8."""
     if encoding is not None:
         chosen = encodings.normalize(encoding)
@@ -117,7 +127,7 @@ def _text_of(raw, source: _Input, encoding: Optional[str]) -> str:
 
 
 def _read(source: Source, strict: bool, headers_only: bool, progress: Progress,
-          cancel, encoding: Optional[str] = None) -> LasFile:
+          cancel: Optional[CancelToken], encoding: Optional[str] = None) -> LasFile:
     where = _input(source)
     raw = _quarl.read(where.path if where.path is not None else where.name.encode("utf-8"),
                       not strict, headers_only, progress, cancel, where.data)
@@ -168,7 +178,7 @@ def _writable(las: LasFile, las3: bool) -> List[Section]:
 
 
 def _write_record(target: bytes, las: LasFile, version: int, delimiter: str,
-                  progress: Progress, encoding: Optional[str], to_text: bool) -> dict:
+                  progress: Progress, encoding: Optional[str], to_text: bool) -> WriteRecord:
     if version not in (2, 3):
         raise ValueError("version must be 2 or 3")
     if len(delimiter) != 1:
@@ -183,7 +193,7 @@ def _write_record(target: bytes, las: LasFile, version: int, delimiter: str,
     return record
 
 
-def _write_error(record: dict, name: str, why: Optional[str] = None) -> LasError:
+def _write_error(record: WriteRecord, name: str, why: Optional[str] = None) -> LasError:
     code = record["code"]
     text = f"{name}: {_describe_write(code, record)}" + (f": {why}" if why else "")
     return LasError(code, text, path=name, section=record["section"],
@@ -218,7 +228,7 @@ def to_bytes(las: LasFile, version: int = 2, delimiter: str = " ", *,
     return record["text"]
 
 
-def write(target: Union[PathLike, IO[bytes], IO[str]], las: LasFile, version: int = 2,
+def write(target: Target, las: LasFile, version: int = 2,
           delimiter: str = " ", progress: Progress = None, *,
           encoding: Optional[str] = None) -> None:
     """Writes `las` as LAS 2.0 or 3.0 (`version` 2 or 3) with the given data
@@ -230,14 +240,10 @@ def write(target: Union[PathLike, IO[bytes], IO[str]], las: LasFile, version: in
     by default the one the document was read in (`las.encoding`), so that a
     file read and written again keeps its bytes."""
     if hasattr(target, "write"):
-        name = getattr(target, "name", None)
-        name = os.fsdecode(name) if isinstance(name, (str, bytes)) else "<file>"
-        data = to_bytes(las, version, delimiter, encoding=encoding, name=name)
-        if isinstance(target, io.TextIOBase):
-            target.write(data.decode(encodings.normalize(encoding or las.encoding)))
-        else:
-            target.write(data)
+        _write_to_file(cast("Union[IO[bytes], IO[str]]", target), las, version, delimiter,
+                       encoding)
         return
+    target = cast(PathLike, target)
     name = os.fsdecode(target)
     record = _write_record(_fspath(target), las, version, delimiter, progress, encoding, False)
     if record["code"] != _OK:
@@ -246,7 +252,19 @@ def write(target: Union[PathLike, IO[bytes], IO[str]], las: LasFile, version: in
         raise _write_error(record, name, why)
 
 
-def _describe_write(code: int, record: dict) -> str:
+def _write_to_file(target: Union[IO[bytes], IO[str]], las: LasFile, version: int,
+                   delimiter: str, encoding: Optional[str]) -> None:
+    """Writes the file's bytes to a file object; a text one takes them as str."""
+    name = getattr(target, "name", None)
+    name = os.fsdecode(name) if isinstance(name, (str, bytes)) else "<file>"
+    data = to_bytes(las, version, delimiter, encoding=encoding, name=name)
+    if isinstance(target, io.TextIOBase):
+        cast(IO[str], target).write(data.decode(encodings.normalize(encoding or las.encoding)))
+    else:
+        cast(IO[bytes], target).write(data)
+
+
+def _describe_write(code: int, record: WriteRecord) -> str:
     text = f"write failed: {result_name(code)} ({_quarl.result_description(code)})"
     if record["section"]:
         text += f", section {record['section']}"
@@ -268,7 +286,7 @@ def read_many(paths: Iterable[PathLike], workers: Optional[int] = None, *,
     paths = list(paths)
     cancel = _quarl.CancelToken()
 
-    def one(path):
+    def one(path: PathLike) -> Union[LasFile, LasError]:
         try:
             return _read(path, strict, headers_only, None, cancel)
         except LasError as error:
@@ -286,14 +304,14 @@ def read_many(paths: Iterable[PathLike], workers: Optional[int] = None, *,
             raise
 
 
-HEADER_FIELDS = ["STRT", "STOP", "STEP", "NULL", "COMP", "WELL", "FLD", "UWI", "API"]
+HEADER_FIELDS: List[str] = ["STRT", "STOP", "STEP", "NULL", "COMP", "WELL", "FLD", "UWI", "API"]
 
 
-def header_row(item: Union[LasFile, LasError], path: PathLike) -> dict:
+def header_row(item: Union[LasFile, LasError], path: PathLike) -> Dict[str, object]:
     """One row of `headers`: the path, the result, the version, the usual
     Well parameters (values as text) and the curve mnemonics."""
-    las = item.las if isinstance(item, LasError) else item
-    row = {"path": os.fsdecode(path), "result": result_name(item.code if isinstance(item, LasError) else las.result)}
+    code, las = (item.code, item.las) if isinstance(item, LasError) else (item.result, item)
+    row: Dict[str, object] = {"path": os.fsdecode(path), "result": result_name(code)}
     if las is None:
         return row
     well = las.well
@@ -304,7 +322,7 @@ def header_row(item: Union[LasFile, LasError], path: PathLike) -> dict:
     return row
 
 
-def headers(paths: Iterable[PathLike], workers: Optional[int] = None):
+def headers(paths: Iterable[PathLike], workers: Optional[int] = None) -> "pd.DataFrame":
     """A DataFrame of one row per file: path, result, version, STRT, STOP,
     STEP, NULL, COMP, WELL, FLD, UWI, API and the curve mnemonics, from reads
     that keep no data values."""

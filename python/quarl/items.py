@@ -12,9 +12,11 @@ file's case; lookups ignore the case of ASCII letters.
 """
 from __future__ import annotations
 
-from typing import Dict, Iterable, List, Optional, Tuple, Union
+from typing import Any, Dict, Iterable, List, Optional, SupportsIndex, Tuple, TypeVar, Union, overload
 
 from ._quarl import Param
+
+_Default = TypeVar("_Default")
 
 
 def unique_names(mnemonics: Iterable[str]) -> List[str]:
@@ -38,7 +40,7 @@ def unique_names(mnemonics: Iterable[str]) -> List[str]:
     return names
 
 
-class SectionItems(list):
+class SectionItems(List[Param]):
     """A list of Param in file order, looked up by name as well: see the
     module's text. Changing a Param's fields changes the document (a write
     takes the lines from here)."""
@@ -68,11 +70,23 @@ class SectionItems(list):
     def items(self) -> List[Tuple[str, Param]]:
         return list(zip(self._names(), self))
 
-    def get(self, key: str, default=None):
+    @overload
+    def get(self, key: str) -> Optional[Param]: ...
+
+    @overload
+    def get(self, key: str, default: _Default) -> Union[Param, _Default]: ...
+
+    def get(self, key: str, default: object = None) -> object:
         position = self._position(key) if isinstance(key, str) else None
         return default if position is None else list.__getitem__(self, position)
 
-    def __getitem__(self, key: Union[int, slice, str]):
+    @overload
+    def __getitem__(self, key: Union[SupportsIndex, str]) -> Param: ...
+
+    @overload
+    def __getitem__(self, key: slice) -> List[Param]: ...
+
+    def __getitem__(self, key: Union[SupportsIndex, slice, str]) -> Union[Param, List[Param]]:
         if not isinstance(key, str):
             return list.__getitem__(self, key)
         position = self._position(key)
@@ -80,7 +94,16 @@ class SectionItems(list):
             raise KeyError(key)
         return list.__getitem__(self, position)
 
-    def __setitem__(self, key, value) -> None:
+    @overload
+    def __setitem__(self, key: SupportsIndex, value: Param) -> None: ...
+
+    @overload
+    def __setitem__(self, key: slice, value: Iterable[Param]) -> None: ...
+
+    @overload
+    def __setitem__(self, key: str, value: object) -> None: ...
+
+    def __setitem__(self, key: Union[SupportsIndex, slice, str], value: Any) -> None:
         """By position as a list; by name a Param replaces the line (or is
         appended), anything else becomes the line's value."""
         if not isinstance(key, str):
@@ -97,7 +120,7 @@ class SectionItems(list):
         else:
             list.__setitem__(self, position, value)
 
-    def __delitem__(self, key) -> None:
+    def __delitem__(self, key: Union[SupportsIndex, slice, str]) -> None:
         if isinstance(key, str):
             position = self._position(key)
             if position is None:
@@ -105,7 +128,7 @@ class SectionItems(list):
             key = position
         list.__delitem__(self, key)
 
-    def __contains__(self, key) -> bool:
+    def __contains__(self, key: object) -> bool:
         if isinstance(key, str):
             return self._position(key) is not None
         return list.__contains__(self, key)
@@ -116,9 +139,9 @@ class SectionItems(list):
         position = self._position(name)
         if position is None:
             raise AttributeError(name)
-        return list.__getitem__(self, position)
+        return self[position]
 
-    def __dir__(self):
+    def __dir__(self) -> List[str]:
         return sorted(set(super().__dir__()) | {n for n in self._names() if n.isidentifier()})
 
     def __repr__(self) -> str:

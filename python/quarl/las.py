@@ -2,13 +2,23 @@
 arrays and pandas frames."""
 from __future__ import annotations
 
-from typing import Dict, Iterable, List, Mapping, Optional, Sequence, Union
+from typing import TYPE_CHECKING, Any, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
 
 import numpy as np
+import numpy.typing as npt
 
 from ._quarl import Note, Param, Section
 from .errors import result_name
 from .items import SectionItems
+
+if TYPE_CHECKING:
+    import pandas as pd
+
+# A curve's values: float64 for a numeric curve, object (str) for a text curve.
+Array = npt.NDArray[Any]
+# A data section as the curve operations take it: None for the main one, its
+# name (any case), its position among the data sections, or the Section.
+SectionKey = Union[None, str, int, Section]
 
 # Section types, as the library numbers them.
 PARAMETER, DEFINITION, DATA, HEADER = 0, 1, 2, 3
@@ -25,12 +35,22 @@ def _first(sections: Iterable[Section], names: Sequence[str]) -> Optional[Sectio
     return None
 
 
-class _Keys(list):
+class CurveNames(List[str]):
     """The curve names of a data section; callable as well, so that both
     `las.keys` and `las.keys()` give them."""
 
     def __call__(self) -> List[str]:
         return list(self)
+
+
+def _is_numeric(format: str) -> bool:
+    """Whether a curve of this format holds numbers, as a lenient read decides:
+    no format, or F, I or E behind the brace (behind "A" too: "{AF}")."""
+    format = format.strip()
+    if not format:
+        return True
+    at = 2 if len(format) > 2 and format[1].lower() == "a" else 1
+    return len(format) > at and format[at].lower() in "fie"
 
 
 # Depth units and their length in metres.
@@ -50,7 +70,7 @@ class LasFile:
 
     def __init__(self, sections: List[Section], *, las3: bool = False, wrapped: bool = False,
                  delimiter: str = " ", notes: Sequence[Note] = (), result: int = _OK,
-                 path: Optional[str] = None, encoding: str = "utf-8"):
+                 path: Optional[str] = None, encoding: str = "utf-8") -> None:
         self.sections = list(sections)
         self.las3, self.wrapped, self.delimiter = las3, wrapped, delimiter
         self.notes, self.result, self.path = list(notes), result, path
@@ -103,11 +123,22 @@ class LasFile:
                 or next((s for s in data if s.flags & _LOG_DATA_FLAG), None)
                 or (data[0] if data else None))
 
-    def _data(self, section=None) -> Optional[Section]:
+    @property
+    def _main_definition(self) -> Optional[Section]:
+        """The curve definitions that stand for the main data section when a
+        file has none (a header-only file): Curve, Log_Definition, else the
+        first definition section."""
+        definitions = [s for s in self.sections if s.type == DEFINITION]
+        return (_first(definitions, ["Curve", "C", "Log_Definition"])
+                or (definitions[0] if definitions else None))
+
+    def _data(self, section: SectionKey = None) -> Optional[Section]:
         """A data section by name (any case), position among the data
-        sections, or itself; None gives the main one."""
-        if section is None:
-            return self.data_section
+        sections, or itself; None gives the main one (None when the file has
+        no data section)."""
+        return self.data_section if section is None else self._named(section)
+
+    def _named(self, section: Union[str, int, Section]) -> Section:
         if isinstance(section, Section):
             return section
         data = self.data_sections
@@ -118,12 +149,13 @@ class LasFile:
             raise KeyError(f"no data section {section!r}; there are {[s.name for s in data]}")
         return found
 
-    def curves_of(self, section=None) -> SectionItems:
+    def curves_of(self, section: SectionKey = None) -> SectionItems:
         """The curve definitions of a data section (the main one by default),
-        by name or position."""
+        by name or position. A file without a data section has the curves of
+        its Curve (or Log_Definition) section, without values."""
         data = self._data(section)
         if data is None:
-            return SectionItems()
+            return self._items_of(self._main_definition)
         if id(data) not in self._curve_items:
             self._curve_items[id(data)] = SectionItems(
                 data.curve_definition(i) for i in range(data.curve_count))
@@ -134,11 +166,12 @@ class LasFile:
         """The curve definitions of the main data section, in order."""
         return self.curves_of()
 
-    def keys_of(self, section=None) -> List[str]:
-        return _Keys(self.curves_of(section).keys())
+    def keys_of(self, section: SectionKey = None) -> CurveNames:
+        """The names of a data section's curves (the main one by default)."""
+        return CurveNames(self.curves_of(section).keys())
 
     @property
-    def keys(self) -> List[str]:
+    def keys(self) -> CurveNames:
         """The names of the main data section's curves ("SFLU:1", "SFLU:2"
         for a duplicated mnemonic, "UNKNOWN" for none); `las.keys()` too."""
         return self.keys_of()
@@ -152,7 +185,7 @@ class LasFile:
         except (ValueError, IndexError):
             return None
 
-    def _column(self, key: Union[str, int], section=None) -> int:
+    def _column(self, key: Union[str, int], section: SectionKey = None) -> int:
         count = len(self.curves_of(section))
         if isinstance(key, (int, np.integer)):
             if not -count <= int(key) < count:
@@ -163,72 +196,80 @@ class LasFile:
             raise KeyError(key)
         return position
 
-    def __getitem__(self, key: Union[str, int]) -> np.ndarray:
+    def _values(self, data: Optional[Section], column: int) -> Array:
+        """The values of a column of a data section; without a data section
+        the curve has none (float64 or object by its format)."""
+        if data is not None:
+            return data.curve_values(column)
+        numeric = _is_numeric(self.curves[column].format)
+        return np.empty(0, dtype=np.float64 if numeric else object)
+
+    def __getitem__(self, key: Union[str, int]) -> Array:
         """A curve of the main data section by name (any case; the plain
         name of a duplicated mnemonic is the first) or position: a numpy
         array over the library's values for a numeric curve, an object
         array of str for a text curve."""
-        data = self.data_section
-        if data is None:
-            raise KeyError(key)
-        return data.curve_values(self._column(key))
+        return self._values(self.data_section, self._column(key))
 
     def __contains__(self, key: str) -> bool:
         return key in self.curves
 
     @property
-    def index(self) -> np.ndarray:
+    def index(self) -> Array:
         """The first curve, normally the depth."""
         return self[0]
 
-    def _depth_in(self, metres_per_unit: float) -> np.ndarray:
+    def _depth_in(self, metres_per_unit: float) -> Array:
         unit = self.curves[0].unit.strip().upper() if len(self.curves) else ""
         if unit not in _METRES_PER_UNIT:
             raise ValueError(f"the index unit {unit!r} is not a depth unit")
         return self.index * (_METRES_PER_UNIT[unit] / metres_per_unit)
 
     @property
-    def depth_m(self) -> np.ndarray:
+    def depth_m(self) -> Array:
         """The index in metres, from its unit (M, F, FT, FEET, .1IN...)."""
         return self._depth_in(1.0)
 
     @property
-    def depth_ft(self) -> np.ndarray:
+    def depth_ft(self) -> Array:
         """The index in feet, from its unit (M, F, FT, FEET, .1IN...)."""
         return self._depth_in(0.3048)
 
     @property
-    def data(self) -> np.ndarray:
+    def data(self) -> Array:
         """The main data section as a 2-D array, a row per depth and a column
         per curve (a copy; of dtype object when a curve holds text)."""
         data = self.data_section
-        if data is None or data.curve_count == 0:
+        columns = [self._values(data, i) for i in range(len(self.curves))]
+        if not columns:
             return np.empty((0, 0))
-        return np.column_stack([data.curve_values(i) for i in range(data.curve_count)])
+        return np.column_stack(columns)
 
-    def df(self, copy: bool = False, section=None):
+    def df(self, copy: bool = False, section: SectionKey = None) -> "pd.DataFrame":
         """A data section (the main one by default; else by name or position
         among `data_sections`) as a pandas DataFrame indexed by its first
         curve, with the NULL value as NaN in the other columns; the index
         keeps its values. Every curve is a column, duplicated mnemonics
         as "SFLU:1", "SFLU:2". A numeric curve without NULL values is not
         copied: its column shares memory with the LasFile, as las[...]
-        does; `copy=True` gives a frame of its own."""
+        does; `copy=True` gives a frame of its own. A file without data
+        rows, or without a data section, gives a frame of no rows with a
+        column per curve."""
         import pandas as pd
         data = self._data(section)
-        keys = self.keys_of(data) if data is not None else []
+        keys = self.keys_of(data)
         if not keys:
             return pd.DataFrame()
         null = self.null
         columns = {}
         for i, key in enumerate(keys[1:], start=1):
-            values = data.curve_values(i)
+            values = self._values(data, i)
             if null is not None and values.dtype.kind == "f":
                 hits = values == null
                 if hits.any():
                     values = np.where(hits, np.nan, values)
             columns[key] = values
-        index = pd.Index(data.curve_values(0), name=keys[0], copy=copy)
+        index = pd.Index(self._values(data, 0), name=keys[0], copy=copy)
         return pd.DataFrame(columns, index=index, columns=list(keys[1:]), copy=copy)
 
     # Editing before a write.
@@ -242,39 +283,57 @@ class LasFile:
             names.append(data.name[:-5] + "_Definition")
         return _first(self.sections, names) if names else None
 
-    def _replace_curves(self, data: Section, curves) -> None:
+    def _replace_curves(self, data: Section, curves: Sequence[Tuple[Param, npt.ArrayLike]]) -> None:
         """Puts a new section with `curves` (pairs of Param and values) in the
-        place of `data`; arrays handed out before keep the old one."""
+        place of `data` (at the end when `data` is not in the document yet);
+        arrays handed out before keep the old one."""
         new = Section(data.name, DATA, data.association)
         new.params = data.params
-        rows = {len(values) for _, values in curves}
+        arrays = [(definition, np.asarray(values)) for definition, values in curves]
+        rows = {len(values) for _, values in arrays}
         if len(rows) > 1:
             raise ValueError(f"curves of one section need one length, not {sorted(rows)}")
-        for definition, values in curves:
-            values = np.asarray(values)
+        for definition, values in arrays:
             if values.dtype.kind in "biuf":
                 new.add_numbers(definition, values.astype(np.float64))
             else:
                 new.add_texts(definition, values)
-        self.sections[self.sections.index(data)] = new
+        at = next((i for i, s in enumerate(self.sections) if s is data), None)
+        if at is None:
+            self.sections.append(new)
+        else:
+            self.sections[at] = new
         self._curve_items.pop(id(data), None)
-        definition = self._definition_of(new)
-        if definition is not None:
-            definition.params = [d for d, _ in curves]
-            self._items.pop(id(definition), None)
+        definitions = self._definition_of(new)
+        if definitions is not None:
+            definitions.params = [d for d, _ in curves]
+            self._items.pop(id(definitions), None)
 
-    def _curves_now(self, data: Section):
+    def _curves_now(self, data: Section) -> List[Tuple[Param, npt.ArrayLike]]:
         definitions = self.curves_of(data)
         return [(definitions[i], data.curve_values(i)) for i in range(data.curve_count)]
 
     def _main_or_new(self) -> Section:
+        """The main data section; for a file without one a new section, not
+        yet in the document, with the curves of its definitions and no rows
+        (ASCII for Curve, X_Data for X_Definition)."""
         data = self.data_section
-        if data is None:
-            data = Section("ASCII", DATA, "")
-            self.sections.append(data)
+        if data is not None:
+            return data
+        definition = self._main_definition
+        name, link = "ASCII", definition.name if definition is not None else ""
+        if link.lower().endswith("_definition"):
+            name = link[:-len("_definition")] + "_Data"
+        data = Section(name, DATA, link)
+        for i, param in enumerate(self.curves):
+            values = self._values(None, i)
+            if values.dtype.kind == "f":
+                data.add_numbers(param, values)
+            else:
+                data.add_texts(param, values)
         return data
 
-    def append_curve(self, mnemonic: str, data, unit: str = "", descr: str = "",
+    def append_curve(self, mnemonic: str, data: npt.ArrayLike, unit: str = "", descr: str = "",
                      value: str = "", format: str = "") -> None:
         """Appends a curve to the main data section (made when there is
         none); `data` has one value per row."""
@@ -282,7 +341,7 @@ class LasFile:
         definition = Param(mnemonic, unit, value, descr, format)
         self._replace_curves(section, self._curves_now(section) + [(definition, data)])
 
-    def __setitem__(self, key: str, values) -> None:
+    def __setitem__(self, key: str, values: npt.ArrayLike) -> None:
         """Replaces the values of a curve of the main data section, or
         appends a curve of that name."""
         section = self._main_or_new()
@@ -295,21 +354,24 @@ class LasFile:
         self._replace_curves(section, curves)
 
     def __delitem__(self, key: Union[str, int]) -> None:
-        """Removes a curve of the main data section."""
+        """Removes a curve of the main data section (of the Curve section
+        when the file has no data section)."""
         section = self.data_section
         if section is None:
-            raise KeyError(key)
+            del self.curves[self._column(key)]
+            return
         column = self._column(key, section)
         curves = self._curves_now(section)
         del curves[column]
         self._replace_curves(section, curves)
 
-    def set_data(self, frame, section=None, units: Optional[Mapping[str, str]] = None) -> None:
+    def set_data(self, frame: "pd.DataFrame", section: SectionKey = None,
+                 units: Optional[Mapping[str, str]] = None) -> None:
         """Replaces the curves of a data section (the main one by default)
         with a DataFrame's index and columns; NaN becomes the NULL value. A
         column keeps the definition (unit, description) of the curve of its
         name, else takes its unit from `units`."""
-        data = self._data(section) if section is not None else self._main_or_new()
+        data = self._main_or_new() if section is None else self._named(section)
         old, units = self.curves_of(data), dict(units or {})
         null = self.null if self.null is not None else -999.25
         columns = [(frame.index.name or (old.keys()[0] if len(old) else "DEPT"), frame.index)]
@@ -343,12 +405,12 @@ class LasFile:
                     definition_section.params = list(items)
                     self._items.pop(id(definition_section), None)
         well = _first(self.sections, ["Well", "W"])
-        data = self.data_section
-        if well is None or data is None or data.curve_count == 0 \
-                or not data.curve_is_numeric(0) or len(data.curve_values(0)) == 0:
+        main = self.data_section
+        if well is None or main is None or main.curve_count == 0 \
+                or not main.curve_is_numeric(0) or len(main.curve_values(0)) == 0:
             return list(self.sections)
         fixed = well.copy()
-        fixed.params = _range_from_data(well.params, data.curve_values(0))
+        fixed.params = _range_from_data(well.params, main.curve_values(0))
         return [fixed if s is well else s for s in self.sections]
 
     def to_string(self, version: Optional[int] = None, delimiter: str = " ") -> str:
@@ -370,7 +432,7 @@ class LasFile:
                 f"{rows} rows of curves {list(self.keys)}, {len(self.notes)} notes>")
 
     @classmethod
-    def from_df(cls, frame, well: Optional[Mapping[str, object]] = None,
+    def from_df(cls, frame: "pd.DataFrame", well: Optional[Mapping[str, object]] = None,
                 units: Optional[Mapping[str, str]] = None,
                 params: Optional[Mapping[str, object]] = None,
                 descriptions: Optional[Mapping[str, str]] = None,
@@ -409,7 +471,7 @@ def _number(text: str) -> Optional[float]:
         return None
 
 
-def _range_from_data(params: List[Param], index: np.ndarray) -> List[Param]:
+def _range_from_data(params: List[Param], index: Array) -> List[Param]:
     """STRT and STOP as the first and last depth, STEP as the even step of
     the depths (0 when uneven), each only where the line disagrees with the
     data by more than 1e-7; the lines keep their unit and description."""

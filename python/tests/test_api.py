@@ -26,8 +26,40 @@ def test_nothing_is_lost_duplicates_unknown_names_nulls_and_empty_sections():
     assert np.isnan(frame["SFLU:2"].iloc[1]) and frame["SFLU:1"].iloc[1] == 11
     assert las.well.keys()[2:4] == ["STEP:1", "STEP:2"] and las.well["STEP"].description == ""
     assert las.well["STEP:2"].description.strip() == "again"
-    empty = quarl.read(HEAD + "~C\nDEPT.M :\nGR.API :\n~A\n")
-    assert list(empty.df().columns) == ["GR"] and len(empty.df()) == 0
+
+
+CURVES = "~C\nDEPT.M :\nGR.API : gamma\nSP.MV :\n"
+LAS3_DEFINITIONS = "~Version\nVERS. 3.0 :\nWRAP. NO :\nDLM. COMMA :\n~Well\nNULL. -999.25 :\n" \
+                   "~Log_Definition\nDEPT.M : depth {F}\nGR.API : gamma {F}\nLITH. : rock {S}\n"
+
+
+@pytest.mark.parametrize("text, keys, kinds", [
+    (HEAD + CURVES, ["DEPT", "GR", "SP"], "fff"),  # no ~A section
+    (HEAD + CURVES + "~A\n", ["DEPT", "GR", "SP"], "fff"),  # ~A without rows
+    (LAS3_DEFINITIONS, ["DEPT", "GR", "LITH"], "ffO"),  # a definition section and no data
+], ids=["no ~A", "~A without rows", "LAS 3.0 definitions only"])
+def test_a_file_without_rows_has_its_curves_and_an_empty_frame(text, keys, kinds):
+    las = quarl.read(text)
+    assert las.keys == keys == las.keys() and [c.mnemonic for c in las.curves] == keys
+    assert las.curves.GR.unit == "API" and "GR" in las and "NOPE" not in las
+    frame = las.df()
+    assert list(frame.columns) == keys[1:] and frame.index.name == keys[0] and len(frame) == 0
+    assert "".join(dtype.kind for dtype in [frame.index.dtype, *frame.dtypes]) == kinds
+    assert las[keys[-1]].size == 0 and las.index.dtype.kind == "f" and las.data.shape == (0, 3)
+    assert "0 rows of curves ['DEPT'" in repr(las)
+
+
+def test_a_header_only_file_takes_its_data_from_a_frame():
+    las = quarl.read(HEAD + CURVES)
+    with pytest.raises(ValueError):  # rows for one curve of three: refused, nothing changed
+        las.append_curve("CALI", [8.5, 8.6])
+    assert las.keys == ["DEPT", "GR", "SP"] and las.data_section is None
+    del las["SP"]
+    assert las.keys == ["DEPT", "GR"]
+    las.set_data(pd.DataFrame({"GR": [50.0, np.nan]}, index=pd.Index([1.0, 2.0], name="DEPT")))
+    again = quarl.read(quarl.to_bytes(las), strict=True)
+    assert again.keys == ["DEPT", "GR"] and again.curves.GR.unit == "API"
+    assert again.curves.GR.description.strip() == "gamma" and again["GR"].tolist() == [50, -999.25]
 
 
 def test_mappings_take_names_attributes_and_positions():

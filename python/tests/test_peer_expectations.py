@@ -65,6 +65,18 @@ def test_header_facts():
     assert len(read("barebones2.las").keys) == 8
 
 
+@pytest.mark.parametrize("name, count, last", [
+    ("header_only.las", 21, "WPHI_FIT[9]"),  # ~Curve and no ~A section
+    ("3.0_sample_3.0.las", 15, "NMR[5]"),  # LAS 3.0 Curve section and no data section
+])
+def test_header_only_files_list_their_curves_in_an_empty_frame(name, count, last):
+    las = read(name)
+    assert len(las.keys()) == count and las.keys[0] == "DEPT" and las.keys[-1] == last
+    frame = las.df()
+    assert list(frame.columns) == las.keys[1:] and frame.index.name == "DEPT" and frame.empty
+    assert quarl.headers([CORPUS / name])["curves"][0] == las.keys  # the header table too
+
+
 def test_text_in_data_and_depth_units():
     las = read("data_characters.las")
     assert (las["TIME"][0], las["DATE"][0]) == ("00:00:00", "01-Jan-20")
