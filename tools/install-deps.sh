@@ -11,7 +11,8 @@ set -eu
 
 packages="cmake ninja-build g++ libgtest-dev pkg-config
   python3-dev python3-numpy python3-pandas pybind11-dev python3-pybind11 python3-pytest python3-distributed
-  python3-fsspec python3-charset-normalizer python3-pip python3-setuptools libsqlite3-dev sqlite3"
+  python3-fsspec python3-charset-normalizer python3-pip python3-setuptools python3-mypy
+  libsqlite3-dev sqlite3"
 all=no
 if [ "${1:-}" = "--all" ]; then
   all=yes
