@@ -83,10 +83,18 @@ std::string HitsPart(const QueryOptions& options)
         "    max(c.first_depth, c.last_depth) * " +
         MetresPerUnit("c.depth_unit", "qf.metres") +
         " / qf.metres AS bottom\n"
-        "  FROM curves c CROSS JOIN qf";
-    if (!options.curves.empty())
-        sql += "\n  JOIN wanted w ON (c.mnemonic = w.mnemonic COLLATE NOCASE OR " +
-               Stem("c.mnemonic") + " = w.mnemonic COLLATE NOCASE)";
+        "  FROM ";
+    // The asked mnemonics lead, so that the curves are found through their
+    // index: a mnemonic itself, or with a ":2"-style suffix (the range from
+    // "GR:" to "GR;").
+    if (options.curves.empty())
+        sql += "curves c";
+    else
+        sql +=
+            "wanted w CROSS JOIN curves c ON (c.mnemonic COLLATE NOCASE = w.mnemonic OR\n"
+            "    (c.mnemonic COLLATE NOCASE >= w.mnemonic || ':' AND\n"
+            "     c.mnemonic COLLATE NOCASE < w.mnemonic || ';'))";
+    sql += " CROSS JOIN qf";
     sql += ")";
     // Depths converted from another unit may differ from the asked ones by
     // the rounding of the conversion: a part in a billion is let through.
@@ -99,33 +107,46 @@ std::string HitsPart(const QueryOptions& options)
     return sql + ")";
 }
 
+// The value of a Well line of the file f.id, as the view well_summary has it.
+std::string WellValue(const std::string& mnemonic)
+{
+    return "(SELECT max(value) FROM wells WHERE file_id = f.id AND upper(mnemonic) = '" + mnemonic +
+           "')";
+}
+
 // The files that hold every asked curve (in range), of the wells asked.
 std::string SelectPart(const QueryOptions& options)
 {
     const size_t needed =
         options.curves.empty() ? (options.hasDepth ? 1 : 0) : options.curves.size();
-    std::string sql =
-        "\nSELECT f.path AS path, ws.well AS well, ws.uwi AS uwi,\n"
-        "  group_concat(h.mnemonic || CASE WHEN h.unit <> '' THEN ' (' || h.unit || ')' ELSE '' "
-        "END,"
-        " ', ') AS curves,\n"
-        "  min(h.top) AS top, max(h.bottom) AS bottom, (SELECT unit FROM qf) AS depth_unit\n"
-        "FROM files f JOIN well_summary ws ON ws.file_id = f.id\n"
-        "LEFT JOIN (SELECT DISTINCT file_id, section, position, mnemonic, unit, top, bottom FROM "
-        "kept\n"
-        "           ORDER BY file_id, section, position) h ON h.file_id = f.id\n"
-        "WHERE 1";
-    if (needed > 0)
+    // The files that answer, with their WELL and UWI looked up one by one:
+    // cheaper than the whole view well_summary when few files answer.
+    std::string sql = ",\nnamed AS (SELECT f.id, f.path, " + WellValue("WELL") + " AS well, " +
+                      WellValue("UWI") + " AS uwi FROM files f";
+    if (needed > 0) {
         sql +=
-            "\n  AND f.id IN (SELECT file_id FROM kept GROUP BY file_id HAVING count(DISTINCT n) "
+            "\n  WHERE f.id IN (SELECT file_id FROM kept GROUP BY file_id HAVING count(DISTINCT n) "
             "= " +
             std::to_string(needed) + ")";
+    }
+    sql += "),\nanswering AS (SELECT * FROM named";
     if (!options.wellPattern.empty()) {
         sql +=
-            "\n  AND (upper(trim(coalesce(ws.well, ''))) GLOB (SELECT pattern FROM qf)"
-            " OR upper(trim(coalesce(ws.uwi, ''))) GLOB (SELECT pattern FROM qf))";
+            " WHERE upper(trim(coalesce(well, ''))) GLOB (SELECT pattern FROM qf)"
+            " OR upper(trim(coalesce(uwi, ''))) GLOB (SELECT pattern FROM qf)";
     }
-    return sql + "\nGROUP BY f.id ORDER BY f.path";
+    sql += ")";
+    sql +=
+        "\nSELECT a.path AS path, a.well AS well, a.uwi AS uwi,\n"
+        "  group_concat(h.mnemonic || CASE WHEN h.unit <> '' THEN ' (' || h.unit || ')' ELSE '' "
+        "END,\n"
+        "    ', ') AS curves,\n"
+        "  min(h.top) AS top, max(h.bottom) AS bottom, (SELECT unit FROM qf) AS depth_unit\n"
+        "FROM answering a\n"
+        // A curve that answers two asked names is shown once.
+        "LEFT JOIN (SELECT DISTINCT file_id, section, position, mnemonic, unit, top, bottom\n"
+        "  FROM kept ORDER BY file_id, section, position) h ON h.file_id = a.id";
+    return sql + "\nGROUP BY a.id ORDER BY a.path";
 }
 
 }  // namespace
