@@ -16,14 +16,15 @@ void Usage(std::FILE* to)
                  "usage: quarl-catalog scan DIR... --db CATALOG [--hash] [--threads N]\n"
                  "                          [--progress|--no-progress]\n"
                  "       quarl-catalog query CATALOG [--curve MNEMONIC]... [--depth FROM:TO]\n"
-                 "                          [--unit M|FT] [--well PATTERN] [--json|--csv]\n"
+                 "                          [--cover] [--unit U] [--well PATTERN] [--json|--csv]\n"
                  "       quarl-catalog problems CATALOG [--json|--csv]\n"
                  "       quarl-catalog stats CATALOG [--json]\n"
                  "  scan      read the headers of every LAS file under DIR... into CATALOG (an\n"
                  "            SQLite file, created when missing); a second scan reads only new\n"
                  "            and changed files and removes vanished ones\n"
                  "  query     the files and curves that hold every --curve (a mnemonic or a\n"
-                 "            family's alias) over the --depth range, of wells matching PATTERN\n"
+                 "            family's alias) overlapping the --depth range (--cover: spanning\n"
+                 "            it), of wells whose WELL or UWI matches PATTERN\n"
                  "  problems  the files that failed to read and the notes by kind, with counts\n"
                  "  stats     files, wells, curves and the most common mnemonics\n");
 }
@@ -50,4 +51,7 @@ int Run(int argc, char** argv)
 
 }  // namespace
 
-int main(int argc, char** argv) { return quarl::apps::RunGuarded("quarl-catalog", Run, argc, argv); }
+int main(int argc, char** argv)
+{
+    return quarl::apps::RunGuarded("quarl-catalog", Run, argc, argv);
+}
