@@ -10,13 +10,7 @@ int RunQuery(int, char**)
     std::fprintf(stderr, "quarl-catalog: query is not built yet\n");
     return 1;
 }
-int RunProblems(int, char**)
-{
-    return RunQuery(0, nullptr);
-}
-int RunStats(int, char**)
-{
-    return RunQuery(0, nullptr);
-}
+int RunProblems(int, char**) { return RunQuery(0, nullptr); }
+int RunStats(int, char**) { return RunQuery(0, nullptr); }
 
 }  // namespace quarl::catalog

@@ -20,10 +20,10 @@ struct QueryOptions {
     // Every curve asked for must be in the file; a mnemonic stands for its
     // whole family when curve_aliases knows it (GR finds GRC, SGR ...).
     std::vector<std::string> curves;
-    bool hasDepth = false;  // --depth FROM:TO given
+    bool hasDepth = false;   // --depth FROM:TO given
     double from = 0.0, to = 0.0;
-    std::string unit = "M";   // the unit of FROM:TO and of the depths shown
-    std::string wellPattern;  // a glob (*, ?) on WELL or UWI, no case; empty for any
+    std::string unit = "M";  // the unit of FROM:TO and of the depths shown
+    std::string wellPattern; // a glob (*, ?) on WELL or UWI, no case; empty for any
 };
 
 // The files and curves that answer `options`; false with `error` for
