@@ -25,6 +25,10 @@ bool NeedsFullRead(const CLasReader& reader)
         if (section->m_type == LASSECTION_DATA && !section->m_curves.empty() &&
             section->m_curves[0].size() == 0)
             return true;
+    // The ends' column rules are not applied: an index that is no clean
+    // number is read as the full read reads it.
+    for (const CLasNote& note : reader.GetNotes())
+        if (note.kind == LASNOTE_NOT_A_NUMBER || note.kind == LASNOTE_NUMBER_IN_PART) return true;
     return false;
 }
 
@@ -82,7 +86,8 @@ void FillFromRead(const CLasReader& reader, ELASFILEERROR result, FileRecord* re
     }
     for (size_t i = 0; i < sections.size(); ++i) {
         const CLasSection& s = *sections[i];
-        if (i == 1) {
+        // The Well section is the second by place, as the reader has it.
+        if (i == 1 && (s.m_type == LASSECTION_HEADER || s.m_type == LASSECTION_PARAMETER)) {
             for (const CLasParam& p : s.m_params)
                 record->well.push_back({p.m_mnemonic, p.m_unit, p.m_value, p.m_description});
         } else if (s.m_type == LASSECTION_DATA) {

@@ -18,7 +18,9 @@ CLasReadOptions CatalogReadOptions(size_t fileSize);
 
 // Whether a header read left a data section without its first and last
 // row although it may have rows (a LAS 3.0 or wrapped file, whose rows a
-// header read passes over): such a file is read again in full.
+// header read passes over), or a first or last row holds a token that is
+// no clean number (the full read's column rules may make it text): such a
+// file is read again in full.
 bool NeedsFullRead(const CLasReader& reader);
 
 // Fills version, wrap, result, reading, the Well lines, the curves with
