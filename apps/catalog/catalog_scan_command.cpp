@@ -109,11 +109,12 @@ bool CatalogOutsideRoots(const ScanRequest& request)
 
 void PrintSummary(const ScanSummary& s)
 {
-    const double rate = s.seconds > 0 ? static_cast<double>(s.read) / s.seconds : 0.0;
+    // Files found per second: a rescan's pace too, where few are read.
+    const double rate = s.seconds > 0 ? static_cast<double>(s.seen) / s.seconds : 0.0;
     std::printf(
         "%zu LAS files: %zu read (%zu failed, %zu changed while read), %zu unchanged, "
         "%zu removed; %zu other files, %zu unreadable, %zu links passed over; "
-        "%.2f s, %.0f files/s\n",
+        "%.3f s, %.0f files/s\n",
         s.seen, s.read, s.failed, s.changed, s.unchanged, s.removed, s.notLas, s.unreadable,
         s.links, s.seconds, rate);
 }
