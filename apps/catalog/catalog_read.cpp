@@ -30,7 +30,8 @@ Stamp StampOf(const std::string& path)
 {
     struct stat st;
     Stamp stamp;
-    if (::stat(path.c_str(), &st) != 0) return stamp;
+    // Only a regular file is read: a pipe or a device could block the read.
+    if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return stamp;
     stamp.ok = true;
     stamp.size = static_cast<int64_t>(st.st_size);
     stamp.mtimeNs = static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000LL +

@@ -92,8 +92,9 @@ bool CatalogOutsideRoots(const ScanRequest& request)
 {
     for (const std::string& root : request.roots) {
         std::error_code error;
-        const bool isFolder = std::filesystem::is_directory(root, error);
-        const std::string rootFolder = ResolvedFolder(root, isFolder);
+        // A root that is a file, or is not there, holds no catalog.
+        if (!std::filesystem::is_directory(root, error)) continue;
+        const std::string rootFolder = ResolvedFolder(root, true);
         const std::string dbFolder = ResolvedFolder(request.db, false);
         const std::string dbPlain = std::filesystem::path(AbsolutePath(request.db)).parent_path();
         if (Inside(dbFolder, rootFolder) || Inside(dbPlain, AbsolutePath(root))) {

@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "catalog/catalog_db.h"
+#include "catalog/catalog_hash.h"
 #include "catalog/catalog_scan.h"
 #include "catalog/catalog_walk.h"
 #include "support/read_notes.h"
@@ -242,9 +243,25 @@ TEST(CatalogRecord, Las3AndWrappedFilesGetTheirDepthsFromAFullRead)
     EXPECT_EQ(w.curves[2].lastDepth, 2);
 }
 
+TEST(CatalogRecord, HashIsTheSha256OfTheWholeFile)
+{
+    if (!HashAvailable()) GTEST_SKIP() << "built without libcrypto";
+    const fs::path dir = OwnFolder("catalog_hash");
+    Write(dir / "abc.las", "abc");
+    ScanOptions options;
+    options.hash = true;
+    // The first test vector of the SHA-2 standard.
+    EXPECT_EQ(ReadFileRecord((dir / "abc.las").string(), options).hash,
+              "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    EXPECT_EQ(ReadFileRecord((dir / "abc.las").string(), ScanOptions()).hash, "");
+    EXPECT_EQ(FileSha256((dir / "missing.las").string()), "");
+}
+
 TEST(CatalogRecord, BadFilesAreRecordsThatSayWhy)
 {
     const fs::path dir = OwnFolder("catalog_bad");
+    mkfifo((dir / "pipe.las").c_str(), 0600);
+    EXPECT_EQ(ReadFileRecord((dir / "pipe.las").string(), ScanOptions()).result, "LASFILE_IO_FAILED");
     Write(dir / "empty.las", "");
     Write(dir / "words.las", "Depth,GR\n1,2\n");
     EXPECT_EQ(ReadFileRecord((dir / "empty.las").string(), ScanOptions()).result, "LASFILE_IO_FAILED");
