@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs from Debian 12 (bookworm) what quarl needs to be built and its
-# tests run: the compiler, CMake, Ninja, GoogleTest, pkg-config, SQLite for
+# tests run: the compiler, CMake, Ninja, GoogleTest, pkg-config, SQLite and OpenSSL's libcrypto for
 # quarl-catalog, and Debian's Python 3 with numpy, pandas, pybind11, pytest,
 # distributed, fsspec and charset-normalizer for the Python package (pip and
 # setuptools for `pip install .`). With --all also what the rest of CI uses:
@@ -12,7 +12,7 @@ set -eu
 packages="cmake ninja-build g++ libgtest-dev pkg-config
   python3-dev python3-numpy python3-pandas pybind11-dev python3-pybind11 python3-pytest python3-distributed
   python3-fsspec python3-charset-normalizer python3-pip python3-setuptools python3-mypy
-  libsqlite3-dev sqlite3"
+  libsqlite3-dev sqlite3 libssl-dev"
 all=no
 if [ "${1:-}" = "--all" ]; then
   all=yes

@@ -326,11 +326,12 @@ bool CatalogDb::StoreFile(const FileRecord& file)
 bool CatalogDb::StoredFiles(std::map<std::string, StoredStamp>* out)
 {
     sqlite3_stmt* s = nullptr;
-    if (!Prepare(&s, "SELECT path, size, mtime_ns FROM files")) return false;
+    if (!Prepare(&s, "SELECT path, size, mtime_ns, hash IS NOT NULL FROM files")) return false;
     int rc;
     while ((rc = sqlite3_step(s)) == SQLITE_ROW) {
         const char* path = reinterpret_cast<const char*>(sqlite3_column_text(s, 0));
-        (*out)[path ? path : ""] = {sqlite3_column_int64(s, 1), sqlite3_column_int64(s, 2)};
+        (*out)[path ? path : ""] = {sqlite3_column_int64(s, 1), sqlite3_column_int64(s, 2),
+                                    sqlite3_column_int(s, 3) != 0};
     }
     sqlite3_finalize(s);
     return rc == SQLITE_DONE || Fail("listing the stored files");

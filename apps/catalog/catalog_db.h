@@ -71,6 +71,7 @@ struct FileRecord {
 struct StoredStamp {
     int64_t size = 0;
     int64_t mtimeNs = 0;
+    bool hashed = false;  // its row has a hash
 };
 
 class CatalogDb {
