@@ -1,3 +1,5 @@
+#include "catalog/catalog_query.h"
+
 #include <cstdio>
 
 #include "catalog/catalog_commands.h"
@@ -10,7 +12,27 @@ int RunQuery(int, char**)
     std::fprintf(stderr, "quarl-catalog: query is not built yet\n");
     return 1;
 }
-int RunProblems(int, char**) { return RunQuery(0, nullptr); }
-int RunStats(int, char**) { return RunQuery(0, nullptr); }
+int RunProblems(int, char**)
+{
+    return RunQuery(0, nullptr);
+}
+int RunStats(int, char**)
+{
+    return RunQuery(0, nullptr);
+}
+
+bool BuildQuery(const QueryOptions&, SqlQuery*, std::string* error)
+{
+    if (error) *error = "query is not built yet";
+    return false;
+}
+SqlQuery ProblemFilesQuery()
+{
+    return {};
+}
+SqlQuery NoteKindsQuery()
+{
+    return {};
+}
 
 }  // namespace quarl::catalog
