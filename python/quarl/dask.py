@@ -147,7 +147,8 @@ def _mtime_ns(fs, path: str, info: dict) -> int:
         value = info.get(key)
         if value is None:
             continue
-        if isinstance(value, (tuple, list)):  # a zip member: (year, month, day, hour, minute, second)
+        # A zip member's (year, month, day, hour, minute, second).
+        if isinstance(value, (tuple, list)):
             return calendar.timegm(tuple(value)) * 10**9
         if isinstance(value, (int, float)):
             return int(value * 1e9)
@@ -210,7 +211,9 @@ def _read_records(fs, files: List[_Listed]) -> list:
     for item in files:
         try:
             data = fs.cat_file(item.path)
-        except OSError:
+        # Storages fail in errors of their own (zip, HTTP, object stores):
+        # any of them is this file's failure to be fetched, not the scan's.
+        except Exception:  # noqa: BLE001
             records.append(catalog.FileRecord(item.name, item.size, item.mtime_ns,
                                               result="LASFILE_IO_FAILED"))
             continue
