@@ -16,6 +16,10 @@
 #include <unordered_map>
 #include <vector>
 
+#ifdef QUARL_HAS_CATALOG
+#include "_quarl_catalog.h"
+#endif
+
 namespace py = pybind11;
 using namespace quarl;
 
@@ -519,4 +523,7 @@ PYBIND11_MODULE(_quarl, m)
     m.def("result_name", [](int code) { return ResultName(static_cast<ELASFILEERROR>(code)); });
     m.def("result_description",
           [](int code) { return ResultDescription(static_cast<ELASFILEERROR>(code)); });
+#ifdef QUARL_HAS_CATALOG
+    BindCatalogModule(m);
+#endif
 }
