@@ -90,7 +90,10 @@ void BindText(sqlite3_stmt* s, int at, const std::string& text)
 
 }  // namespace
 
-CatalogDb::~CatalogDb() { Close(); }
+CatalogDb::~CatalogDb()
+{
+    Close();
+}
 
 void CatalogDb::Close()
 {
@@ -189,8 +192,8 @@ bool CatalogDb::CreateOrMigrate(bool fresh)
     for (int v = version; v < kSchemaVersion; ++v) {
         const size_t step = static_cast<size_t>(v - 1);
         if (step >= kMigrationCount || !Begin() || !Exec(kMigrations[step])) return false;
-        const std::string bump =
-            "UPDATE catalog_info SET value = '" + std::to_string(v + 1) + "' WHERE key = 'schema_version'";
+        const std::string bump = "UPDATE catalog_info SET value = '" + std::to_string(v + 1) +
+                                 "' WHERE key = 'schema_version'";
         if (!Exec(bump.c_str()) || !Commit()) return false;
     }
     return true;
@@ -226,9 +229,18 @@ bool CatalogDb::SeedFamilies()
     return ok;
 }
 
-bool CatalogDb::Begin() { return Exec("BEGIN IMMEDIATE"); }
-bool CatalogDb::Commit() { return Exec("COMMIT"); }
-bool CatalogDb::Rollback() { return Exec("ROLLBACK"); }
+bool CatalogDb::Begin()
+{
+    return Exec("BEGIN IMMEDIATE");
+}
+bool CatalogDb::Commit()
+{
+    return Exec("COMMIT");
+}
+bool CatalogDb::Rollback()
+{
+    return Exec("ROLLBACK");
+}
 
 bool CatalogDb::RemoveFile(const std::string& path)
 {

@@ -52,14 +52,14 @@ struct NoteRow {
 
 // What the catalog keeps of one file.
 struct FileRecord {
-    std::string path;        // as walked, absolute
-    int64_t size = 0;        // bytes
-    int64_t mtimeNs = 0;     // modification time, nanoseconds since 1970
-    std::string version;     // "1.2", "2.0", "3.0"; empty when none was read
+    std::string path;     // as walked, absolute
+    int64_t size = 0;     // bytes
+    int64_t mtimeNs = 0;  // modification time, nanoseconds since 1970
+    std::string version;  // "1.2", "2.0", "3.0"; empty when none was read
     bool wrap = false;
-    std::string result;      // "LASFILE_OK" or the error's name
-    std::string reading;     // "strict" or "lenient"
-    std::string hash;        // SHA-256 in hex with --hash, else empty
+    std::string result;             // "LASFILE_OK" or the error's name
+    std::string reading;            // "strict" or "lenient"
+    std::string hash;               // SHA-256 in hex with --hash, else empty
     bool changedWhileRead = false;  // the file changed during every try to read it
     std::vector<WellLine> well;
     std::vector<CurveRow> curves;

@@ -14,9 +14,9 @@
 namespace quarl::catalog {
 
 struct ScanOptions {
-    bool hash = false;       // SHA-256 of every file read (reads it whole)
-    unsigned threads = 0;    // reading threads; 0 is one per core
-    bool progress = false;   // a progress line on stderr
+    bool hash = false;      // SHA-256 of every file read (reads it whole)
+    unsigned threads = 0;   // reading threads; 0 is one per core
+    bool progress = false;  // a progress line on stderr
     // Set from another thread or a signal handler: the scan stops after the
     // files stored so far, and ScanTrees returns false with "interrupted".
     const std::atomic<bool>* stop = nullptr;
@@ -24,15 +24,15 @@ struct ScanOptions {
 
 // What a scan did, counted.
 struct ScanSummary {
-    size_t seen = 0;            // LAS files found
-    size_t read = 0;            // of them read and stored (new or changed)
-    size_t unchanged = 0;       // of them left as stored (same size and time)
-    size_t failed = 0;          // of the read ones, those whose read ended in an error
-    size_t changed = 0;         // of the read ones, changed during every try to read them
-    size_t removed = 0;         // stored files no longer there, removed
-    size_t notLas = 0;          // other files passed over
-    size_t unreadable = 0;      // folders and files that could not be opened
-    size_t links = 0;           // links passed over: loops, dangling, or seen before
+    size_t seen = 0;        // LAS files found
+    size_t read = 0;        // of them read and stored (new or changed)
+    size_t unchanged = 0;   // of them left as stored (same size and time)
+    size_t failed = 0;      // of the read ones, those whose read ended in an error
+    size_t changed = 0;     // of the read ones, changed during every try to read them
+    size_t removed = 0;     // stored files no longer there, removed
+    size_t notLas = 0;      // other files passed over
+    size_t unreadable = 0;  // folders and files that could not be opened
+    size_t links = 0;       // links passed over: loops, dangling, or seen before
     double seconds = 0.0;
 };
 

@@ -221,12 +221,12 @@ TEST(PlotRequest, DefaultLayoutFollowsTheCurveFamilies)
     add("DEPT", "M", {1, 2});
     add("GR", "GAPI", {50, 60});
     add("ILD", "OHMM", {2, 3});
-    add("NPHI", "PU", {20, 25});    // percent: the scale in percent
+    add("NPHI", "PU", {20, 25});  // percent: the scale in percent
     add("RHOB", "K/M3", {2400, 2500});
     add("DT", "US/M", {300, 310});
     add("CALI", "MM", {220, 230});
-    add("TVD", "M", {1, 2});        // an index column: not drawn
-    add("XYZ", "", {1, 2});         // no family: a track of its own
+    add("TVD", "M", {1, 2});  // an index column: not drawn
+    add("XYZ", "", {1, 2});   // no family: a track of its own
     add("LLD", "OHMM", {4, 5});
     ex::PlotRequest request;
     request.ranges = {{"GR", 0, 200}};  // --scale wins over the family's scale
