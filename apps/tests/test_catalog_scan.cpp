@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cctype>
 #include <chrono>
 #include <cstdio>
@@ -255,6 +256,39 @@ TEST(CatalogRecord, HashIsTheSha256OfTheWholeFile)
               "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
     EXPECT_EQ(ReadFileRecord((dir / "abc.las").string(), ScanOptions()).hash, "");
     EXPECT_EQ(FileSha256((dir / "missing.las").string()), "");
+}
+
+TEST(CatalogRecord, AFileThatKeepsChangingWhileReadIsMarked)
+{
+    if (!HashAvailable()) GTEST_SKIP() << "built without libcrypto: a header read is too quick to overlap";
+    const fs::path dir = OwnFolder("catalog_changing");
+    const std::string path = (dir / "busy.las").string();
+    Write(path, Las("BUSY", 100, 400000));  // the hash reads every byte: each try takes a while
+    ScanOptions options;
+    options.hash = true;
+    std::atomic<bool> stop{false}, started{false};
+    std::thread toucher([&] {
+        // Each pass sets a new modification time, as a writer would.
+        for (long n = 1; !stop; ++n) {
+            const struct timespec times[2] = {{0, UTIME_OMIT}, {1000000 + n, 0}};
+            utimensat(AT_FDCWD, path.c_str(), times, 0);
+            started = true;
+        }
+    });
+    while (!started) std::this_thread::yield();
+    // Every try of a read must overlap a change; on a loaded machine one
+    // read may slip between two, so a few reads are asked for.
+    bool marked = false;
+    for (int read = 0; read < 5 && !marked; ++read) marked = ReadFileRecord(path, options).changedWhileRead;
+    stop = true;
+    toucher.join();
+    EXPECT_TRUE(marked);
+    const FileRecord still = ReadFileRecord(path, options);
+    EXPECT_FALSE(still.changedWhileRead);
+    EXPECT_EQ(still.result, "LASFILE_OK");
+    struct stat now {};
+    ASSERT_EQ(stat(path.c_str(), &now), 0);
+    EXPECT_EQ(still.mtimeNs, static_cast<int64_t>(now.st_mtim.tv_sec) * 1000000000 + now.st_mtim.tv_nsec);
 }
 
 TEST(CatalogRecord, BadFilesAreRecordsThatSayWhy)
