@@ -5,6 +5,10 @@ from typing import Any, Callable, Dict, Iterable, List, Optional, Sequence, Tupl
 import numpy.typing as npt
 from typing_extensions import NotRequired, TypedDict
 
+# The counts scan_trees returns are a TypedDict that quarl.catalog defines, so
+# that user code can name it at run time too.
+from quarl.catalog import ScanSummary
+
 _Text = Union[str, bytes]
 _Progress = Optional[Callable[[float], object]]
 _Buffer = Union[bytes, bytearray, memoryview]
@@ -101,6 +105,14 @@ CATALOG_SCHEMA_VERSION: int
 
 class CatalogError(RuntimeError): ...
 
+# The rows of a FileRecord as its constructor takes them: texts as str or as
+# the bytes the file held; a curve's first and last depth None when its
+# section has no rows.
+_WellRow = Tuple[_Text, _Text, _Text, _Text]
+_CurveRow = Tuple[_Text, _Text, _Text, _Text, _Text, Optional[float], Optional[float], _Text]
+_ParamRow = Tuple[_Text, _Text, _Text, _Text, _Text]
+_NoteRow = Tuple[_Text, int, _Text]
+
 class FileRecord:
     path: str
     size: int
@@ -117,8 +129,9 @@ class FileRecord:
     notes: List[Tuple[str, int, str]]
     def __init__(self, path: _Text = "", size: int = 0, mtime_ns: int = 0, version: _Text = "",
                  wrap: bool = False, result: _Text = "LASFILE_OK", reading: _Text = "lenient",
-                 hash: _Text = "", changed_while_read: bool = False, well: Iterable = (),
-                 curves: Iterable = (), params: Iterable = (), notes: Iterable = ()) -> None: ...
+                 hash: _Text = "", changed_while_read: bool = False, well: Iterable[_WellRow] = (),
+                 curves: Iterable[_CurveRow] = (), params: Iterable[_ParamRow] = (),
+                 notes: Iterable[_NoteRow] = ()) -> None: ...
 
 class Catalog:
     closed: bool
@@ -132,7 +145,8 @@ class Catalog:
 
 def read_file_record(path: str, hash: bool = False) -> FileRecord: ...
 def read_file_record_from_bytes(path: str, data: object, mtime_ns: int = 0) -> FileRecord: ...
-def scan_trees(roots: List[str], db_path: str, hash: bool = False, threads: int = 0) -> dict: ...
+def scan_trees(roots: List[str], db_path: str, hash: bool = False,
+               threads: int = 0) -> ScanSummary: ...
 def build_query(curves: List[str] = ..., depth: Optional[Tuple[float, float]] = None,
                 unit: str = "M", well: Optional[str] = None) -> Tuple[str, List[str]]: ...
 def problem_files_query() -> Tuple[str, List[str]]: ...

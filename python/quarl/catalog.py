@@ -3,7 +3,7 @@ keeps, with pandas: scan folder trees into it, then ask it which files hold
 the curves, depths and wells wanted.
 
     import quarl.catalog
-    quarl.catalog.scan(["/archive"], "archive.sqlite")    # counts, as a dict
+    quarl.catalog.scan(["/archive"], "archive.sqlite")    # counts, a ScanSummary
     hits = quarl.catalog.query("archive.sqlite", curves=["GR", "RHOB"],
                                depth=(1000, 1500), unit="m", well="NORTH*")
     failed, note_kinds = quarl.catalog.problems("archive.sqlite")
@@ -21,11 +21,12 @@ import contextlib
 import os
 import pathlib
 import sqlite3
-from typing import Iterable, Iterator, NamedTuple, Optional, Sequence, Tuple, Union
+from typing import Iterable, Iterator, NamedTuple, Optional, Sequence, Tuple, TypedDict, Union
 
 import pandas as pd
 
 from . import _quarl
+from .files import PathLike
 
 if not hasattr(_quarl, "Catalog"):
     raise ImportError("quarl.catalog is not available: the native module was built without SQLite "
@@ -37,18 +38,35 @@ FileRecord = _quarl.FileRecord
 read_file_record = _quarl.read_file_record
 read_file_record_from_bytes = _quarl.read_file_record_from_bytes
 
-__all__ = ["scan", "query", "problems", "files", "curves", "wells", "Problems", "Catalog",
-           "CatalogError", "FileRecord", "read_file_record", "read_file_record_from_bytes"]
+__all__ = ["scan", "query", "problems", "files", "curves", "wells", "Problems", "ScanSummary",
+           "Catalog", "CatalogError", "FileRecord", "read_file_record",
+           "read_file_record_from_bytes"]
 
-PathLike = Union[str, os.PathLike]
+
+class ScanSummary(TypedDict):
+    """What a scan counted: the LAS files found (seen), of them those read and
+    stored, those left as stored (unchanged), the read ones whose read ended
+    in an error (failed) or that changed while read; the stored files gone
+    and removed; other files passed over (not_las), folders and files that
+    could not be opened (unreadable), links passed over; and how long the
+    scan took."""
+    seen: int
+    read: int
+    unchanged: int
+    failed: int
+    changed: int
+    removed: int
+    not_las: int
+    unreadable: int
+    links: int
+    seconds: float
 
 
 def scan(paths: Union[PathLike, Iterable[PathLike]], db: PathLike, *, hash: bool = False,
-         threads: Optional[int] = None) -> dict:
+         threads: Optional[int] = None) -> ScanSummary:
     """Scans the folder trees `paths` into the catalog `db` (created when
     missing), as `quarl-catalog scan` does: new and changed LAS files are
-    read, vanished ones removed. Returns the counts: seen, read, unchanged,
-    failed, changed, removed, not_las, unreadable, links and seconds.
+    read, vanished ones removed. Returns the counts, a ScanSummary.
     Ctrl-C stops the scan after the files stored so far."""
     if isinstance(paths, (str, bytes, os.PathLike)):
         paths = [paths]

@@ -28,7 +28,8 @@ import calendar
 import dataclasses
 import os
 import time
-from typing import Dict, Iterable, Iterator, List, NamedTuple, Optional, Sequence, Tuple, Union
+from typing import (TYPE_CHECKING, Dict, Iterable, Iterator, List, Mapping, NamedTuple, Optional,
+                    Sequence, Tuple, Union)
 
 import dask
 import dask.dataframe as dd
@@ -37,6 +38,15 @@ import pandas as pd
 
 import quarl
 from quarl.files import HEADER_FIELDS, PathLike, header_row
+
+if TYPE_CHECKING:
+    from distributed import Client
+    from fsspec import AbstractFileSystem
+
+    # quarl.catalog is imported where it is used: it fails to import when the
+    # native module was built without SQLite, and the rest of this module
+    # works without it.
+    from quarl.catalog import Catalog, FileRecord, ScanSummary
 
 __all__ = ["headers", "curves", "scan_catalog"]
 
@@ -123,22 +133,22 @@ class _Listed(NamedTuple):
     mtime_ns: int
 
 
-def _is_local(fs) -> bool:
+def _is_local(fs: AbstractFileSystem) -> bool:
     from fsspec.implementations.local import LocalFileSystem
     return isinstance(fs, LocalFileSystem)
 
 
-def _name(fs, path: str, chain: Optional[str]) -> str:
+def _name(fs: AbstractFileSystem, path: str, chain: Optional[str]) -> str:
     """What the catalog calls a file: a local path as it is, as quarl-catalog
     scan stores it; anything else as the URL that fsspec opens it by (with
     the rest of a chain: zip://a.las::s3://bucket/archive.zip)."""
     if chain is None and _is_local(fs):
         return path
-    name = fs.unstrip_protocol(path)
+    name: str = fs.unstrip_protocol(path)
     return f"{name}::{chain}" if chain else name
 
 
-def _mtime_ns(fs, path: str, info: dict) -> int:
+def _mtime_ns(fs: AbstractFileSystem, path: str, info: Mapping[str, object]) -> int:
     """The modification time in nanoseconds since 1970 as the storage tells
     it; 0 when it tells none. Local files give the exact time of the
     operating system, the one quarl-catalog scan stores."""
@@ -155,7 +165,7 @@ def _mtime_ns(fs, path: str, info: dict) -> int:
         if isinstance(value, (int, float)):
             return int(value * 1e9)
         stamp = pd.Timestamp(value)
-        return (stamp.tz_localize("UTC") if stamp.tzinfo is None else stamp).value
+        return int((stamp.tz_localize("UTC") if stamp.tzinfo is None else stamp).value)
     return 0
 
 
@@ -165,14 +175,15 @@ def _has_magic(path: str) -> bool:
 
 @dataclasses.dataclass
 class _Listing:
-    files: Dict[str, Tuple[object, _Listed]] = dataclasses.field(default_factory=dict)  # by name
+    files: Dict[str, Tuple[AbstractFileSystem, _Listed]] = dataclasses.field(
+        default_factory=dict)  # by name
     folders: List[Tuple[str, str]] = dataclasses.field(default_factory=list)  # (start, end) of
     # the names of the files in a folder scanned whole
     not_las: int = 0
     unreadable: int = 0
 
 
-def _list(urls: Sequence[str], options: dict) -> _Listing:
+def _list(urls: Sequence[str], options: Mapping[str, object]) -> _Listing:
     """The LAS files the URLs name: every *.las under a folder, what a glob
     matches, a file as given."""
     import fsspec
@@ -204,7 +215,7 @@ def _list(urls: Sequence[str], options: dict) -> _Listing:
     return listing
 
 
-def _read_records(fs, files: List[_Listed]) -> list:
+def _read_records(fs: AbstractFileSystem, files: List[_Listed]) -> List[FileRecord]:
     """On a worker: the catalog's record of each file, its headers read from
     its bytes by the native module. A file that cannot be fetched gives a
     record that says so."""
@@ -223,16 +234,19 @@ def _read_records(fs, files: List[_Listed]) -> list:
     return records
 
 
-def _tasks(todo: Iterable[Tuple[object, _Listed]], size: int) -> List[Tuple[object, List[_Listed]]]:
+_Task = Tuple["AbstractFileSystem", List[_Listed]]  # files to read on one worker
+
+
+def _tasks(todo: Iterable[Tuple[AbstractFileSystem, _Listed]], size: int) -> List[_Task]:
     """The files in tasks of `size`, each of one filesystem."""
-    by_fs: Dict[int, Tuple[object, List[_Listed]]] = {}
+    by_fs: Dict[int, _Task] = {}
     for fs, item in todo:
         by_fs.setdefault(id(fs), (fs, []))[1].append(item)
     return [(fs, items[i:i + size]) for fs, items in by_fs.values()
             for i in range(0, len(items), size)]
 
 
-def _current_client():
+def _current_client() -> Optional[Client]:
     try:
         from distributed import default_client
         return default_client()
@@ -240,7 +254,7 @@ def _current_client():
         return None
 
 
-def _results(tasks, client) -> Iterator[list]:
+def _results(tasks: List[_Task], client: Optional[Client]) -> Iterator[List[FileRecord]]:
     """The records of each task as it ends, through the distributed client
     given or current, else through the scheduler dask is configured with."""
     client = client or _current_client()
@@ -254,16 +268,16 @@ def _results(tasks, client) -> Iterator[list]:
         future.release()
 
 
-def _store(catalog, records: list, summary: dict) -> None:
+def _store(catalog: Catalog, records: List[FileRecord], summary: ScanSummary) -> None:
     catalog.store(records)
     summary["read"] += len(records)
     summary["failed"] += sum(record.result != "LASFILE_OK" for record in records)
     summary["changed"] += sum(record.changed_while_read for record in records)
 
 
-def scan_catalog(urls: Union[str, os.PathLike, Iterable[Union[str, os.PathLike]]], db: os.PathLike,
-                 *, client=None, files_per_task: int = 32, batch: int = 256,
-                 storage_options: Optional[dict] = None) -> dict:
+def scan_catalog(urls: Union[PathLike, Iterable[PathLike]], db: PathLike, *,
+                 client: Optional[Client] = None, files_per_task: int = 32, batch: int = 256,
+                 storage_options: Optional[Mapping[str, object]] = None) -> ScanSummary:
     """Fills the catalog `db` (created when missing) with the headers of the
     LAS files that `urls` name: folders (every *.las under them), globs or
     files, local or anything fsspec opens (s3://archive/, zip://**::a.zip).
@@ -278,11 +292,12 @@ def scan_catalog(urls: Union[str, os.PathLike, Iterable[Union[str, os.PathLike]]
     Returns the counts that quarl.catalog.scan returns."""
     from . import catalog
     start = time.monotonic()
-    if isinstance(urls, (str, os.PathLike)):
+    if isinstance(urls, (str, bytes, os.PathLike)):
         urls = [urls]
     listing = _list([os.fsdecode(url) for url in urls], storage_options or {})
-    summary = dict(seen=len(listing.files), read=0, unchanged=0, failed=0, changed=0, removed=0,
-                   not_las=listing.not_las, unreadable=listing.unreadable, links=0, seconds=0.0)
+    summary = catalog.ScanSummary(seen=len(listing.files), read=0, unchanged=0, failed=0,
+                                  changed=0, removed=0, not_las=listing.not_las,
+                                  unreadable=listing.unreadable, links=0, seconds=0.0)
     with catalog.Catalog(os.fsdecode(db)) as store:
         stored = store.stored_files()
         todo = [(fs, item) for fs, item in listing.files.values()
@@ -293,7 +308,7 @@ def scan_catalog(urls: Union[str, os.PathLike, Iterable[Union[str, os.PathLike]]
                                                  for begin, end in listing.folders):
                 store.remove(name)
                 summary["removed"] += 1
-        pending: list = []
+        pending: List[FileRecord] = []
         for records in _results(_tasks(todo, files_per_task), client):
             pending += records
             if len(pending) >= batch:

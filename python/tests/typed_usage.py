@@ -5,9 +5,12 @@ an error (an ignore that is no longer needed fails the check too)."""
 from typing import Any, List, Optional, Union
 
 import numpy.typing as npt
+import pandas as pd
 from typing_extensions import assert_type
 
 import quarl
+import quarl.catalog
+import quarl.dask
 
 
 def read_and_write(path: str) -> None:
@@ -56,3 +59,15 @@ def errors_and_many_files(paths: List[str]) -> None:
     section = quarl.Section("ASCII", quarl.DATA, "Curve")
     section.add_numbers(quarl.Param("DEPT", "M"), [1.0, 2.0])
     assert_type(quarl.LasFile([section]).curves_of(0), quarl.SectionItems)
+
+
+def catalog(roots: List[str]) -> None:
+    summary = quarl.catalog.scan(roots, "archive.sqlite", threads=2)
+    assert_type(summary, quarl.catalog.ScanSummary)
+    assert_type(summary["read"], int)
+    assert_type(summary["seconds"], float)
+    summary["skipped"]  # type: ignore[typeddict-item]
+    assert_type(quarl.dask.scan_catalog("s3://logs/", "archive.sqlite"), quarl.catalog.ScanSummary)
+    assert_type(quarl.catalog.query("archive.sqlite", curves="GR", depth=(1000, 1500)), pd.DataFrame)
+    assert_type(quarl.catalog.problems("archive.sqlite").note_kinds, pd.DataFrame)
+    quarl.catalog.query("archive.sqlite", depth=1000)  # type: ignore[arg-type]
