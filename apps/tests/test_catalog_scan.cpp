@@ -273,6 +273,9 @@ TEST(CatalogRecord, AFileThatKeepsChangingWhileReadIsMarked)
             const struct timespec times[2] = {{0, UTIME_OMIT}, {1000000 + n, 0}};
             utimensat(AT_FDCWD, path.c_str(), times, 0);
             started = true;
+            // A pause between touches: a thread that never waits would
+            // starve the reading one where threads take turns (valgrind).
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
         }
     });
     while (!started) std::this_thread::yield();
