@@ -75,7 +75,11 @@ public:
             Folder(folder);
         }
     }
-    WalkResult& Result() { return m_result; }
+    WalkResult& Result()
+    {
+        if (!Stopped()) LinkedFiles();
+        return m_result;
+    }
 
 private:
     using Key = std::pair<dev_t, ino_t>;
@@ -133,9 +137,23 @@ private:
         }
     }
 
+    // The links to files, taken after every root was walked: a link met
+    // before the file it leads to must not make that file's path the one
+    // stored, nor store it twice.
+    void LinkedFiles()
+    {
+        m_linksLast = false;
+        for (const auto& [path, st] : m_linkedFiles) File(path, st, true);
+        m_linkedFiles.clear();
+    }
+
     void File(const std::string& path, const struct stat& st, bool linked)
     {
         const Key key(st.st_dev, st.st_ino);
+        if (linked && m_linksLast) {
+            m_linkedFiles.emplace_back(path, st);
+            return;
+        }
         if (linked && m_found.count(key)) {
             ++m_result.links;
             return;
@@ -161,6 +179,8 @@ private:
     std::vector<std::string> m_folders;  // to walk, the next one last
     std::set<Key> m_walked;
     std::set<Key> m_found;
+    bool m_linksLast = true;
+    std::vector<std::pair<std::string, struct stat>> m_linkedFiles;
 };
 
 }  // namespace

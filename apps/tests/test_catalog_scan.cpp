@@ -348,6 +348,7 @@ struct OddTree {
         fs::create_symlink("self.las", root / "self.las");
         fs::create_symlink(".", root / "loop");
         fs::create_symlink("good1.las", root / "link_to_good1.las");
+        fs::create_symlink("sub/good3.las", root / "a_link_to_good3.las");  // met before its file
         mkfifo((root / "pipe.las").c_str(), 0600);
     }
     void Lock()
@@ -372,9 +373,10 @@ TEST(CatalogScan, OddTreesGiveRowsAndCountsNeverFailures)
     EXPECT_EQ(s.read, 6 + inner);
     EXPECT_EQ(s.failed, 2u);
     EXPECT_EQ(s.notLas, 2u);  // notes.txt and the pipe
-    EXPECT_EQ(s.links, 4u);   // dangling, self, loop, and the second way to good1.las
+    EXPECT_EQ(s.links, 5u);   // dangling, self, loop, and the second ways to good1.las and good3.las
     EXPECT_EQ(s.unreadable, 1 - inner);
     EXPECT_EQ(Scalar(db, "SELECT count(*) FROM files"), std::to_string(6 + inner));
+    EXPECT_EQ(Scalar(db, "SELECT count(*) FROM files WHERE path LIKE '%link%'"), "0");
     EXPECT_EQ(Scalar(db, "SELECT result FROM files WHERE path LIKE '%/empty.las'"), "LASFILE_IO_FAILED");
     EXPECT_EQ(Scalar(db, "SELECT result FROM files WHERE path LIKE '%/words.las'"), "LASFILE_BAD_FORMAT");
     EXPECT_EQ(Scalar(db, "SELECT version FROM files WHERE path LIKE '%/header.txt'"), "2.0");
