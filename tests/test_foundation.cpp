@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/number_parse.h"
 #include "foundation/platform.h"
 #include "support/writer_access.h"
 
@@ -48,6 +49,20 @@ TEST(Foundation, EveryResultAndSectionTypeHasItsOwnTexts)
     EXPECT_EQ(stepping.size(), 5u);
     EXPECT_STREQ(SteppingDescription(LASFILE_CANCELLED), ResultDescription(LASFILE_CANCELLED));
     EXPECT_STREQ(SteppingDescription(static_cast<ELASFILEERROR>(-1)), "unknown result");
+    EXPECT_STREQ(LasNoteKindName(LASNOTE_NEAREST_DEFINITION), "LASNOTE_NEAREST_DEFINITION");
+    EXPECT_STREQ(LasNoteKindName(static_cast<ELASNOTEKIND>(-1)), "LASNOTE_UNKNOWN");
+}
+
+// A null C string is the empty text, and reads as the number 0.
+TEST(Foundation, NullTextsAreEmpty)
+{
+    const char* none = nullptr;
+    tessel::TxString text(none);
+    EXPECT_TRUE(text.empty());
+    text = "GR";
+    text = none;
+    EXPECT_TRUE(text.empty());
+    EXPECT_EQ(ParseNumber(none), 0.0);
 }
 
 TEST(Foundation, MainDataNamesAndDepthSteps)

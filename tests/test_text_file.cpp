@@ -221,6 +221,49 @@ TEST(TextFile, DecodingNamesTheTextFormByTheFirstBytes)
     EXPECT_EQ(Line(file), std::string(340, 'a') + "\xF0\x9F\x98\x80");
 }
 
+// The tail of the file and a line at a byte offset are taken without moving
+// the place of ReadLine; text without byte offsets (decoded from UTF-16,
+// lines ended by carriage returns alone) and closed files give neither.
+TEST(TextFile, TailAndLineAtAnOffset)
+{
+    TempDir dir;
+    CTextFile file;
+    std::string tail = "x";
+    uint64_t start = 7;
+    EXPECT_FALSE(file.ReadTail(4, tail, start));
+    EXPECT_TRUE(tail.empty());
+    EXPECT_EQ(file.ReadLineAt(0), LASFILE_IO_FAILED);
+
+    ASSERT_EQ(file.Open(dir.Write("f", "a\nbb\nccc\n")), LASFILE_OK);
+    ASSERT_TRUE(file.ReadTail(4, tail, start));
+    EXPECT_EQ(tail, "ccc\n");
+    EXPECT_EQ(start, 5u);
+    ASSERT_TRUE(file.ReadTail(100, tail, start));
+    EXPECT_EQ(tail, "a\nbb\nccc\n");
+    EXPECT_EQ(start, 0u);
+    EXPECT_EQ(Line(file), "a");
+    ASSERT_EQ(file.ReadLine(), LASFILE_OK);
+    EXPECT_EQ(Line(file), "bb");
+    ASSERT_EQ(file.ReadLineAt(5), LASFILE_OK);
+    EXPECT_EQ(Line(file), "ccc");
+    ASSERT_EQ(file.ReadLineAt(2), LASFILE_OK);
+    EXPECT_EQ(Line(file), "bb");
+    EXPECT_EQ(file.ReadLine(), LASFILE_OK);
+    EXPECT_EQ(Line(file), "ccc");
+    EXPECT_NE(file.ReadLineAt(9), LASFILE_OK);  // the end of the file
+
+    for (const std::string& text : {std::string("\xFF\xFE"
+                                                "a\0\n\0",
+                                                6),
+                                    std::string("a\rbb\rccc\r")}) {
+        file.SetDecoding(true);
+        ASSERT_EQ(file.Open(dir.Write("g", text)), LASFILE_OK);
+        EXPECT_FALSE(file.ReadTail(4, tail, start));
+        EXPECT_TRUE(tail.empty());
+        EXPECT_EQ(file.ReadLineAt(0), LASFILE_IO_FAILED);
+    }
+}
+
 TEST(TextFile, PercentUsesSixtyFourBitSizes)
 {
     TempDir dir;
