@@ -396,6 +396,8 @@ TEST(VersionLines, VersWrapAndDlmSetTheFormat)
         {"VERS.0.5 : x\n", LASFILE_OK, "2 -  ", ""},
         {"VERS.1.2 : x\n", LASFILE_OK, "2 -  ", "1.2"},
         {"VERS.+3 : x\n", LASFILE_OK, "2 -  ", "+3"},
+        {"VERS.-2 : x\n", LASFILE_OK, "2 -  ", ""},
+        {"VERS.99999999999999999999 : x\n", LASFILE_OK, "3 -  ", "99999999999999999999"},
         {"VERS.2.0 CWLS : x\n", LASFILE_OK, "3 -  ", "CWLS"},
         // Lines before VERS are read as version 2: the bar is ordinary there.
         {"A.M 1|2 : x\nVERS. 3.0 : v\n", LASFILE_OK, "3 -  ", nullptr},
