@@ -88,6 +88,8 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
          "ASCII:2/16|Curve{1;2;3}", LASNOTE_SECTION_TITLE, 10, false},
         {"indented header", kHead + "  ~Parameter\nBHT.C 35 : t\n", "Parameter/BHT", LASFILE_BAD_FORMAT, "(none)",
          LASFILE_OK, "35", LASNOTE_HEADER_INDENTED, 6, false},
+        {"indented first header", "  " + kHead, "Well/NULL", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK, "-999.25",
+         LASNOTE_HEADER_INDENTED, 1, false},
         {"indented header at end", kHead + "  ~Other\n", "Well/NULL", LASFILE_BAD_FORMAT, "", LASFILE_OK, "-999.25",
          LASNOTE_HEADER_AT_END, 6, false},
         {"no period", kHead + "PROV   :ALBERTA\n", "Well/PROV", LASFILE_BAD_FORMAT, "", LASFILE_OK, "",
