@@ -223,7 +223,8 @@ TEST(TextFile, DecodingNamesTheTextFormByTheFirstBytes)
 
 // The tail of the file and a line at a byte offset are taken without moving
 // the place of ReadLine; text without byte offsets (decoded from UTF-16,
-// lines ended by carriage returns alone) and closed files give neither.
+// lines ended by carriage returns alone) and closed files give neither, and
+// a closed file has no lines to skip.
 TEST(TextFile, TailAndLineAtAnOffset)
 {
     TempDir dir;
@@ -233,6 +234,8 @@ TEST(TextFile, TailAndLineAtAnOffset)
     EXPECT_FALSE(file.ReadTail(4, tail, start));
     EXPECT_TRUE(tail.empty());
     EXPECT_EQ(file.ReadLineAt(0), LASFILE_IO_FAILED);
+    uint64_t passed = 0;
+    EXPECT_EQ(file.SkipToLineStartingWith('~', passed), LASFILE_IO_FAILED);
 
     ASSERT_EQ(file.Open(dir.Write("f", "a\nbb\nccc\n")), LASFILE_OK);
     ASSERT_TRUE(file.ReadTail(4, tail, start));
