@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <iterator>
+#include <optional>
 #include <string>
 
 #include "support/curve_families.h"
@@ -264,6 +265,34 @@ bool StepInsert(sqlite3_stmt* s)
     return done;
 }
 
+void BindAt(sqlite3_stmt* s, int at, const std::string& text)
+{
+    BindText(s, at, text);
+}
+void BindAt(sqlite3_stmt* s, int at, sqlite3_int64 number)
+{
+    sqlite3_bind_int64(s, at, number);
+}
+// An absent number stays NULL.
+void BindAt(sqlite3_stmt* s, int at, const std::optional<double>& number)
+{
+    if (number) sqlite3_bind_double(s, at, *number);
+}
+
+// Binds `values` to the columns of `s` in order and inserts the row.
+template <typename... Values>
+bool InsertRow(sqlite3_stmt* s, const Values&... values)
+{
+    int at = 0;
+    (BindAt(s, ++at, values), ...);
+    return StepInsert(s);
+}
+
+std::optional<double> Depth(const CurveRow& c, double depth)
+{
+    return c.hasDepths ? std::optional<double>(depth) : std::nullopt;
+}
+
 }  // namespace
 
 bool CatalogDb::StoreFile(const FileRecord& file)
@@ -282,56 +311,24 @@ bool CatalogDb::StoreFile(const FileRecord& file)
     sqlite3_bind_int(s, 10, file.changedWhileRead ? 1 : 0);
     if (!StepInsert(s)) return Fail("storing " + file.path);
     const sqlite3_int64 id = sqlite3_last_insert_rowid(m_db);
-    int position = 0;
-    for (const WellLine& w : file.well) {
-        s = m_insertWell;
-        sqlite3_bind_int64(s, 1, id);
-        sqlite3_bind_int(s, 2, position++);
-        BindText(s, 3, w.mnemonic);
-        BindText(s, 4, w.unit);
-        BindText(s, 5, w.value);
-        BindText(s, 6, w.description);
-        if (!StepInsert(s)) return Fail("storing the Well lines of " + file.path);
-    }
+    sqlite3_int64 position = 0;
+    for (const WellLine& w : file.well)
+        if (!InsertRow(m_insertWell, id, position++, w.mnemonic, w.unit, w.value, w.description))
+            return Fail("storing the Well lines of " + file.path);
     position = 0;
-    for (const CurveRow& c : file.curves) {
-        s = m_insertCurve;
-        sqlite3_bind_int64(s, 1, id);
-        BindText(s, 2, c.section);
-        sqlite3_bind_int(s, 3, position++);
-        BindText(s, 4, c.mnemonic);
-        BindText(s, 5, c.unit);
-        BindText(s, 6, c.description);
-        BindText(s, 7, c.apiCode);
-        if (c.hasDepths) {
-            sqlite3_bind_double(s, 8, c.firstDepth);
-            sqlite3_bind_double(s, 9, c.lastDepth);
-        }
-        BindText(s, 10, c.depthUnit);
-        if (!StepInsert(s)) return Fail("storing the curves of " + file.path);
-    }
+    for (const CurveRow& c : file.curves)
+        if (!InsertRow(m_insertCurve, id, c.section, position++, c.mnemonic, c.unit, c.description,
+                       c.apiCode, Depth(c, c.firstDepth), Depth(c, c.lastDepth), c.depthUnit))
+            return Fail("storing the curves of " + file.path);
     position = 0;
-    for (const ParamRow& p : file.params) {
-        s = m_insertParam;
-        sqlite3_bind_int64(s, 1, id);
-        BindText(s, 2, p.section);
-        sqlite3_bind_int(s, 3, position++);
-        BindText(s, 4, p.mnemonic);
-        BindText(s, 5, p.unit);
-        BindText(s, 6, p.value);
-        BindText(s, 7, p.description);
-        if (!StepInsert(s)) return Fail("storing the parameters of " + file.path);
-    }
+    for (const ParamRow& p : file.params)
+        if (!InsertRow(m_insertParam, id, p.section, position++, p.mnemonic, p.unit, p.value,
+                       p.description))
+            return Fail("storing the parameters of " + file.path);
     position = 0;
-    for (const NoteRow& n : file.notes) {
-        s = m_insertNote;
-        sqlite3_bind_int64(s, 1, id);
-        sqlite3_bind_int(s, 2, position++);
-        BindText(s, 3, n.kind);
-        sqlite3_bind_int64(s, 4, n.line);
-        BindText(s, 5, n.text);
-        if (!StepInsert(s)) return Fail("storing the notes of " + file.path);
-    }
+    for (const NoteRow& n : file.notes)
+        if (!InsertRow(m_insertNote, id, position++, n.kind, sqlite3_int64{n.line}, n.text))
+            return Fail("storing the notes of " + file.path);
     return true;
 }
 
