@@ -22,9 +22,10 @@ void Usage(std::FILE* to)
                  "  scan      read the headers of every LAS file under DIR... into CATALOG (an\n"
                  "            SQLite file, created when missing); a second scan reads only new\n"
                  "            and changed files and removes vanished ones\n"
-                 "  query     the files and curves that hold every --curve (a mnemonic or a\n"
-                 "            family's alias) overlapping the --depth range (--cover: spanning\n"
-                 "            it), of wells whose WELL or UWI matches PATTERN\n"
+                 "  query     the files and curves that hold every --curve (a mnemonic, a\n"
+                 "            family's alias or a family's name such as gamma_ray) overlapping\n"
+                 "            the --depth range (--cover: spanning it), of wells whose WELL or\n"
+                 "            UWI matches PATTERN\n"
                  "  problems  the files that failed to read and the notes by kind, with counts\n"
                  "  stats     files, wells, curves and the most common mnemonics\n");
 }

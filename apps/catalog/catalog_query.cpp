@@ -56,7 +56,8 @@ std::string AskedPart(const QueryOptions& options, SqlQuery* out)
         out->params.push_back(apps::Trim(options.curves[i]));
     }
     // A mnemonic stands for itself and, when an alias names it, for every
-    // mnemonic of that family.
+    // mnemonic of that family; a family's own name ("gamma_ray") stands for
+    // every mnemonic of the family.
     sql +=
         "),\n"
         "wanted(n, mnemonic) AS (\n"
@@ -64,7 +65,10 @@ std::string AskedPart(const QueryOptions& options, SqlQuery* out)
         "  UNION\n"
         "  SELECT asked.n, member.mnemonic FROM asked\n"
         "    JOIN curve_aliases alias ON alias.mnemonic = asked.name\n"
-        "    JOIN curve_aliases member ON member.family = alias.family)";
+        "    JOIN curve_aliases member ON member.family = alias.family\n"
+        "  UNION\n"
+        "  SELECT asked.n, member.mnemonic FROM asked\n"
+        "    JOIN curve_aliases member ON member.family = asked.name COLLATE NOCASE)";
     return sql;
 }
 
@@ -224,8 +228,14 @@ std::vector<NamedQuery> StatsQueries()
         Stem("mnemonic") +
         ")) FROM curves) AS mnemonics,\n"
         "  (SELECT count(*) FROM files WHERE result <> 'LASFILE_OK') AS failed";
-    const std::string versions =
-        "SELECT version, count(*) AS files FROM files GROUP BY version ORDER BY version";
+    // A version is counted by its number: "1.20" as 1.2, "2" as 2.0; any
+    // other text as it is.
+    const std::string number = "trim(version)";
+    const std::string isNumber = "(" + number + " GLOB '[0-9]*' AND NOT " + number +
+                                 " GLOB '*[^0-9.]*' AND NOT " + number + " GLOB '*.*.*')";
+    const std::string versions = "SELECT CASE WHEN " + isNumber + " THEN CAST(CAST(" + number +
+                                 " AS REAL) AS TEXT) ELSE version END AS version,\n"
+                                 "  count(*) AS files FROM files GROUP BY 1 ORDER BY 1";
     const std::string mnemonics =
         "SELECT m.mnemonic AS mnemonic, a.family AS family, m.files AS files, m.curves AS curves\n"
         "FROM (SELECT upper(" +

@@ -18,7 +18,8 @@ struct SqlQuery {
 
 struct QueryOptions {
     // Every curve asked for must be in the file; a mnemonic stands for its
-    // whole family when curve_aliases knows it (GR finds GRC, SGR ...).
+    // whole family when curve_aliases knows it (GR finds GRC, SGR ...), and
+    // a family's own name stands for its every member (gamma_ray as GR).
     std::vector<std::string> curves;
     bool hasDepth = false;  // --depth FROM:TO given
     double from = 0.0, to = 0.0;
@@ -46,7 +47,8 @@ struct NamedQuery {
     SqlQuery query;
 };
 // The statistics of a catalog: "totals" (one row: files, wells, curves,
-// mnemonics, failed), "versions" (version, files) and "mnemonics" (the 20
+// mnemonics, failed), "versions" (version by its number, "1.20" as 1.2 and
+// "2" as 2.0, and files) and "mnemonics" (the 20
 // most common: mnemonic, family, files, curves).
 std::vector<NamedQuery> StatsQueries();
 

@@ -232,6 +232,11 @@ bool ScanTrees(CatalogDb& db, const std::vector<std::string>& roots, const ScanO
     const Clock::time_point start = Clock::now();
     ScanSummary counts;
     std::map<std::string, StoredStamp> stored;
+    std::string missing;
+    if (!RootsExist(roots, &missing)) {
+        if (error) *error = missing;
+        return false;
+    }
     if (!db.StoredFiles(&stored)) {
         if (error) *error = db.Error();
         return false;

@@ -47,8 +47,9 @@ FileRecord ReadFileRecordFromBuffer(const std::string& path, const char* data, s
                                     int64_t mtimeNs);
 
 // Scans `roots` into `db`: new and changed files are read, vanished ones
-// removed. False, with `error`, when the catalog fails or the scan was
-// stopped; what was stored before stays.
+// removed. False, with `error`, when a root is not there (nothing is
+// scanned), the catalog fails or the scan was stopped; what was stored
+// before stays.
 bool ScanTrees(CatalogDb& db, const std::vector<std::string>& roots, const ScanOptions& options,
                ScanSummary* summary, std::string* error);
 

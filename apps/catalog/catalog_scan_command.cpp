@@ -134,10 +134,15 @@ int RunScan(int argc, char** argv)
         return 2;
     }
     if (!CatalogOutsideRoots(request)) return 2;
+    std::string error;
+    // A root that is not there is said before the catalog is made.
+    if (!RootsExist(request.roots, &error)) {
+        std::fprintf(stderr, "quarl-catalog: %s\n", error.c_str());
+        return 1;
+    }
     request.options.progress =
         request.progress == 1 || (request.progress == 0 && isatty(STDERR_FILENO));
     CatalogDb db;
-    std::string error;
     if (!db.Open(request.db, true, &error)) {
         std::fprintf(stderr, "quarl-catalog: %s: %s\n", request.db.c_str(), error.c_str());
         return 1;

@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <set>
 #include <utility>
@@ -184,6 +186,18 @@ private:
 };
 
 }  // namespace
+
+bool RootsExist(const std::vector<std::string>& roots, std::string* error)
+{
+    for (const std::string& root : roots) {
+        struct stat st;
+        if (::stat(root.c_str(), &st) != 0) {
+            *error = root + ": " + std::strerror(errno);
+            return false;
+        }
+    }
+    return true;
+}
 
 WalkResult WalkTrees(const std::vector<std::string>& roots, const std::atomic<bool>* stop)
 {

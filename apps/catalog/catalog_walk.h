@@ -39,6 +39,10 @@ bool StartsLikeLas(const std::string& head);
 // steps and a trailing slash; links are not resolved.
 std::string AbsolutePath(const std::string& path);
 
+// Whether every root is there (a folder or a file, through links); false
+// with "ROOT: the reason" for the first that is not.
+bool RootsExist(const std::vector<std::string>& roots, std::string* error);
+
 // Walks every root (a folder or a single file). Folders reached through a
 // link are walked unless they were walked already (which ends loops); a
 // link to a file already found is passed over.

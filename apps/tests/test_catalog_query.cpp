@@ -142,6 +142,24 @@ TEST_F(Catalog, FamilyFindsEveryMemberAndUnknownNamesThemselves)
     EXPECT_EQ(Query(Curves({"GR"})).rows[0][3].text, "GRC (U)");
 }
 
+// A family's own name, as stats shows it, answers as its mnemonics do, and
+// follows an alias a user adds.
+TEST_F(Catalog, FamilyNameFindsEveryMember)
+{
+    Store({File("a", "W", "", {"DEPT", "GRC"}), File("b", "W", "", {"DEPT", "sgr"}),
+           File("c", "W", "", {"DEPT", "RHOB"}), File("d", "W", "", {"DEPT", "GR:2"}),
+           File("e", "W", "", {"DEPT", "GAMMA_RAY2", "GRX"})});
+    EXPECT_EQ(Paths(Curves({"gamma_ray"})), Paths(Curves({"GR"})));
+    EXPECT_EQ(Paths(Curves({"Gamma_Ray"})), "a b d");
+    EXPECT_EQ(Paths(Curves({"gamma_ray", "density"})), "");
+    EXPECT_EQ(Paths(Curves({"density"})), "c");
+    EXPECT_EQ(Paths(Curves({"gamma_r"})), "");
+    EXPECT_EQ(Query(Curves({"gamma_ray"})).rows.at(0)[3].text, "GRC (U)");
+    ASSERT_TRUE(db.Exec("INSERT INTO curve_aliases VALUES ('grx', 'gamma_ray')"));
+    EXPECT_EQ(Paths(Curves({"gamma_ray"})), "a b d e");
+    EXPECT_EQ(Query(Curves({"gamma_ray"})).rows.at(3)[3].text, "GRX (U)");
+}
+
 TEST_F(Catalog, UserAliasJoinsAFamily)
 {
     Store({File("a", "W", "", {"GRX"}), File("b", "W", "", {"GRC"})});
@@ -295,6 +313,24 @@ TEST_F(Catalog, StatsCounted)
     EXPECT_EQ(common.rows[3][1].kind, Cell::Kind::kNull);  // XYZ, of no family
 }
 
+// Versions are counted by their number, but the files keep their VERS text.
+TEST_F(Catalog, StatsCountVersionsByNumber)
+{
+    std::vector<FileRecord> files;
+    for (const char* version : {"1.2", "1.20", " 1.2 ", "2", "2.0", "2.", "3.0", "", "2.0.1", "V2", "1.25"}) {
+        files.push_back(File(std::string("f") + std::to_string(files.size()), "W", "", {"DEPT"}));
+        files.back().version = version;
+    }
+    Store(files);
+    std::string counts;
+    for (const auto& row : Run(StatsQueries()[1].query).rows) counts += "[" + row[0].text + "]" + row[1].text + " ";
+    EXPECT_EQ(counts, "[]1 [1.2]3 [1.25]1 [2.0]3 [2.0.1]1 [3.0]1 [V2]1 ");
+    EXPECT_EQ(Run(SqlQuery{"SELECT group_concat(version, '|') FROM (SELECT version FROM files ORDER BY id)", {}})
+                  .rows.at(0)[0]
+                  .text,
+              "1.2|1.20| 1.2 |2|2.0|2.|3.0||2.0.1|V2|1.25");
+}
+
 TEST(Output, ValidUtf8TakesStrayBytesAsLatin1)
 {
     EXPECT_EQ(ValidUtf8("caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80"), "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80");
@@ -410,6 +446,12 @@ TEST_F(Catalog, ProgramAnswersAndRefuses)
     EXPECT_NE(out.find("\"note\": \"tab\\there\""), std::string::npos) << out;
     EXPECT_EQ(RunProgram("stats " + catalog, &out), 0);
     EXPECT_NE(out.find("files               2\n"), std::string::npos) << out;
+    // A family's name answers as its mnemonic does: the odd file, by its GRC.
+    std::string byMnemonic;
+    EXPECT_EQ(RunProgram("query " + catalog + " --curve GR --csv", &byMnemonic), 0);
+    EXPECT_EQ(RunProgram("query " + catalog + " --curve gamma_ray --csv", &out), 0);
+    EXPECT_EQ(out, byMnemonic);
+    EXPECT_NE(out.find("\n\"" + folder.string() + "/odd \"\"name\"\",\n.las\",caf"), std::string::npos) << out;
     // Every JSON answer parses, odd bytes and all.
     if (!fs::exists("/usr/bin/python3")) GTEST_SKIP() << "no /usr/bin/python3 to parse the JSON";
     for (const char* command : {"query", "problems", "stats"}) {

@@ -626,6 +626,39 @@ void ExpectAgreesWithInfo(CatalogDb& db, const std::string& path)
 
 }  // namespace
 
+// A root that is not there (gone, mistyped, a link to nowhere) refuses the
+// whole scan: nothing is read, and what was stored from it stays.
+TEST(CatalogScan, ARootThatIsNotThereEndsTheScanBeforeItBegins)
+{
+    const fs::path folder = OwnFolder("catalog_missing_root");
+    fs::create_directories(folder / "a");
+    fs::create_directories(folder / "b");
+    Write(folder / "a" / "one.las", Las("A", 1, 3));
+    Write(folder / "b" / "two.las", Las("B", 1, 3));
+    fs::create_symlink("nowhere", folder / "dangling");
+    CatalogDb db;
+    ASSERT_TRUE(db.Open((folder / "c.sqlite").string(), true, nullptr));
+    Scan(db, {(folder / "a").string(), (folder / "b").string()});
+    fs::remove_all(folder / "b");
+    Write(folder / "a" / "three.las", Las("C", 1, 3));
+    for (const char* gone : {"b", "dangling"}) {
+        ScanSummary summary;
+        std::string error;
+        const std::string root = (folder / gone).string();
+        EXPECT_FALSE(ScanTrees(db, {(folder / "a").string(), root}, ScanOptions(), &summary, &error));
+        EXPECT_EQ(error, root + ": No such file or directory");
+        EXPECT_EQ(summary.seen + summary.read + summary.removed, 0u);
+        EXPECT_EQ(Scalar(db, "SELECT count(*) FROM files"), "2");  // one.las and two.las, not three.las
+    }
+    db.Close();
+    const fs::path fresh = folder / "fresh.sqlite";
+    const std::string out = ::Run(std::string("'") + QUARL_CATALOG_PROGRAM + "' scan '" + (folder / "b").string() +
+                                  "' --db '" + fresh.string() + "' --no-progress 2>&1; echo \"exit $?\"");
+    EXPECT_EQ(out, "quarl-catalog: " + (folder / "b").string() + ": No such file or directory\nexit 1\n");
+    EXPECT_FALSE(fs::exists(fresh));
+    fs::remove_all(folder);
+}
+
 TEST(CatalogScan, CorpusRowsAgreeWithQuarlInfo)
 {
     if (!fs::is_directory(QUARL_CORPUS_DIR)) GTEST_SKIP() << "no corpus at " << QUARL_CORPUS_DIR;

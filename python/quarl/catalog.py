@@ -67,6 +67,7 @@ def scan(paths: Union[PathLike, Iterable[PathLike]], db: PathLike, *, hash: bool
     """Scans the folder trees `paths` into the catalog `db` (created when
     missing), as `quarl-catalog scan` does: new and changed LAS files are
     read, vanished ones removed. Returns the counts, a ScanSummary.
+    CatalogError, with nothing scanned, when a path is not there.
     Ctrl-C stops the scan after the files stored so far."""
     if isinstance(paths, (str, bytes, os.PathLike)):
         paths = [paths]
@@ -119,7 +120,7 @@ def query(db: PathLike, curves: Union[str, Sequence[str]] = (),
           well: Optional[str] = None) -> pd.DataFrame:
     """The files and curves that answer, as `quarl-catalog query`: every one
     of `curves` is in the file (a mnemonic stands for its family: GR finds
-    GRC and SGR), its data covers `depth` = (FROM, TO) in `unit` (m or ft),
+    GRC and SGR; so does the family's name, gamma_ray), its data covers `depth` = (FROM, TO) in `unit` (m or ft),
     and its WELL or UWI matches the glob `well` (*, ?, no case). ValueError
     for a question that cannot be asked (an unknown unit, FROM above TO)."""
     if isinstance(curves, str):

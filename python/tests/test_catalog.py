@@ -242,6 +242,7 @@ def test_scan_then_ask_by_curve_family_depth_and_well(tmp_path):
     def paths(**question):
         return set(catalog.query(db, **question)["path"])
     assert paths(curves="GR") == {north}                     # GRC is of the gamma ray family
+    assert paths(curves="gamma_ray") == {north}              # the family by its own name
     assert paths(curves=["RHOB"], depth=(2010, 2090)) == {south}
     assert paths(depth=(1500, 1600)) == set()
     assert paths(depth=(3281, 3290), unit="ft") == {north}   # 1000.1 to 1003.1 m
@@ -252,6 +253,9 @@ def test_scan_then_ask_by_curve_family_depth_and_well(tmp_path):
         catalog.query(db, unit="furlong")
     failed, note_kinds = catalog.problems(db)
     assert str(tree / "broken.las") in set(failed["path"])
+    with pytest.raises(catalog.CatalogError, match="gone: No such file or directory"):
+        catalog.scan([tree, tmp_path / "gone"], db)
+    assert len(catalog.files(db)) == 3
     assert all(str(kind).startswith("LASNOTE_") for kind in note_kinds.iloc[:, 0])
 
 
