@@ -26,16 +26,16 @@ class CMakeBuild(build_ext):
         target = os.path.dirname(os.path.abspath(self.get_ext_fullpath(ext.name)))
         build = os.path.abspath(os.path.join(self.build_temp, "cmake"))
         configure = ["cmake", "-S", HERE, "-B", build, "-DCMAKE_BUILD_TYPE=Release",
-                     "-DQUARL_BUILD_TESTS=OFF", "-DQUARL_BUILD_APPS=ON",
+                     "-DQUARL_BUILD_TESTS=OFF", "-DQUARL_BUILD_APPS=OFF",
                      "-DQUARL_BUILD_EXAMPLES=OFF", "-DQUARL_INSTALL=OFF", "-DQUARL_PYTHON=ON",
                      f"-DPython3_EXECUTABLE={sys.executable}",
                      # The module and the libraries it loads sit in one folder.
                      "-DCMAKE_BUILD_WITH_INSTALL_RPATH=ON", "-DCMAKE_INSTALL_RPATH=$ORIGIN"]
         if shutil.which("ninja"):
             configure += ["-G", "Ninja"]
-        # The programs are configured for the catalog's support library
-        # (apps/catalog, when SQLite is found), which the module links; only
-        # the module and what it needs are built.
+        # The module links the catalog library (catalog/, when SQLite is
+        # found) without the programs; only the module and what it needs
+        # are built.
         subprocess.run(configure, check=True)
         subprocess.run(["cmake", "--build", build, "--target", "_quarl"], check=True)
         os.makedirs(target, exist_ok=True)

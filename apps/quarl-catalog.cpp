@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "catalog/catalog_commands.h"
+#include "catalog_commands/catalog_commands.h"
 #include "support/program.h"
 
 namespace {

@@ -7,14 +7,15 @@
 #include <string>
 #include <vector>
 
+#include "common/text.h"
 #include "support/command_line.h"
 #include "support/file_identity.h"
 #include "support/program.h"
 #include "support/read_notes.h"
 #include "support/repair.h"
-#include "support/text.h"
 
 namespace ex = quarl::apps;
+namespace common = quarl::common;
 
 namespace {
 
@@ -123,7 +124,7 @@ void PrintText(const Check& c)
 
 std::string ReadJson(const Read& r)
 {
-    std::string j = "{\"result\": " + ex::JsonString(quarl::ResultName(r.code)) +
+    std::string j = "{\"result\": " + common::JsonString(quarl::ResultName(r.code)) +
                     ", \"opened\": " + (r.opened ? "true" : "false") +
                     ", \"sections\": " + std::to_string(r.sections) +
                     ", \"line\": " + std::to_string(r.line) + ", \"notes\": [";
@@ -135,26 +136,26 @@ std::string ReadJson(const Read& r)
 std::string StringArray(const std::vector<std::string>& items)
 {
     std::string j = "[";
-    for (size_t i = 0; i < items.size(); ++i) j += (i ? ", " : "") + ex::JsonString(items[i]);
+    for (size_t i = 0; i < items.size(); ++i) j += (i ? ", " : "") + common::JsonString(items[i]);
     return j + "]";
 }
 
 std::string Json(const Check& c)
 {
-    std::string j = "{\n  \"file\": " + ex::JsonString(c.path) +
+    std::string j = "{\n  \"file\": " + common::JsonString(c.path) +
                     ",\n  \"clean\": " + (c.Clean() ? "true" : "false") +
                     ",\n  \"strict\": " + ReadJson(c.strict) +
                     ",\n  \"lenient\": " + ReadJson(c.lenient);
     if (c.fixAsked) {
         const ex::ConvertResult& conv = c.fix.conversion;
-        j += ",\n  \"fix\": {\"output\": " + ex::JsonString(c.fixPath) +
+        j += ",\n  \"fix\": {\"output\": " + common::JsonString(c.fixPath) +
              ", \"written\": " + (conv.code == quarl::LASFILE_OK ? "true" : "false") +
-             ", \"result\": " + ex::JsonString(quarl::ResultName(conv.code)) +
-             ", \"message\": " + ex::JsonString(conv.message) +
+             ", \"result\": " + common::JsonString(quarl::ResultName(conv.code)) +
+             ", \"message\": " + common::JsonString(conv.message) +
              ", \"las3\": " + (c.fix.las3 ? "true" : "false") +
-             ", \"delimiter\": " + ex::JsonString(ex::DelimiterName(c.fix.delimiter)) +
+             ", \"delimiter\": " + common::JsonString(ex::DelimiterName(c.fix.delimiter)) +
              ", \"reads_strictly\": " + (c.fix.Repaired() ? "true" : "false") +
-             ", \"format_note\": " + ex::JsonString(c.fix.formatNote) +
+             ", \"format_note\": " + common::JsonString(c.fix.formatNote) +
              ", \"conversion_notes\": " + StringArray(conv.notes) +
              ", \"not_kept\": " + StringArray(NotKept(c)) + "}";
     }

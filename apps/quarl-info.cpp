@@ -22,13 +22,14 @@
 #define QUARL_FILENO(f) fileno(f)
 #endif
 
+#include "common/log_facts.h"
+#include "common/text.h"
 #include "support/command_line.h"
-#include "support/log_facts.h"
 #include "support/program.h"
 #include "support/read_notes.h"
-#include "support/text.h"
 
 namespace ex = quarl::apps;
+namespace common = quarl::common;
 
 namespace {
 
@@ -142,7 +143,7 @@ void PrintTable(const std::vector<std::string>& header, std::vector<std::vector<
                 const char* indent, size_t cell)
 {
     for (auto& row : rows)
-        for (std::string& text : row) text = ex::Shorten(text, cell);
+        for (std::string& text : row) text = common::Shorten(text, cell);
     std::vector<size_t> widths(header.size(), 0);
     std::vector<bool> right(header.size(), false);
     std::vector<std::string> head = header;
@@ -198,7 +199,8 @@ void PrintText(const Facts& f, const Bounds& bounds)
         std::string names;
         const size_t named = std::min(f.sections.size(), bounds.dataSections);
         for (size_t i = 0; i < named; ++i)
-            names += (names.empty() ? "" : ", ") + ex::Shorten(f.sections[i]->m_name, bounds.text);
+            names +=
+                (names.empty() ? "" : ", ") + common::Shorten(f.sections[i]->m_name, bounds.text);
         if (named < f.sections.size())
             names += " and " + std::to_string(f.sections.size() - named) + " more";
         std::printf("  read before the failure: %zu section(s): %s; the last may be incomplete\n",
@@ -253,13 +255,13 @@ void PrintText(const Facts& f, const Bounds& bounds)
         const size_t curves = std::min(s.m_curves.size(), bounds.rows);
         for (size_t i = 0; i < curves; ++i) {
             const quarl::CLasCurve& c = s.m_curves[i];
-            const ex::CurveStats st = ex::StatsOf(c, f.hasNull, f.nullValue);
+            const common::CurveStats st = common::StatsOf(c, f.hasNull, f.nullValue);
             rows.push_back({c.m_definition.m_mnemonic, c.m_definition.m_unit,
                             c.m_isNumeric ? "numeric" : "text", std::to_string(st.count),
                             c.m_isNumeric ? std::to_string(st.nulls) : "",
-                            c.m_isNumeric ? ex::FormatNumber(st.min, 8) : "",
-                            c.m_isNumeric ? ex::FormatNumber(st.max, 8) : "",
-                            ex::Trim(c.m_definition.m_description)});
+                            c.m_isNumeric ? common::FormatNumber(st.min, 8) : "",
+                            c.m_isNumeric ? common::FormatNumber(st.max, 8) : "",
+                            common::Trim(c.m_definition.m_description)});
         }
         PrintTable({"Mnem", "Unit", "Kind", ">Values", ">Nulls", ">Min", ">Max", "Description"},
                    rows, "  ", bounds.text);
@@ -271,7 +273,7 @@ void PrintText(const Facts& f, const Bounds& bounds)
     }
     if (f.hasNull)
         std::printf("\n  (min and max leave out the NULL value %s)\n",
-                    ex::FormatNumber(f.nullValue, 15).c_str());
+                    common::FormatNumber(f.nullValue, 15).c_str());
 
     // With no rows of log data there is nothing whose stepping could be told.
     if (!f.hasLogData) {
@@ -290,25 +292,26 @@ void PrintText(const Facts& f, const Bounds& bounds)
 std::string Json(const Facts& f)
 {
     std::string j = "{\n";
-    j += "  \"file\": " + ex::JsonString(f.path) + ",\n";
-    j += "  \"result\": " + ex::JsonString(quarl::ResultName(f.result)) + ",\n";
+    j += "  \"file\": " + common::JsonString(f.path) + ",\n";
+    j += "  \"result\": " + common::JsonString(quarl::ResultName(f.result)) + ",\n";
     j += "  \"ok\": " + std::string(f.result == quarl::LASFILE_OK ? "true" : "false") + ",\n";
     j += "  \"bytes\": " + std::to_string(f.bytes) + ",\n";
-    j += "  \"read_seconds\": " + ex::JsonNumber(f.seconds) + ",\n";
-    j += "  \"mb_per_second\": " + ex::JsonNumber(MegabytesPerSecond(f)) + ",\n";
-    j += "  \"version\": " + ex::JsonString(f.format.version) + ",\n";
+    j += "  \"read_seconds\": " + common::JsonNumber(f.seconds) + ",\n";
+    j += "  \"mb_per_second\": " + common::JsonNumber(MegabytesPerSecond(f)) + ",\n";
+    j += "  \"version\": " + common::JsonString(f.format.version) + ",\n";
     j += "  \"las3\": " + std::string(f.format.isLas3 ? "true" : "false") + ",\n";
     j += "  \"wrapped\": " + std::string(f.format.isWrapped ? "true" : "false") + ",\n";
-    j += "  \"delimiter\": " + ex::JsonString(ex::DelimiterName(f.format.delimiter)) + ",\n";
-    j += "  \"null_value\": " + (f.hasNull ? ex::JsonNumber(f.nullValue) : std::string("null")) +
-         ",\n";
+    j += "  \"delimiter\": " + common::JsonString(ex::DelimiterName(f.format.delimiter)) + ",\n";
+    j +=
+        "  \"null_value\": " + (f.hasNull ? common::JsonNumber(f.nullValue) : std::string("null")) +
+        ",\n";
     j += "  \"sections\": [";
     for (size_t i = 0; i < f.sections.size(); ++i) {
         const quarl::CLasSection& s = *f.sections[i];
-        j += std::string(i ? "," : "") + "\n    {\"name\": " + ex::JsonString(s.m_name) +
-             ", \"type\": " + ex::JsonString(quarl::SectionTypeName(s.m_type)) +
+        j += std::string(i ? "," : "") + "\n    {\"name\": " + common::JsonString(s.m_name) +
+             ", \"type\": " + common::JsonString(quarl::SectionTypeName(s.m_type)) +
              ", \"lines\": " + std::to_string(SectionLines(s)) +
-             ", \"association\": " + ex::JsonString(s.m_association) + "}";
+             ", \"association\": " + common::JsonString(s.m_association) + "}";
     }
     j += f.sections.empty() ? "],\n" : "\n  ],\n";
     j += "  \"well\": {";
@@ -317,10 +320,10 @@ std::string Json(const Facts& f)
         for (const char* key : kWellKeys) {
             quarl::CLasParam p;
             if (f.sections[1]->FindParameterByMnemonic(key, &p) < 0) continue;
-            j += std::string(first ? "" : ",") + "\n    " + ex::JsonString(key) +
-                 ": {\"value\": " + ex::JsonString(p.m_value) +
-                 ", \"unit\": " + ex::JsonString(p.m_unit) +
-                 ", \"description\": " + ex::JsonString(p.m_description) + "}";
+            j += std::string(first ? "" : ",") + "\n    " + common::JsonString(key) +
+                 ": {\"value\": " + common::JsonString(p.m_value) +
+                 ", \"unit\": " + common::JsonString(p.m_unit) +
+                 ", \"description\": " + common::JsonString(p.m_description) + "}";
             first = false;
         }
     }
@@ -330,36 +333,36 @@ std::string Json(const Facts& f)
     for (const auto& sp : f.sections) {
         const quarl::CLasSection& s = *sp;
         if (s.m_type != quarl::LASSECTION_DATA) continue;
-        j += std::string(first ? "" : ",") + "\n    {\"name\": " + ex::JsonString(s.m_name) +
-             ", \"definition\": " + ex::JsonString(s.m_association) +
+        j += std::string(first ? "" : ",") + "\n    {\"name\": " + common::JsonString(s.m_name) +
+             ", \"definition\": " + common::JsonString(s.m_association) +
              ", \"rows\": " + std::to_string(SectionLines(s)) + ", \"curves\": [";
         for (size_t c = 0; c < s.m_curves.size(); ++c) {
             const quarl::CLasCurve& curve = s.m_curves[c];
-            const ex::CurveStats st = ex::StatsOf(curve, f.hasNull, f.nullValue);
-            j +=
-                std::string(c ? "," : "") +
-                "\n      {\"mnemonic\": " + ex::JsonString(curve.m_definition.m_mnemonic) +
-                ", \"unit\": " + ex::JsonString(curve.m_definition.m_unit) +
-                ", \"description\": " + ex::JsonString(ex::Trim(curve.m_definition.m_description)) +
-                ", \"numeric\": " + (curve.m_isNumeric ? "true" : "false") +
-                ", \"values\": " + std::to_string(st.count);
+            const common::CurveStats st = common::StatsOf(curve, f.hasNull, f.nullValue);
+            j += std::string(c ? "," : "") +
+                 "\n      {\"mnemonic\": " + common::JsonString(curve.m_definition.m_mnemonic) +
+                 ", \"unit\": " + common::JsonString(curve.m_definition.m_unit) +
+                 ", \"description\": " +
+                 common::JsonString(common::Trim(curve.m_definition.m_description)) +
+                 ", \"numeric\": " + (curve.m_isNumeric ? "true" : "false") +
+                 ", \"values\": " + std::to_string(st.count);
             if (curve.m_isNumeric)
                 j += ", \"nulls\": " + std::to_string(st.nulls) +
-                     ", \"min\": " + ex::JsonNumber(st.min) +
-                     ", \"max\": " + ex::JsonNumber(st.max);
+                     ", \"min\": " + common::JsonNumber(st.min) +
+                     ", \"max\": " + common::JsonNumber(st.max);
             j += "}";
         }
         j += s.m_curves.empty() ? "]}" : "\n    ]}";
         first = false;
     }
     j += first ? "],\n" : "\n  ],\n";
-    j += "  \"reading\": " + ex::JsonString(f.strict ? "strict" : "lenient") + ",\n";
+    j += "  \"reading\": " + common::JsonString(f.strict ? "strict" : "lenient") + ",\n";
     j += "  \"notes\": [";
     for (size_t i = 0; i < f.notes.size(); ++i)
         j += std::string(i ? ",\n    " : "\n    ") + ex::NoteJson(f.notes[i]);
     j += f.notes.empty() ? "],\n" : "\n  ],\n";
     j += "  \"stepping\": " +
-         (f.hasLogData ? ex::JsonString(quarl::ResultName(f.stepping)) : std::string("null")) +
+         (f.hasLogData ? common::JsonString(quarl::ResultName(f.stepping)) : std::string("null")) +
          "\n}";
     return j;
 }
@@ -419,16 +422,16 @@ int Run(int argc, char** argv)
         if (!json) ex::PrintNotesSummary("quarl-info", f.path, f.notes);
         f.sections.assign(reader.begin(), reader.end());
         if (!f.sections.empty()) {
-            f.format.version = ex::VersionText(f.sections[0].get());
+            f.format.version = common::VersionText(f.sections[0].get());
             f.format.isLas3 = reader.IsLas3();
             f.format.isWrapped = reader.IsWrapped();
             f.format.delimiter = reader.GetDelimiter();
         }
         if (f.sections.size() > 1) {
-            f.hasNull = ex::NullValueOf(f.sections[1].get(), &f.nullValue);
+            f.hasNull = common::NullValueOf(f.sections[1].get(), &f.nullValue);
             quarl::CLasParam step;
             if (f.sections[1]->FindParameterByMnemonic("STEP", &step) >= 0)
-                f.step = ex::Trim(step.m_value);
+                f.step = common::Trim(step.m_value);
         }
         f.stepping = reader.CheckDataStepping();
         for (const auto& s : f.sections)

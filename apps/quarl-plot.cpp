@@ -8,16 +8,17 @@
 #include <string>
 #include <vector>
 
+#include "common/log_facts.h"
+#include "common/text.h"
 #include "support/command_line.h"
 #include "support/file_identity.h"
-#include "support/log_facts.h"
 #include "support/plot_request.h"
 #include "support/program.h"
 #include "support/read_notes.h"
 #include "support/svg_plot.h"
-#include "support/text.h"
 
 namespace ex = quarl::apps;
+namespace common = quarl::common;
 
 namespace {
 
@@ -141,7 +142,7 @@ int Run(int argc, char** argv)
     for (const auto& section : reader) {
         if (section->m_type != quarl::LASSECTION_DATA) continue;
         if (!sectionName.empty()) {
-            if (ex::EqualsNoCase(section->m_name, sectionName)) {
+            if (common::EqualsNoCase(section->m_name, sectionName)) {
                 data = section;
                 break;
             }
@@ -159,7 +160,7 @@ int Run(int argc, char** argv)
                          sectionName.c_str());
         return 1;
     }
-    const int depthIndex = ex::DepthCurveIndex(*data);
+    const int depthIndex = common::DepthCurveIndex(*data);
     if (depthIndex < 0) {
         std::fprintf(stderr, "quarl-plot: %s: section %s has no numeric depth curve\n", in.c_str(),
                      data->m_name.c_str());
@@ -168,7 +169,7 @@ int Run(int argc, char** argv)
 
     const quarl::CLasSection* well = reader.size() > 1 ? &reader.GetWellHeaders() : nullptr;
     ex::PlotInput plot;
-    plot.hasNull = ex::NullValueOf(well, &plot.nullValue);
+    plot.hasNull = common::NullValueOf(well, &plot.nullValue);
     const quarl::CLasCurve& depth = data->m_curves[static_cast<size_t>(depthIndex)];
     plot.depths = depth.m_numbers;
     plot.depthMnemonic = depth.m_definition.m_mnemonic;
@@ -179,7 +180,7 @@ int Run(int argc, char** argv)
     auto wellValue = [&](const char* mnemonic) {
         quarl::CLasParam param;
         if (well && well->FindParameterByMnemonic(mnemonic, &param) >= 0)
-            return ex::Trim(param.m_value);
+            return common::Trim(param.m_value);
         return std::string();
     };
     plot.title = wellValue("WELL");
@@ -225,8 +226,8 @@ int Run(int argc, char** argv)
     }
     std::printf("%s: %zu track(s), %zu rows, depth %s to %s %s\n", out.c_str(), plot.tracks.size(),
                 plot.depths.size(),
-                ex::FormatNumber(plot.depths.empty() ? 0 : plot.depths.front()).c_str(),
-                ex::FormatNumber(plot.depths.empty() ? 0 : plot.depths.back()).c_str(),
+                common::FormatNumber(plot.depths.empty() ? 0 : plot.depths.front()).c_str(),
+                common::FormatNumber(plot.depths.empty() ? 0 : plot.depths.back()).c_str(),
                 plot.depthUnit.c_str());
     return 0;
 }

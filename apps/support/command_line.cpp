@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "support/text.h"
+#include "common/text.h"
 
 namespace quarl::apps {
 
@@ -23,7 +23,7 @@ std::vector<std::string> SplitList(const std::string& text)
     std::string item;
     for (char c : text + ",") {
         if (c == ',') {
-            item = Trim(item);
+            item = common::Trim(item);
             if (!item.empty()) items.push_back(item);
             item.clear();
         } else {
@@ -36,7 +36,7 @@ std::vector<std::string> SplitList(const std::string& text)
 bool ListContainsNoCase(const std::vector<std::string>& list, const std::string& name)
 {
     for (const std::string& item : list)
-        if (EqualsNoCase(item, name)) return true;
+        if (common::EqualsNoCase(item, name)) return true;
     return false;
 }
 

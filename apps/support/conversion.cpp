@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdlib>
 
-#include "support/text.h"
+#include "common/text.h"
 
 namespace quarl::apps {
 
@@ -21,12 +21,12 @@ std::string MapSectionName(const std::string& name, bool toLas3)
                                           {"C", "Log_Definition"}, {"A", "Log_Data"},
                                           {"L", "Log_Data"},       {"LOG", "Log_Data"}};
         for (const Pair& p : shortForms)
-            if (EqualsNoCase(name, p.las2)) return p.las3;
+            if (common::EqualsNoCase(name, p.las2)) return p.las3;
         for (const Pair& p : pairs)
-            if (EqualsNoCase(name, p.las2)) return p.las3;
+            if (common::EqualsNoCase(name, p.las2)) return p.las3;
     } else {
         for (const Pair& p : pairs)
-            if (EqualsNoCase(name, p.las3)) return p.las2;
+            if (common::EqualsNoCase(name, p.las3)) return p.las2;
     }
     return name;
 }
@@ -66,10 +66,10 @@ std::vector<std::string> FixWellRange(std::vector<CLasSection>& sections, bool l
     CLasSection* well = nullptr;
     CLasSection* data = nullptr;
     for (CLasSection& s : sections)
-        if (!well && EqualsNoCase(StoredName(s.m_name, las3), "Well")) well = &s;
+        if (!well && common::EqualsNoCase(StoredName(s.m_name, las3), "Well")) well = &s;
     for (size_t i = 0; const char* name = MainDataName(i); ++i) {
         for (CLasSection& s : sections)
-            if (EqualsNoCase(StoredName(s.m_name, las3), name)) {
+            if (common::EqualsNoCase(StoredName(s.m_name, las3), name)) {
                 data = &s;
                 break;
             }
@@ -81,9 +81,9 @@ std::vector<std::string> FixWellRange(std::vector<CLasSection>& sections, bool l
     const std::vector<double>& x = data->m_curves[0].m_numbers;
     auto fix = [&](const char* mnemonic, double wanted, const std::string& why) {
         for (CLasParam& p : well->m_params) {
-            if (!EqualsNoCase(p.m_mnemonic, mnemonic)) continue;
-            const std::string text = RoundTripNumber(wanted);
-            notes.push_back(std::string(mnemonic) + " " + Trim(p.m_value) + " " + why +
+            if (!common::EqualsNoCase(p.m_mnemonic, mnemonic)) continue;
+            const std::string text = common::RoundTripNumber(wanted);
+            notes.push_back(std::string(mnemonic) + " " + common::Trim(p.m_value) + " " + why +
                             ": written as " + text);
             p.m_value = text;
             return;
@@ -100,7 +100,7 @@ std::vector<std::string> FixWellRange(std::vector<CLasSection>& sections, bool l
         auto evenBy = [&](double step) { return FirstUnevenStep(x, step) == 0; };
         const double step = std::atof(p.m_value.c_str());
         if (step != 0.0 && !evenBy(step)) {
-            const double interval = std::atof(FormatNumber(x[1] - x[0], 10).c_str());
+            const double interval = std::atof(common::FormatNumber(x[1] - x[0], 10).c_str());
             if (evenBy(interval))
                 fix("STEP", interval, "is not the interval of the depths");
             else
@@ -201,7 +201,7 @@ void DropTextCurves(std::vector<CLasSection>& sections, std::vector<std::string>
         if (data.m_type != LASSECTION_DATA) continue;
         CLasSection* definition = nullptr;
         for (CLasSection& s : sections)
-            if (!data.m_association.empty() && EqualsNoCase(s.m_name, data.m_association))
+            if (!data.m_association.empty() && common::EqualsNoCase(s.m_name, data.m_association))
                 definition = &s;
         const bool paired = definition && definition->m_params.size() == data.m_curves.size();
         for (size_t i = data.m_curves.size(); i-- > 0;) {
@@ -239,7 +239,7 @@ void FormatsOfValues(std::vector<CLasSection>& sections, std::vector<std::string
                             " written as " + wanted + ": the values are " +
                             (curve.m_isNumeric ? "numbers" : "text"));
             for (CLasSection& s : sections)
-                if (EqualsNoCase(s.m_name, data.m_association))
+                if (common::EqualsNoCase(s.m_name, data.m_association))
                     for (CLasParam& param : s.m_params)
                         if (param.m_mnemonic == curve.m_definition.m_mnemonic)
                             param.m_format = wanted;
@@ -269,7 +269,7 @@ void PutNumericIndexFirst(std::vector<CLasSection>& sections, std::vector<std::s
         if (first == data.m_curves.size()) continue;
         CLasSection* definition = nullptr;
         for (CLasSection& s : sections)
-            if (!data.m_association.empty() && EqualsNoCase(s.m_name, data.m_association))
+            if (!data.m_association.empty() && common::EqualsNoCase(s.m_name, data.m_association))
                 definition = &s;
         std::rotate(data.m_curves.begin(),
                     data.m_curves.begin() + static_cast<std::ptrdiff_t>(first),
@@ -360,8 +360,8 @@ ConvertResult ConvertFile(const std::string& in, const std::string& out,
     std::vector<CLasSection> sections;
     for (auto it = reader.begin(); it != reader.end(); ++it) {
         // The writer makes its own version block.
-        if (it == reader.begin() &&
-            (EqualsNoCase((*it)->m_name, "Version") || EqualsNoCase((*it)->m_name, "V")))
+        if (it == reader.begin() && (common::EqualsNoCase((*it)->m_name, "Version") ||
+                                     common::EqualsNoCase((*it)->m_name, "V")))
             continue;
         CLasSection section = **it;
         if (options.mapNames) {
@@ -458,8 +458,8 @@ ConvertResult ConvertFile(const std::string& in, const std::string& out,
                 result.message += " (an empty text value cannot be written)";
             const char* param = writer.GetLastErrorParam();
             if (writeCode == LASFILE_BAD_FORMAT && param &&
-                (EqualsNoCase(param, "STRT") || EqualsNoCase(param, "STOP") ||
-                 EqualsNoCase(param, "STEP")))
+                (common::EqualsNoCase(param, "STRT") || common::EqualsNoCase(param, "STOP") ||
+                 common::EqualsNoCase(param, "STEP")))
                 result.message += std::string("; the Well section's ") + param +
                                   " does not agree with the depths of the data";
         }

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "common/text.h"
 #include "support/command_line.h"
-#include "support/text.h"
 
 namespace quarl::apps {
 
@@ -18,9 +18,9 @@ bool ParseScaleList(const std::string& text, std::vector<CurveRange>* ranges)
         const size_t colon = item.find(':', equals == std::string::npos ? 0 : equals);
         if (equals == 0 || equals == std::string::npos || colon == std::string::npos) return false;
         CurveRange range;
-        range.mnemonic = Trim(item.substr(0, equals));
-        const std::string from = Trim(item.substr(equals + 1, colon - equals - 1));
-        const std::string to = Trim(item.substr(colon + 1));
+        range.mnemonic = common::Trim(item.substr(0, equals));
+        const std::string from = common::Trim(item.substr(equals + 1, colon - equals - 1));
+        const std::string to = common::Trim(item.substr(colon + 1));
         if (!ParseNumberIn(from.c_str(), -DBL_MAX, DBL_MAX, &range.from) ||
             !ParseNumberIn(to.c_str(), -DBL_MAX, DBL_MAX, &range.to) || range.from == range.to)
             return false;
@@ -34,7 +34,7 @@ bool ParseTrackList(const std::string& text, TrackRequest* track)
     std::string names = text;
     const size_t colon = text.rfind(':');
     if (colon != std::string::npos) {
-        if (!EqualsNoCase(Trim(text.substr(colon + 1)), "log")) return false;
+        if (!common::EqualsNoCase(common::Trim(text.substr(colon + 1)), "log")) return false;
         track->log = true;
         names.resize(colon);
     }
@@ -51,7 +51,7 @@ size_t TrackLimit(double trackWidth)
 bool ReversedByCustom(const std::string& mnemonic)
 {
     for (const char* name : {"NPHI", "TNPH", "NPOR", "DT", "DTC", "DTCO", "DTS", "DTSM"})
-        if (EqualsNoCase(mnemonic, name)) return true;
+        if (common::EqualsNoCase(mnemonic, name)) return true;
     return false;
 }
 
@@ -67,7 +67,7 @@ PlotCurve CurveFor(const CLasCurve& c, bool trackLog, bool samples, const PlotRe
     curve.log = trackLog || ListContainsNoCase(request.logCurves, curve.mnemonic);
     curve.reversed = ReversedByCustom(curve.mnemonic);
     for (const CurveRange& range : request.ranges)
-        if (EqualsNoCase(range.mnemonic, curve.mnemonic)) {
+        if (common::EqualsNoCase(range.mnemonic, curve.mnemonic)) {
             curve.hasRange = true;
             curve.from = range.from;
             curve.to = range.to;
@@ -85,7 +85,7 @@ void NoteUnused(const std::vector<std::string>& names, const char* option,
         bool used = false;
         for (const PlotTrack& track : tracks)
             for (const PlotCurve& curve : track.curves)
-                used = used || EqualsNoCase(curve.mnemonic, name);
+                used = used || common::EqualsNoCase(curve.mnemonic, name);
         if (!used) notes->push_back(std::string(option) + " " + name + ": no such track, ignored");
     }
 }
@@ -104,22 +104,23 @@ double Median(std::vector<double> values)
 
 // The customary scale of a family member in the curve's own unit: neutron
 // in percent, sonic per metre, density in kg/m3, caliper in mm or cm.
-void FamilyScale(const CurveFamily& family, const CLasCurve& c, PlotCurve* curve)
+void FamilyScale(const common::CurveFamily& family, const CLasCurve& c, PlotCurve* curve)
 {
     double scale = 1.0;
     const std::string unit = c.m_definition.m_unit;
     const double median = Median(c.m_numbers);
     const std::string name = family.name;
-    if (name == "neutron" && (EqualsNoCase(unit, "%") || EqualsNoCase(unit, "PU") || median > 1.5))
+    if (name == "neutron" &&
+        (common::EqualsNoCase(unit, "%") || common::EqualsNoCase(unit, "PU") || median > 1.5))
         scale = 100.0;
     if ((name == "sonic" || name == "shear_sonic") &&
-        (EqualsNoCase(unit, "US/M") || EqualsNoCase(unit, "USEC/M")))
+        (common::EqualsNoCase(unit, "US/M") || common::EqualsNoCase(unit, "USEC/M")))
         scale = 1.0 / 0.3048;
-    if (name == "density" &&
-        (EqualsNoCase(unit, "K/M3") || EqualsNoCase(unit, "KG/M3") || median > 100.0))
+    if (name == "density" && (common::EqualsNoCase(unit, "K/M3") ||
+                              common::EqualsNoCase(unit, "KG/M3") || median > 100.0))
         scale = 1000.0;
-    if (name == "caliper" && (EqualsNoCase(unit, "MM") || median > 60.0)) scale = 25.4;
-    if (name == "caliper" && EqualsNoCase(unit, "CM")) scale = 2.54;
+    if (name == "caliper" && (common::EqualsNoCase(unit, "MM") || median > 60.0)) scale = 25.4;
+    if (name == "caliper" && common::EqualsNoCase(unit, "CM")) scale = 2.54;
     curve->hasRange = true;
     curve->from = family.left * scale;
     curve->to = family.right * scale;
@@ -138,13 +139,13 @@ void FamilyLayout(const CLasSection& data, int depthIndex, bool samples, const P
     for (size_t i = 0; i < data.m_curves.size(); ++i) {
         const CLasCurve& c = data.m_curves[i];
         if (static_cast<int>(i) == depthIndex || !c.m_isNumeric) continue;
-        if (IsIndexMnemonic(c.m_definition.m_mnemonic)) {
+        if (common::IsIndexMnemonic(c.m_definition.m_mnemonic)) {
             ++indexColumns;
             continue;
         }
         ++numeric;
         PlotCurve curve = CurveFor(c, false, samples, request);
-        const CurveFamily* family = FindCurveFamily(c.m_definition.m_mnemonic);
+        const common::CurveFamily* family = common::FindCurveFamily(c.m_definition.m_mnemonic);
         if (!family) {
             others.push_back({{curve}});
             continue;
@@ -156,10 +157,11 @@ void FamilyLayout(const CLasSection& data, int depthIndex, bool samples, const P
             curve.to = asked.to;
         }
         curve.log = curve.log || asked.log;
-        std::vector<PlotCurve>* group = family->track == FamilyTrack::kFirst         ? &first
-                                        : family->track == FamilyTrack::kResistivity ? &resistivity
-                                        : family->track == FamilyTrack::kPorosity    ? &porosity
-                                                                                     : nullptr;
+        std::vector<PlotCurve>* group =
+            family->track == common::FamilyTrack::kFirst         ? &first
+            : family->track == common::FamilyTrack::kResistivity ? &resistivity
+            : family->track == common::FamilyTrack::kPorosity    ? &porosity
+                                                                 : nullptr;
         if (group)
             group->push_back(curve);
         else
@@ -197,13 +199,14 @@ void FamilyLayout(const CLasSection& data, int depthIndex, bool samples, const P
 TrackChoice ChooseTracks(const CLasSection& data, int depthIndex, const PlotRequest& request)
 {
     TrackChoice choice;
-    const bool samples = data.m_name.size() >= 4 && EqualsNoCase(data.m_name.substr(0, 4), "Core");
+    const bool samples =
+        data.m_name.size() >= 4 && common::EqualsNoCase(data.m_name.substr(0, 4), "Core");
     const size_t limit = TrackLimit(request.trackWidth);
     if (request.tracks.empty()) {
         FamilyLayout(data, depthIndex, samples, request, limit, &choice);
     } else if (request.tracks.size() > limit) {
         choice.error = std::to_string(request.tracks.size()) + " tracks asked for; at most " +
-                       std::to_string(limit) + " of " + FormatNumber(request.trackWidth) +
+                       std::to_string(limit) + " of " + common::FormatNumber(request.trackWidth) +
                        " pixels fit one picture";
         return choice;
     }
@@ -215,9 +218,10 @@ TrackChoice ChooseTracks(const CLasSection& data, int depthIndex, const PlotRequ
         }
         PlotTrack track;
         for (const std::string& name : asked.curves) {
-            const auto found = std::find_if(
-                data.m_curves.begin(), data.m_curves.end(),
-                [&](const CLasCurve& c) { return EqualsNoCase(c.m_definition.m_mnemonic, name); });
+            const auto found =
+                std::find_if(data.m_curves.begin(), data.m_curves.end(), [&](const CLasCurve& c) {
+                    return common::EqualsNoCase(c.m_definition.m_mnemonic, name);
+                });
             if (found == data.m_curves.end()) {
                 choice.error = "section " + data.m_name + " has no curve " + name;
                 return choice;

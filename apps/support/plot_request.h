@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "support/curve_families.h"
+#include "common/curve_families.h"
 #include "support/svg_plot.h"
 
 namespace quarl::apps {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "support/text.h"
+#include "common/text.h"
 
 namespace quarl::apps {
 
@@ -34,8 +34,8 @@ std::string NoteLine(const CLasNote& note)
 std::string NoteJson(const CLasNote& note)
 {
     return "{\"line\": " + std::to_string(note.line) +
-           ", \"kind\": " + JsonString(LasNoteKindName(note.kind)) +
-           ", \"text\": " + JsonString(note.text) + "}";
+           ", \"kind\": " + common::JsonString(LasNoteKindName(note.kind)) +
+           ", \"text\": " + common::JsonString(note.text) + "}";
 }
 
 std::string NoteKindTitle(ELASNOTEKIND kind)

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstdio>
 
-#include "support/log_facts.h"
-#include "support/text.h"
+#include "common/log_facts.h"
+#include "common/text.h"
 
 namespace quarl::apps {
 
@@ -19,8 +19,8 @@ std::vector<std::vector<std::pair<double, double>>> CurveRuns(const std::vector<
     const size_t n = std::min(depths.size(), values.size());
     for (size_t i = 0; i < n; ++i) {
         const double d = depths[i], v = values[i];
-        const bool bad = IsNullValue(v, hasNull, nullValue) || !std::isfinite(v) ||
-                         IsNullValue(d, hasNull, nullValue) || !std::isfinite(d) ||
+        const bool bad = common::IsNullValue(v, hasNull, nullValue) || !std::isfinite(v) ||
+                         common::IsNullValue(d, hasNull, nullValue) || !std::isfinite(d) ||
                          (logScale && !(v > 0));
         if (bad) {
             if (!run.empty()) runs.push_back(std::move(run));
@@ -79,7 +79,7 @@ TrackScale ScaleOf(const PlotCurve& curve, bool hasNull, double nullValue)
     }
     std::vector<double> readings;
     for (double v : curve.values)
-        if (!IsNullValue(v, hasNull, nullValue)) readings.push_back(v);
+        if (!common::IsNullValue(v, hasNull, nullValue)) readings.push_back(v);
     const ValueRange range = RobustRange(std::move(readings), curve.log);
     scale = curve.log ? LogScale(range.min, range.max) : LinearScale(range.min, range.max);
     if (curve.reversed) std::swap(scale.left, scale.right);
@@ -108,7 +108,7 @@ std::string Px(double value)
 std::string AxisLabel(double value, int digits = 6)
 {
     if (std::fabs(value) < 1e-12) return "0";
-    return FormatNumber(value, digits);
+    return common::FormatNumber(value, digits);
 }
 
 std::string Line(double x1, double y1, double x2, double y2, const char* stroke, const char* width)
@@ -189,12 +189,12 @@ std::string CurveHeader(const Frame& f, double x0, double top, const PlotCurve& 
         Text(mid, top + 13,
              "font-size=\"12.5\" font-weight=\"bold\" text-anchor=\"middle\" fill=\"" +
                  std::string(colour) + "\"",
-             XmlEscape(Shorten(curve.mnemonic, 16)) +
+             common::XmlEscape(common::Shorten(curve.mnemonic, 16)) +
                  "<tspan dx=\"5\" font-size=\"10.5\" font-weight=\"normal\" fill=\"#333\">" +
-                 XmlEscape(Shorten(unit, 16)) + "</tspan>");
+                 common::XmlEscape(common::Shorten(unit, 16)) + "</tspan>");
     const size_t descMax = static_cast<size_t>(std::max(8.0, f.trackWidth / 6.2));
     s += Text(mid, top + 24, "font-size=\"9.5\" text-anchor=\"middle\" fill=\"#777\"",
-              XmlEscape(Shorten(Trim(curve.description), descMax)));
+              common::XmlEscape(common::Shorten(common::Trim(curve.description), descMax)));
     s += Line(x0 + 6, top + 28, x1 - 6, top + 28, colour, "2");
     s += Text(x0 + 5, top + 39, "font-size=\"10.5\" fill=\"#222\"", AxisLabel(scale.left));
     s += Text(x1 - 5, top + 39, "font-size=\"10.5\" text-anchor=\"end\" fill=\"#222\"",
@@ -247,7 +247,7 @@ std::string RenderLogPlot(const PlotInput& in)
     // Depth range from the depths that are real numbers.
     double top = std::nan(""), bottom = std::nan("");
     for (double d : in.depths) {
-        if (!std::isfinite(d) || IsNullValue(d, in.hasNull, in.nullValue)) continue;
+        if (!std::isfinite(d) || common::IsNullValue(d, in.hasNull, in.nullValue)) continue;
         if (std::isnan(top) || d < top) top = d;
         if (std::isnan(bottom) || d > bottom) bottom = d;
     }
@@ -285,9 +285,11 @@ std::string RenderLogPlot(const PlotInput& in)
 
     // Title block.
     s += Text(margin, margin + 20, "font-size=\"18\" font-weight=\"bold\" fill=\"#222\"",
-              XmlEscape(Shorten(in.title, static_cast<size_t>((fullWidth - 2 * margin) / 11.5))));
+              common::XmlEscape(
+                  common::Shorten(in.title, static_cast<size_t>((fullWidth - 2 * margin) / 11.5))));
     s += Text(margin, margin + 40, "font-size=\"12\" fill=\"#555\"",
-              XmlEscape(Shorten(in.subtitle, static_cast<size_t>((fullWidth - 2 * margin) / 6.9))));
+              common::XmlEscape(common::Shorten(
+                  in.subtitle, static_cast<size_t>((fullWidth - 2 * margin) / 6.9))));
 
     std::string grid, labels;
     DepthAxis(f, gridRight, &grid, &labels);
@@ -299,10 +301,11 @@ std::string RenderLogPlot(const PlotInput& in)
          "\" fill=\"#f4f4f4\" stroke=\"#444\" stroke-width=\"1\"/>\n";
     s += Text(f.depthLeft + f.depthWidth / 2, headTop + f.headerHeight / 2 - 7,
               "font-size=\"13\" font-weight=\"bold\" text-anchor=\"middle\" fill=\"#222\"",
-              XmlEscape(Shorten(in.depthMnemonic, 9)));
+              common::XmlEscape(common::Shorten(in.depthMnemonic, 9)));
     s += Text(f.depthLeft + f.depthWidth / 2, headTop + f.headerHeight / 2 + 11,
               "font-size=\"11\" text-anchor=\"middle\" fill=\"#555\"",
-              XmlEscape(in.depthUnit.empty() ? std::string("depth") : Shorten(in.depthUnit, 10)));
+              common::XmlEscape(in.depthUnit.empty() ? std::string("depth")
+                                                     : common::Shorten(in.depthUnit, 10)));
 
     s += "<g id=\"grid\">\n" + grid + "</g>\n";
 
@@ -315,7 +318,8 @@ std::string RenderLogPlot(const PlotInput& in)
         std::vector<TrackScale> scales;
         for (const PlotCurve& curve : track.curves)
             scales.push_back(ScaleOf(curve, in.hasNull, in.nullValue));
-        const std::string id = XmlEscape(track.curves.empty() ? "" : track.curves[0].mnemonic);
+        const std::string id =
+            common::XmlEscape(track.curves.empty() ? "" : track.curves[0].mnemonic);
         if (!scales.empty())
             s += "<g id=\"grid-" + id + "\">\n" + TrackGrid(f, x0, scales[0]) + "</g>\n";
 
@@ -355,7 +359,7 @@ std::string RenderLogPlot(const PlotInput& in)
     const int digits = LabelDigits(std::fmax(std::fabs(top), std::fabs(bottom)), bottom - top);
     s += Text(margin, f.plotTop + f.height + 16, "font-size=\"10\" fill=\"#777\"",
               "Depth " + AxisLabel(top, digits) + " to " + AxisLabel(bottom, digits) + " " +
-                  XmlEscape(in.depthUnit) + "; gaps are NULL values");
+                  common::XmlEscape(in.depthUnit) + "; gaps are NULL values");
     s += "<defs>\n" + defs + "</defs>\n";
     s += "</svg>\n";
     return s;

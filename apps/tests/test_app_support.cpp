@@ -14,15 +14,16 @@
 #include <string>
 #include <vector>
 
+#include "common/curve_families.h"
+#include "common/log_facts.h"
+#include "common/text.h"
 #include "support/conversion.h"
-#include "support/curve_families.h"
-#include "support/log_facts.h"
 #include "support/plot_request.h"
 #include "support/read_notes.h"
 #include "support/svg_plot.h"
-#include "support/text.h"
 
 namespace ex = quarl::apps;
+namespace common = quarl::common;
 namespace fs = std::filesystem;
 using quarl::CLasCurve;
 using quarl::CLasParam;
@@ -91,7 +92,7 @@ TEST(PlotScales, SpikesAndExtremeValuesGiveFiniteBoundedScales)
     for (int i = 0; i < 200; ++i) gr.push_back(40 + i % 80);
     gr.push_back(-2324);
     const ex::ValueRange spiked = ex::RobustRange(gr, false);
-    EXPECT_EQ(ex::FormatNumber(spiked.min) + " " + ex::FormatNumber(spiked.max), "40 119");
+    EXPECT_EQ(common::FormatNumber(spiked.min) + " " + common::FormatNumber(spiked.max), "40 119");
     gr.assign(50, 0.0);
     gr.push_back(1);
     EXPECT_EQ(ex::RobustRange(gr, false).max, 1.0);
@@ -156,7 +157,7 @@ TEST(PlotRender, ExtremeValuesAndManyRowsEndInABoundedPicture)
     for (const ex::PagePoint& p : ex::ThinPoints(
              {{5, 10.1, true}, {9, 10.5, false}, {1, 10.7, true}, {4, 10.9, false}, {3, 11.2, false}, {3, 14, true}},
              100))
-        kept += ex::FormatNumber(p.x) + "," + ex::FormatNumber(p.y) + (p.start ? "s " : " ");
+        kept += common::FormatNumber(p.x) + "," + common::FormatNumber(p.y) + (p.start ? "s " : " ");
     EXPECT_EQ(kept, "9,10.5s 1,10.7 3,11.2 3,14s ");
     EXPECT_EQ(ex::ThinPoints(std::vector<ex::PagePoint>(1000, {1, 10, false}), 10).size(), 1u);
 }
@@ -237,13 +238,14 @@ TEST(PlotRequest, DefaultLayoutFollowsTheCurveFamilies)
     for (const ex::PlotTrack& track : choice.tracks) {
         std::string text;
         for (const ex::PlotCurve& c : track.curves)
-            text += c.mnemonic + "=" + ex::FormatNumber(c.from) + ":" + ex::FormatNumber(c.to) + (c.log ? "L " : " ");
+            text += c.mnemonic + "=" + common::FormatNumber(c.from) + ":" + common::FormatNumber(c.to) +
+                    (c.log ? "L " : " ");
         layout.push_back(text);
     }
     EXPECT_EQ(layout[0], "GR=0:200 CALI=152.4:406.4 ");
     EXPECT_EQ(layout[1], "ILD=0.2:2000L LLD=0.2:2000L ");
-    EXPECT_EQ(layout[2], "NPHI=45:-15 RHOB=1950:2950 DT=" + ex::FormatNumber(140 / 0.3048) + ":" +
-                             ex::FormatNumber(40 / 0.3048) + " ");
+    EXPECT_EQ(layout[2], "NPHI=45:-15 RHOB=1950:2950 DT=" + common::FormatNumber(140 / 0.3048) + ":" +
+                             common::FormatNumber(40 / 0.3048) + " ");
     EXPECT_EQ(layout[3].substr(0, 4), "XYZ=");
     ASSERT_EQ(choice.notes.size(), 1u);
     EXPECT_NE(choice.notes[0].find("1 index column"), std::string::npos);
@@ -269,7 +271,7 @@ std::string Runs(const std::vector<double>& depth, const std::vector<double>& va
     std::string text;
     for (const auto& run : ex::CurveRuns(depth, values, hasNull, -999.25, log)) {
         text += text.empty() ? "" : "/";
-        for (const auto& [d, v] : run) text += " " + ex::FormatNumber(d) + ":" + ex::FormatNumber(v);
+        for (const auto& [d, v] : run) text += " " + common::FormatNumber(d) + ":" + common::FormatNumber(v);
     }
     return text;
 }
@@ -294,17 +296,17 @@ TEST(CurveFamilies, MnemonicsFindTheirFamilyInAnyCaseAndWithADuplicateSuffix)
                  {"ILD", "resistivity"}, {"LLD", "resistivity"}, {"G", nullptr},        {"GRX", nullptr},
                  {"", nullptr},          {"DEPT", nullptr}};
     for (const auto& c : cases) {
-        const ex::CurveFamily* family = ex::FindCurveFamily(c.mnemonic);
+        const common::CurveFamily* family = common::FindCurveFamily(c.mnemonic);
         EXPECT_EQ(family ? std::string(family->name) : "", c.family ? c.family : "") << c.mnemonic;
     }
-    EXPECT_TRUE(ex::IsIndexMnemonic("dept"));
-    EXPECT_TRUE(ex::IsIndexMnemonic("DEPTH:2"));
-    EXPECT_FALSE(ex::IsIndexMnemonic("DT"));
+    EXPECT_TRUE(common::IsIndexMnemonic("dept"));
+    EXPECT_TRUE(common::IsIndexMnemonic("DEPTH:2"));
+    EXPECT_FALSE(common::IsIndexMnemonic("DT"));
     size_t count = 0;
-    const ex::CurveFamily* all = ex::CurveFamilies(count);
+    const common::CurveFamily* all = common::CurveFamilies(count);
     ASSERT_GT(count, 0u);
-    EXPECT_EQ(ex::FindCurveFamilyByName(all[count - 1].name), &all[count - 1]);
-    EXPECT_TRUE(ex::FindCurveFamily("RT")->log);
+    EXPECT_EQ(common::FindCurveFamilyByName(all[count - 1].name), &all[count - 1]);
+    EXPECT_TRUE(common::FindCurveFamily("RT")->log);
 }
 
 TEST(ReadNotes, OneLineAKindWithCountsAndRangesOfLines)
@@ -328,14 +330,14 @@ TEST(CurveFacts, StatisticsNullValueAndDepthCurve)
 {
     const CLasCurve curve = Numeric("GR", {45.5, -999.25, 120.0, -999.25, 3.0, NAN});
     const auto stats = [](const CLasCurve& c, bool hasNull) {
-        const ex::CurveStats s = ex::StatsOf(c, hasNull, -999.25);
-        return std::to_string(s.count) + " " + std::to_string(s.nulls) + " " + ex::FormatNumber(s.min) + " " +
-               ex::FormatNumber(s.max);
+        const common::CurveStats s = common::StatsOf(c, hasNull, -999.25);
+        return std::to_string(s.count) + " " + std::to_string(s.nulls) + " " + common::FormatNumber(s.min) + " " +
+               common::FormatNumber(s.max);
     };
     EXPECT_EQ(stats(curve, true), "6 3 3 120");
     EXPECT_EQ(stats(curve, false), "6 1 -999.25 120");
     EXPECT_EQ(stats(Numeric("X", {-999.25, -999.25}), true).substr(0, 4), "2 2 ");
-    EXPECT_TRUE(std::isnan(ex::StatsOf(Numeric("X", {-999.25}), true, -999.25).min));
+    EXPECT_TRUE(std::isnan(common::StatsOf(Numeric("X", {-999.25}), true, -999.25).min));
     CLasCurve text;
     text.m_isNumeric = false;
     text.m_strings = {"sand", "shale"};
@@ -343,19 +345,19 @@ TEST(CurveFacts, StatisticsNullValueAndDepthCurve)
 
     CLasSection well;
     double value = 0;
-    EXPECT_FALSE(ex::NullValueOf(&well, &value) || ex::NullValueOf(nullptr, &value));
+    EXPECT_FALSE(common::NullValueOf(&well, &value) || common::NullValueOf(nullptr, &value));
     well.m_params.push_back(Param("null", "", "  -999.25 "));
-    EXPECT_TRUE(ex::NullValueOf(&well, &value) && value == -999.25);
+    EXPECT_TRUE(common::NullValueOf(&well, &value) && value == -999.25);
     well.m_params[0].m_value = "ERR";
-    EXPECT_FALSE(ex::NullValueOf(&well, &value));
+    EXPECT_FALSE(common::NullValueOf(&well, &value));
 
     CLasSection data;
     data.m_curves = {Numeric("TIME", {1}), Numeric("GR", {1}), Numeric("depth", {1})};
-    EXPECT_EQ(ex::DepthCurveIndex(data), 2);
+    EXPECT_EQ(common::DepthCurveIndex(data), 2);
     data.m_curves[2].m_definition.m_mnemonic = "X";
-    EXPECT_EQ(ex::DepthCurveIndex(data), 0);
+    EXPECT_EQ(common::DepthCurveIndex(data), 0);
     data.m_curves[0].m_isNumeric = false;
-    EXPECT_EQ(ex::DepthCurveIndex(data), -1);
+    EXPECT_EQ(common::DepthCurveIndex(data), -1);
 }
 
 TEST(Conversion, WellRangeIsTakenFromTheDataSoTheWriterAcceptsIt)
@@ -415,7 +417,7 @@ std::string Values(const std::string& path, quarl::ELASFILEERROR* result = nullp
     for (const auto& s : reader)
         for (const CLasCurve& c : s->m_curves) {
             curves.push_back((c.m_isNumeric ? "|" : "|text ") + c.m_definition.m_mnemonic + ":");
-            for (double v : c.m_numbers) curves.back() += ex::FormatNumber(v, 15) + ",";
+            for (double v : c.m_numbers) curves.back() += common::FormatNumber(v, 15) + ",";
             for (const std::string& v : c.m_strings) curves.back() += v + ",";
         }
     std::sort(curves.begin(), curves.end());
@@ -441,7 +443,7 @@ std::string LogNumbers(const std::string& path, const quarl::CLasReadOptions& op
         for (const CLasCurve& c : s->m_curves) {
             if (!c.m_isNumeric) continue;
             curves.emplace_back("|");
-            for (double v : c.m_numbers) curves.back() += ex::FormatNumber(v, 15) + ",";
+            for (double v : c.m_numbers) curves.back() += common::FormatNumber(v, 15) + ",";
         }
         std::sort(curves.begin(), curves.end());  // a curve may move: compare the set
         sections.emplace_back();

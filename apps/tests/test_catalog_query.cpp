@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "catalog/catalog_db.h"
-#include "catalog/catalog_output.h"
 #include "catalog/catalog_query.h"
+#include "catalog_commands/catalog_output.h"
 
 #if !defined(_WIN32)
 #include <sys/wait.h>

@@ -22,9 +22,9 @@ import quarl.dask  # noqa: E402
 
 SAMPLE = Path(__file__).resolve().parents[2] / "examples" / "data" / "sample_las20.las"
 
-# The header reading, the scan and the query building are apps/catalog's;
-# where this build has them only as placeholders, the tests that need them
-# wait for them.
+# The header reading, the scan and the query building are the catalog
+# library's (catalog/); where this build has them only as placeholders, the
+# tests that need them wait for them.
 READING = _quarl.read_file_record(str(SAMPLE)).result != "not built"
 QUERIES = bool(_quarl.problem_files_query()[0])
 needs_reading = pytest.mark.skipif(not READING, reason="the catalog's header reading is not built")

@@ -1,4 +1,4 @@
-#include "catalog/catalog_output.h"
+#include "catalog_commands/catalog_output.h"
 
 #include <sqlite3.h>
 
@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "catalog/catalog_db.h"
-#include "support/text.h"
+#include "common/text.h"
 
 namespace quarl::catalog {
 
@@ -183,7 +183,7 @@ std::string ValidUtf8(const std::string& text)
 
 std::string CellText(const Cell& cell)
 {
-    if (cell.kind == Cell::Kind::kReal) return apps::FormatNumber(cell.number, 10);
+    if (cell.kind == Cell::Kind::kReal) return common::FormatNumber(cell.number, 10);
     return cell.text;
 }
 
@@ -195,9 +195,9 @@ std::string CellJson(const Cell& cell)
         case Cell::Kind::kInteger:
             return cell.text;
         case Cell::Kind::kReal:
-            return apps::JsonNumber(cell.number);
+            return common::JsonNumber(cell.number);
         default:
-            return apps::JsonString(ValidUtf8(cell.text));
+            return common::JsonString(ValidUtf8(cell.text));
     }
 }
 
@@ -260,7 +260,7 @@ std::string FormatJsonObject(const ResultTable& table, size_t row)
 {
     std::string out = "{";
     for (size_t c = 0; c < table.columns.size(); ++c) {
-        out += (c ? ", " : "") + apps::JsonString(ValidUtf8(table.columns[c])) + ": " +
+        out += (c ? ", " : "") + common::JsonString(ValidUtf8(table.columns[c])) + ": " +
                CellJson(table.rows[row][c]);
     }
     return out + "}";

@@ -1,7 +1,7 @@
-// What the programs tell about the sections and curves of a read file: the
+// What the programs and the catalog tell about the sections and curves of a read file: the
 // version text, the NULL value, curve statistics and the depth curve.
-#ifndef QUARL_APPS_LOG_FACTS_H
-#define QUARL_APPS_LOG_FACTS_H
+#ifndef QUARL_COMMON_LOG_FACTS_H
+#define QUARL_COMMON_LOG_FACTS_H
 
 #include <quarl/quarl.h>
 
@@ -9,7 +9,7 @@
 #include <limits>
 #include <string>
 
-namespace quarl::apps {
+namespace quarl::common {
 
 // The VERS text of a Version section as written ("2.0", "3.0", "1.2"), or
 // "?" when there is none.
@@ -34,6 +34,6 @@ CurveStats StatsOf(const CLasCurve& curve, bool hasNull, double nullValue);
 // names, so that a plot finds a numeric depth when there is one.
 int DepthCurveIndex(const CLasSection& data);
 
-}  // namespace quarl::apps
+}  // namespace quarl::common
 
 #endif

@@ -7,8 +7,8 @@
 // inside the transaction of Begin()/Commit(), and the database is in WAL
 // mode, so that a process killed at any point leaves the catalog as after
 // its last commit.
-#ifndef QUARL_APPS_CATALOG_DB_H
-#define QUARL_APPS_CATALOG_DB_H
+#ifndef QUARL_CATALOG_DB_H
+#define QUARL_CATALOG_DB_H
 
 #include <cstdint>
 #include <map>

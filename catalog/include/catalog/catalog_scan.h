@@ -1,8 +1,8 @@
 // Scanning folder trees into the catalog: walking them, reading the headers
 // of every LAS file in worker threads, and storing the records in whole-file
 // transactions. quarl-catalog scan and the Python package both run it.
-#ifndef QUARL_APPS_CATALOG_SCAN_H
-#define QUARL_APPS_CATALOG_SCAN_H
+#ifndef QUARL_CATALOG_SCAN_H
+#define QUARL_CATALOG_SCAN_H
 
 #include <atomic>
 #include <cstddef>

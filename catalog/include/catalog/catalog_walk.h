@@ -1,8 +1,8 @@
 // Walking the scanned folder trees: which files are LAS files, and what is
 // passed over (other files, links that loop or lead nowhere, folders and
 // files that cannot be read).
-#ifndef QUARL_APPS_CATALOG_WALK_H
-#define QUARL_APPS_CATALOG_WALK_H
+#ifndef QUARL_CATALOG_WALK_H
+#define QUARL_CATALOG_WALK_H
 
 #include <atomic>
 #include <cstddef>

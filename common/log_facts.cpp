@@ -1,11 +1,11 @@
-#include "support/log_facts.h"
+#include "common/log_facts.h"
 
 #include <cmath>
 #include <cstdlib>
 
-#include "support/text.h"
+#include "common/text.h"
 
-namespace quarl::apps {
+namespace quarl::common {
 
 std::string VersionText(const CLasSection* versionSection)
 {
@@ -65,4 +65,4 @@ int DepthCurveIndex(const CLasSection& data)
     return -1;
 }
 
-}  // namespace quarl::apps
+}  // namespace quarl::common

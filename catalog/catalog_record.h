@@ -1,7 +1,7 @@
 // One file's record for the catalog: the facts of a lenient header read,
 // taken over into the rows of FileRecord.
-#ifndef QUARL_APPS_CATALOG_RECORD_H
-#define QUARL_APPS_CATALOG_RECORD_H
+#ifndef QUARL_CATALOG_RECORD_H
+#define QUARL_CATALOG_RECORD_H
 
 #include <quarl/quarl.h>
 

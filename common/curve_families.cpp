@@ -1,9 +1,9 @@
-#include "support/curve_families.h"
+#include "common/curve_families.h"
 
 #include <cstring>
 #include <iterator>
 
-namespace quarl::apps {
+namespace quarl::common {
 
 namespace {
 
@@ -94,4 +94,4 @@ bool IsIndexMnemonic(const std::string& mnemonic)
                   "DEPT DEPTH M__DEPTH MD TVD TVDSS TIME ETIM INDEX");
 }
 
-}  // namespace quarl::apps
+}  // namespace quarl::common

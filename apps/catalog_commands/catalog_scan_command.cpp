@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "catalog/catalog_commands.h"
 #include "catalog/catalog_hash.h"
 #include "catalog/catalog_scan.h"
 #include "catalog/catalog_walk.h"
+#include "catalog_commands/catalog_commands.h"
 #include "support/command_line.h"
 
 namespace quarl::catalog {

@@ -1,10 +1,10 @@
-#include "support/text.h"
+#include "common/text.h"
 
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
-namespace quarl::apps {
+namespace quarl::common {
 
 bool EqualsNoCase(const std::string& a, const std::string& b)
 {
@@ -122,4 +122,4 @@ std::string XmlEscape(const std::string& text)
     return out;
 }
 
-}  // namespace quarl::apps
+}  // namespace quarl::common

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "catalog/catalog_commands.h"
-#include "catalog/catalog_output.h"
 #include "catalog/catalog_query.h"
+#include "catalog_commands/catalog_commands.h"
+#include "catalog_commands/catalog_output.h"
+#include "common/text.h"
 #include "support/command_line.h"
-#include "support/text.h"
 
 namespace quarl::catalog {
 
@@ -215,7 +215,7 @@ int RunStats(int argc, char** argv)
     for (size_t c = 0; c < totals.columns.size(); ++c) {
         const Cell& cell = totals.rows.at(0)[c];
         if (format == Format::kJson)
-            out += "  " + apps::JsonString(totals.columns[c]) + ": " + CellJson(cell) + ",\n";
+            out += "  " + common::JsonString(totals.columns[c]) + ": " + CellJson(cell) + ",\n";
         else
             out += totals.columns[c] +
                    std::string(std::max<size_t>(20, totals.columns[c].size() + 2) -
@@ -225,7 +225,7 @@ int RunStats(int argc, char** argv)
     }
     for (size_t t = 1; t < tables.size(); ++t) {
         if (format == Format::kJson)
-            out += "  " + apps::JsonString(names[t]) + ": " + FormatJson(tables[t], "  ") +
+            out += "  " + common::JsonString(names[t]) + ": " + FormatJson(tables[t], "  ") +
                    (t + 1 < tables.size() ? ",\n" : "\n");
         else
             out += std::string(names[t] == "versions" ? "\nVersions:\n"

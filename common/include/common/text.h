@@ -1,11 +1,11 @@
-// Text helpers of the programs: comparing names, trimming, numbers as short
+// Text helpers of the programs and the catalog: comparing names, trimming, numbers as short
 // text, and escaping for JSON and XML output.
-#ifndef QUARL_APPS_TEXT_H
-#define QUARL_APPS_TEXT_H
+#ifndef QUARL_COMMON_TEXT_H
+#define QUARL_COMMON_TEXT_H
 
 #include <string>
 
-namespace quarl::apps {
+namespace quarl::common {
 
 // ASCII letters compared without case; other bytes as they are.
 bool EqualsNoCase(const std::string& a, const std::string& b);
@@ -32,6 +32,6 @@ std::string JsonNumber(double value);
 // 1.0 does not allow become '?'.
 std::string XmlEscape(const std::string& text);
 
-}  // namespace quarl::apps
+}  // namespace quarl::common
 
 #endif

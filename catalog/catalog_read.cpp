@@ -6,8 +6,8 @@
 #include <string>
 
 #include "catalog/catalog_hash.h"
-#include "catalog/catalog_record.h"
 #include "catalog/catalog_scan.h"
+#include "catalog_record.h"
 
 namespace quarl::catalog {
 

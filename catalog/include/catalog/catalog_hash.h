@@ -1,6 +1,6 @@
 // SHA-256 of a whole file, through OpenSSL's libcrypto when the build has it.
-#ifndef QUARL_APPS_CATALOG_HASH_H
-#define QUARL_APPS_CATALOG_HASH_H
+#ifndef QUARL_CATALOG_HASH_H
+#define QUARL_CATALOG_HASH_H
 
 #include <string>
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <iterator>
 
-#include "support/text.h"
+#include "common/text.h"
 
 namespace quarl::catalog {
 
@@ -47,13 +47,13 @@ std::string AskedPart(const QueryOptions& options, SqlQuery* out)
         "  (SELECT upper(trim(?)), CAST(? AS REAL), CAST(? AS REAL), upper(?)),\n"
         "qf AS (SELECT unit, lo, hi, pattern, " +
         MetresPerUnit("q.unit", "NULL") + " AS metres FROM q)";
-    out->params = {options.unit, apps::RoundTripNumber(options.from),
-                   apps::RoundTripNumber(options.to), options.wellPattern};
+    out->params = {options.unit, common::RoundTripNumber(options.from),
+                   common::RoundTripNumber(options.to), options.wellPattern};
     if (options.curves.empty()) return sql;
     sql += ",\nasked(n, name) AS (VALUES ";
     for (size_t i = 0; i < options.curves.size(); ++i) {
         sql += (i ? ", (" : "(") + std::to_string(i + 1) + ", ?)";
-        out->params.push_back(apps::Trim(options.curves[i]));
+        out->params.push_back(common::Trim(options.curves[i]));
     }
     // A mnemonic stands for itself and, when an alias names it, for every
     // mnemonic of that family; a family's own name ("gamma_ray") stands for
@@ -158,7 +158,7 @@ std::string SelectPart(const QueryOptions& options)
 bool IsDepthUnit(const std::string& unit)
 {
     for (const DepthUnit& u : kDepthUnits)
-        if (apps::EqualsNoCase(apps::Trim(unit), u.name)) return true;
+        if (common::EqualsNoCase(common::Trim(unit), u.name)) return true;
     return false;
 }
 
@@ -177,7 +177,7 @@ bool BuildQuery(const QueryOptions& options, SqlQuery* out, std::string* error)
         return false;
     }
     for (const std::string& curve : options.curves) {
-        if (apps::Trim(curve).empty()) {
+        if (common::Trim(curve).empty()) {
             *error = "an empty curve mnemonic";
             return false;
         }

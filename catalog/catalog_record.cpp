@@ -1,10 +1,10 @@
-#include "catalog/catalog_record.h"
+#include "catalog_record.h"
 
 #include <set>
 #include <string>
 
-#include "support/log_facts.h"
-#include "support/text.h"
+#include "common/log_facts.h"
+#include "common/text.h"
 
 namespace quarl::catalog {
 
@@ -14,7 +14,7 @@ CLasReadOptions CatalogReadOptions(size_t fileSize)
     options.lenient = true;
     options.headersOnly = true;
     options.dataEnds = true;
-    // The budget of the programs' reads (apps::ReadBudgetFor), from the size.
+    // The budget of the programs' reads (ReadBudgetFor of apps/support), from the size.
     options.maxBytes = (64ULL << 20) + 64ULL * fileSize;
     return options;
 }
@@ -43,7 +43,7 @@ void AddCurves(const CLasSection& data, FileRecord* record)
         row.section = data.m_name;
         row.mnemonic = curve.m_definition.m_mnemonic;
         row.unit = curve.m_definition.m_unit;
-        row.description = apps::Trim(curve.m_definition.m_description);
+        row.description = common::Trim(curve.m_definition.m_description);
         row.apiCode = curve.m_definition.m_value;
         row.hasDepths = hasDepths;
         if (hasDepths) {
@@ -81,7 +81,7 @@ void FillFromRead(const CLasReader& reader, ELASFILEERROR result, FileRecord* re
         if (section->m_type == LASSECTION_DATA) defining.insert(section->m_association);
     }
     if (!sections.empty()) {
-        const std::string version = apps::VersionText(sections[0]);
+        const std::string version = common::VersionText(sections[0]);
         record->version = version == "?" ? "" : version;
     }
     for (size_t i = 0; i < sections.size(); ++i) {

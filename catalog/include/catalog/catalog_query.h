@@ -2,8 +2,8 @@
 // depths and wells, the problems of an archive, and its statistics. Each
 // question is built as one SQL statement with its parameters, so that the
 // program and the Python package (pandas over sqlite3) ask exactly the same.
-#ifndef QUARL_APPS_CATALOG_QUERY_H
-#define QUARL_APPS_CATALOG_QUERY_H
+#ifndef QUARL_CATALOG_QUERY_H
+#define QUARL_CATALOG_QUERY_H
 
 #include <string>
 #include <vector>

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "support/curve_families.h"
+#include "common/curve_families.h"
 
 namespace quarl::catalog {
 
@@ -203,13 +203,13 @@ bool CatalogDb::CreateOrMigrate(bool fresh)
 bool CatalogDb::SeedFamilies()
 {
     size_t count = 0;
-    const apps::CurveFamily* families = apps::CurveFamilies(count);
+    const common::CurveFamily* families = common::CurveFamilies(count);
     sqlite3_stmt* family = nullptr;
     sqlite3_stmt* alias = nullptr;
     bool ok = Prepare(&family, "INSERT INTO curve_families VALUES (?, ?, ?)") &&
               Prepare(&alias, "INSERT OR IGNORE INTO curve_aliases VALUES (?, ?)");
     for (size_t i = 0; ok && i < count; ++i) {
-        const apps::CurveFamily& f = families[i];
+        const common::CurveFamily& f = families[i];
         BindText(family, 1, f.name);
         BindText(family, 2, f.description);
         BindText(family, 3, f.unit);

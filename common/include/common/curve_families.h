@@ -4,13 +4,13 @@
 // quarl-catalog stores this table as the default of its alias table and
 // answers "--curve GR" with every member of the family; quarl-plot lays out
 // its default tracks from it.
-#ifndef QUARL_APPS_CURVE_FAMILIES_H
-#define QUARL_APPS_CURVE_FAMILIES_H
+#ifndef QUARL_COMMON_CURVE_FAMILIES_H
+#define QUARL_COMMON_CURVE_FAMILIES_H
 
 #include <cstddef>
 #include <string>
 
-namespace quarl::apps {
+namespace quarl::common {
 
 // Where a family is drawn by default: the first track (gamma ray, SP,
 // caliper), the resistivity track, the porosity track (neutron, density,
@@ -46,6 +46,6 @@ const CurveFamily* FindCurveFamilyByName(const std::string& name);
 // vertical axis and never a curve of a track.
 bool IsIndexMnemonic(const std::string& mnemonic);
 
-}  // namespace quarl::apps
+}  // namespace quarl::common
 
 #endif
