@@ -2,7 +2,8 @@
 CMake and puts it, with the libraries it loads, beside the package's Python
 files. pyproject.toml holds everything else.
 
-    /usr/bin/python3 -m pip install . --no-build-isolation --no-index
+    /usr/bin/python3 -m venv --system-site-packages DIR   # Debian 12: README
+    DIR/bin/python -m pip install . --no-build-isolation --no-index
 """
 import glob
 import os

@@ -1,17 +1,19 @@
 #!/bin/sh
 # Installs from Debian 12 (bookworm) what quarl needs to be built and its
-# tests run: the compiler, CMake, Ninja, GoogleTest, pkg-config, SQLite and OpenSSL's libcrypto for
-# quarl-catalog, and Debian's Python 3 with numpy, pandas, pybind11, pytest,
-# distributed, fsspec and charset-normalizer for the Python package (pip and
-# setuptools for `pip install .`). With --all also what the rest of CI uses:
-# clang 14 with libFuzzer, clang-format, gcovr, valgrind, and two host locales
-# (de_DE.UTF-8 with a decimal comma, tr_TR.ISO-8859-9) for the tests that
-# prove the library ignores the host's locale. Runs as root, or through sudo.
+# tests run: the compiler, CMake, Ninja, GoogleTest, pkg-config, SQLite and
+# OpenSSL's libcrypto for quarl-catalog, and Debian's Python 3 with numpy,
+# pandas, pybind11, pytest, distributed, fsspec and charset-normalizer for
+# the Python package (pip, setuptools and venv for `pip install .` into a
+# virtual environment, as the README shows). With --all also what the rest
+# of CI uses: clang 14 with libFuzzer, clang-format, gcovr, valgrind, and two
+# host locales (de_DE.UTF-8 with a decimal comma, tr_TR.ISO-8859-9) for the
+# tests that prove the library ignores the host's locale. Runs as root, or
+# through sudo.
 set -eu
 
 packages="cmake ninja-build g++ libgtest-dev pkg-config
   python3-dev python3-numpy python3-pandas pybind11-dev python3-pybind11 python3-pytest python3-distributed
-  python3-fsspec python3-charset-normalizer python3-pip python3-setuptools python3-mypy
+  python3-fsspec python3-charset-normalizer python3-pip python3-setuptools python3-venv python3-mypy
   libsqlite3-dev sqlite3 libssl-dev"
 all=no
 if [ "${1:-}" = "--all" ]; then
