@@ -7,9 +7,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <set>
+#include <system_error>
 #include <utility>
 
 namespace quarl::catalog {
@@ -192,7 +192,7 @@ bool RootsExist(const std::vector<std::string>& roots, std::string* error)
     for (const std::string& root : roots) {
         struct stat st;
         if (::stat(root.c_str(), &st) != 0) {
-            *error = root + ": " + std::strerror(errno);
+            *error = root + ": " + std::generic_category().message(errno);
             return false;
         }
     }

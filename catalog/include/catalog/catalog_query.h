@@ -48,8 +48,8 @@ struct NamedQuery {
 };
 // The statistics of a catalog: "totals" (one row: files, wells, curves,
 // mnemonics, failed), "versions" (version by its number, "1.20" as 1.2 and
-// "2" as 2.0, and files) and "mnemonics" (the 20
-// most common: mnemonic, family, files, curves).
+// "2" as 2.0, and files) and "mnemonics" (the 20 most common: mnemonic,
+// family, files, curves).
 std::vector<NamedQuery> StatsQueries();
 
 // Whether `unit` is a depth unit the questions convert (M, F, FT, FEET,
