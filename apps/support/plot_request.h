@@ -60,7 +60,7 @@ struct TrackChoice {
 };
 // The tracks of `data` for `request`; `depthIndex` is its depth curve. Core
 // data (a section named Core...) are samples and drawn as points. Without
-// --track the layout follows the curve families (support/curve_families.h):
+// --track the layout follows the curve families (common/curve_families.h):
 // gamma ray, SP and caliper in the first track, then the depth track, the
 // resistivities together on a log scale, neutron, density and sonic together
 // on their customary scales (in the curve's unit: neutron in percent 45 to
