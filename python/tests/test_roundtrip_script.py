@@ -128,3 +128,22 @@ def test_the_script_counts_a_folder(tmp_path, capsys):
     las2 = counts["versions"][0]
     assert (las2["read leniently"], las2["written"], las2["same"]) == (1, 1, 1)
     assert las2["repairs by kind"] == {"PACKAGE_WELL_RANGE": 2}  # STRT and STEP
+
+
+def test_the_counts_of_the_corpus_add_up(capsys):
+    corpus = os.environ.get("QUARL_CORPUS_DIR", "")
+    if not os.path.isdir(corpus):
+        pytest.skip("the shared corpus is not there")
+    assert roundtrip.main([corpus, "--json"]) == 0
+    counts = json.loads(capsys.readouterr().out)
+    unread = len(counts["not read leniently"])
+    for version in counts["versions"]:
+        assert version["files"] == counts["files"] == version["read leniently"] + unread
+        assert version["written"] + version["refused"] == version["read leniently"]
+        assert sum(version["refused by reason"].values()) == version["refused"]
+        back = version["read back strictly"]
+        assert back == version["written"] - sum(version["not read back by reason"].values())
+        assert version["same"] + version["differing"] == back
+        assert len(version["differing files"]) == version["differing"]
+    # LAS 2.0 writes most of the corpus; the files it writes read back.
+    assert counts["versions"][0]["written"] > counts["files"] // 2
