@@ -125,7 +125,8 @@ class Exemptions:
         return (section, mnemonic.strip().upper()) in self.lines
 
 
-def range_repairs(original: Sequence[quarl.Section], handed: Sequence[quarl.Section]) -> List[Repair]:
+def range_repairs(original: Sequence[quarl.Section],
+                  handed: Sequence[quarl.Section]) -> List[Repair]:
     """The Well range lines that the package set from the data before the
     write (what the writer was handed against what was read)."""
     repairs = []
