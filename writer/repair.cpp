@@ -118,6 +118,11 @@ std::string LegalFieldName(const std::string& name, bool isUnit)
 
 }  // namespace
 
+CLasString LasSectionNameIn(const char* name, bool isLas3)
+{
+    return RepairedSectionName(name ? name : "", isLas3);
+}
+
 const char* LasRepairKindName(ELASREPAIRKIND kind)
 {
     static const char* const kNames[] = {
@@ -220,8 +225,11 @@ bool CLasWriter::RepairSectionName(CLasSection& section)
         section.m_type == LASSECTION_DATA || section.m_type == LASSECTION_PARAMETER ||
         section.m_type == LASSECTION_DEFINITION || section.m_type == LASSECTION_HEADER;
     if (typeKnown && IsNameOfVersion(name)) return true;
-    Record(LASREPAIR_SECTION_LEFT_OUT, name, "", name, "",
-           "section " + name + " left out: LAS " + (m_isLas3 ? "3.0" : "2.0") + " cannot hold it");
+    const char* why = !typeKnown ? "it has no type the writer writes"
+                      : m_isLas3 ? "LAS 3.0 has no section Other nor names of one letter"
+                                 : "LAS 2.0 knows only the sections Well, Curve, Parameter, "
+                                   "ASCII, Other and Downhole";
+    Record(LASREPAIR_SECTION_LEFT_OUT, name, "", name, "", "section " + name + " left out: " + why);
     return false;
 }
 

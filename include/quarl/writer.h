@@ -79,6 +79,13 @@ enum ELASREPAIRKIND : int32_t {
 // "LASREPAIR_UNKNOWN" for any other value. A static string.
 QUARL_API const char* LasRepairKindName(ELASREPAIRKIND kind);
 
+// The name a section takes in a LAS 3.0 (true) or LAS 2.0 document, the one
+// repair mode gives it: in LAS 3.0 "W" "P" "C" "A" "L" "LOG" "Parameter"
+// "Curve" "ASCII" as "Well" "Log_Parameter" "Log_Definition" "Log_Data"; in
+// LAS 2.0 the three log names back, and one-letter names written out ("W"
+// as "Well", "L" as "ASCII"). Any other name, and null as "", as it is.
+QUARL_API CLasString LasSectionNameIn(const char* name, bool isLas3);
+
 // One change a writer in repair mode made to its copy of the document.
 struct CLasRepair {
     ELASREPAIRKIND kind = LASREPAIR_SECTION_RENAMED;
