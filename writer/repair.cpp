@@ -280,7 +280,8 @@ void CLasWriter::RepairParam(CLasParam& param, const std::string& section,
         param.m_unit = unit;
     }
     std::string value = param.m_value;
-    for (char& c : value) c = c == '{' ? '(' : c == '}' ? ')' : c == '|' ? '/' : c;
+    // A colon would end the value when the line is read back strictly.
+    for (char& c : value) c = c == '{' ? '(' : c == '}' ? ')' : c == '|' ? '/' : c == ':' ? '_' : c;
     if (value != param.m_value) {
         Record(LASREPAIR_VALUE, section, mnemonic, param.m_value, value,
                "value of " + mnemonic + " in section " + section + " written as " + Quoted(value));

@@ -85,6 +85,10 @@ ELASFILEERROR CLasWriter::CheckDepths(const CLasSection& data, CLasSection& well
     const double first = depths.empty() ? 0.0 : depths.front();
     const double last = depths.empty() ? 0.0 : depths.back();
     const char* name = data.m_name.c_str();
+    // In repair mode a document without rows keeps its range: there is
+    // nothing to test it against.
+    if (m_repair && depths.empty() && Has(well, "STRT") && Has(well, "STOP") && Has(well, "STEP"))
+        return LASFILE_OK;
 
     if (!Has(well, "STRT")) {
         Append(well, "STRT", detail::Fixed8(first), "Starting Depth", "{F}");

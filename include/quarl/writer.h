@@ -55,7 +55,8 @@ enum ELASREPAIRKIND : int32_t {
     LASREPAIR_MNEMONIC = 5,
     // A unit made legal the same way.
     LASREPAIR_UNIT = 6,
-    // A value without braces and bars: "{" "}" "|" as "(" ")" "/".
+    // A value without braces, bars and colons: "{" "}" "|" ":" as "(" ")" "/"
+    // "_" (a strict read ends the value at a colon).
     LASREPAIR_VALUE = 7,
     // A format given braces, or made to say what the values are.
     LASREPAIR_FORMAT = 8,
