@@ -163,6 +163,10 @@ public:
     //   LASFILE_WRONG_STATE        called from the callback of a Write.
     // In LAS 2.0 a one-letter name is stored written out: W as Well, C as
     // Curve, P as Parameter, A and L as ASCII, O as Other, D as Downhole.
+    // In repair mode (SetRepair) the section is renamed, merged, made legal
+    // or left out instead of refused, and the Version section is taken (and
+    // left out); only LASFILE_WRONG_STATE and a data section past the size
+    // limit (LASFILE_BAD_VALUE with the column) remain.
     ELASFILEERROR AddSection(const CLasSection& section);
     // Completes, orders and tests the stored document, in place; what it
     // changed stays changed when a later step fails. A second run adds
@@ -202,6 +206,13 @@ public:
     //   of PROV, CNTY, STAT and CTRY; SRVC.
     // Returns LASFILE_BAD_VALUE first when the delimiter is not ' ', '\t' or
     // ',', and LASFILE_WRONG_STATE from the callback of a Write.
+    // In repair mode, before all this, each data section gets one definition
+    // line per curve and curves of one length, loses its LAS 2.0 text curves
+    // or gets a numeric index first in LAS 3.0, and formats that say what
+    // its values are; a main data section without rows is added when there
+    // is none, tabs delimit LAS 3.0 text with blanks; and STRT, STOP and STEP
+    // are taken from the data rather than refused (a document without rows
+    // keeps them).
     ELASFILEERROR Validate();
     // Runs Validate, then writes the document to `path`: a head with the
     // version block made from SetFormat (VERS, WRAP NO, and DLM in LAS 3.0),
