@@ -124,7 +124,7 @@ int Run(int argc, char** argv)
     }
     std::printf("%s -> %s: LAS %s, %s delimiter, %d section(s) handed to the writer\n",
                 positional[0].c_str(), positional[1].c_str(), options.toLas3 ? "3.0" : "2.0",
-                ex::DelimiterName(options.delimiter).c_str(), result.sectionsAdded);
+                ex::DelimiterName(result.delimiter).c_str(), result.sectionsAdded);
     return 0;
 }
 

@@ -136,7 +136,12 @@ ConvertResult ConvertFile(const std::string& in, const std::string& out,
 
     const ELASFILEERROR writeCode = writer.Write(tessel::TxString(out));
     result.repairs = writer.GetRepairs();
-    for (const CLasRepair& repair : result.repairs) result.notes.push_back(repair.text);
+    result.delimiter = options.delimiter;
+    for (const CLasRepair& repair : result.repairs) {
+        result.notes.push_back(repair.text);
+        if (repair.kind == LASREPAIR_DELIMITER && !repair.to.empty())
+            result.delimiter = repair.to[0];
+    }
     if (writeCode != LASFILE_OK) {
         result.code = writeCode;
         result.stage = "write";

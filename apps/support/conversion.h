@@ -35,6 +35,7 @@ struct ConvertResult {
     bool versionLimit = false;        // refused for what LAS 2.0 cannot hold
     std::vector<CLasNote> readNotes;  // the notes of the read of IN
     std::vector<CLasRepair> repairs;  // what the writer changed, in repair mode
+    char delimiter = ' ';             // the data delimiter written
 };
 
 // Reads `in`, hands every section but the Version section to a writer and

@@ -63,6 +63,7 @@ RepairResult RepairFile(const std::string& in, const std::string& out, bool las3
         }
     }
     if (r.conversion.code != LASFILE_OK) return r;
+    r.delimiter = r.conversion.delimiter;
 
     CLasReader back;
     r.readBack = back.Open(tessel::TxString(out));
