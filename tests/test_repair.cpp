@@ -549,6 +549,22 @@ TEST(RepairNoRows, EmptyCurvesForDefinitionLines)
     CLasParam strt;
     ASSERT_EQ(reader.GetWellHeaders().FindParameterByMnemonic("STRT", &strt), 0);
     EXPECT_EQ(strt.m_value, "100");  // kept: there are no depths to test it against
+
+    // A range without STOP: the missing one is added, the rest kept.
+    CLasWriter partial;
+    ASSERT_EQ(AddAll(partial, false,
+                     {Section("Well", LASSECTION_HEADER, {Line("STRT", "M", "100"), Line("STEP", "M", "0.5")}),
+                      Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M")})}),
+              LASFILE_OK);
+    ASSERT_EQ(partial.Validate(), LASFILE_OK);
+    CLasWriter strict;
+    ASSERT_EQ(AddAll(strict, false,
+                     {Section("Well", LASSECTION_HEADER, {Line("STRT", "M", "100")}),
+                      Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M")}),
+                      Data("ASCII", "Curve", {Numbers("DEPT", {})})},
+                     false),
+              LASFILE_OK);
+    EXPECT_EQ(strict.Validate(), LASFILE_BAD_FORMAT);  // STRT against depth 0
 }
 
 }  // namespace
