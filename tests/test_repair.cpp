@@ -484,7 +484,7 @@ TEST(RepairSections, WhatCannotBeKeptIsLeftOutAndLimitsStay)
 // nameless curves, and a delimiter that already keeps blanks.
 TEST(RepairData, UnpairedDefinitionsNamelessCurvesAndTextPadding)
 {
-    CLasCurve nameless = Numbers("", {5, 6, 7});
+    CLasCurve nameless = Numbers("", {5, 6});
     const std::vector<CLasSection> document = {
         Section("Well", LASSECTION_HEADER),
         Section("Log_Definition", LASSECTION_DEFINITION, {Line("CODE", "", "", "{S}"), Line("DEPT", "M")}),
@@ -498,13 +498,15 @@ TEST(RepairData, UnpairedDefinitionsNamelessCurvesAndTextPadding)
     const std::vector<std::string> records = Records(writer);
     Has(records, "CURVE_MOVED Log_Data/DEPT 1>0");
     Has(records, "CURVE_PADDED Log_Data/CODE 2>3");
+    Has(records, "CURVE_PADDED Log_Data/UNKNOWN 2>3");
     Has(records, "DEFINITION_ADDED Log_Definition/UNKNOWN >UNKNOWN");
-    EXPECT_EQ(records.size(), 3u);
+    EXPECT_EQ(records.size(), 4u);
     CLasSection data;
     ASSERT_EQ(reader.GetSection("Log_Data", data), LASFILE_OK);
     ASSERT_EQ(data.m_curves.size(), 3u);
-    EXPECT_EQ(data.m_curves[1].m_strings.at(2), "-999.25");  // no NULL in the Well section
+    EXPECT_EQ(data.m_curves[1].m_strings.at(2), "nan");  // no NULL in the Well section
     EXPECT_EQ(data.m_curves[2].m_definition.m_mnemonic, "UNKNOWN");
+    EXPECT_TRUE(std::isnan(data.m_curves[2].m_numbers.at(2)));  // written as "nan", read back
 
     // LAS 2.0: the lines past the curves go, then the text curve with the
     // line of its place.

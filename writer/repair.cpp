@@ -406,8 +406,8 @@ void CLasWriter::RepairFormats(CLasSection& data, CLasSection* definition)
     }
 }
 
-// Curves shorter than the longest one get NULL values of the Well section
-// (-999.25 when it has none) at their end.
+// Curves shorter than the longest one get the NULL value of the Well
+// section at their end, or NaN ("nan" in a text curve) when it has none.
 void CLasWriter::PadCurves(CLasSection& data)
 {
     const size_t rows = RowCount(data);
@@ -415,12 +415,14 @@ void CLasWriter::PadCurves(CLasSection& data)
     CLasParam null;
     const bool hasNull = well && well->FindParameterByMnemonic("NULL", &null) >= 0 &&
                          !std::isnan(ParseNumber(null.m_value.c_str()));
-    const std::string text = hasNull ? null.m_value : std::string("-999.25");
+    // Without a NULL value: NaN, which the writer writes as "nan".
+    const std::string text = hasNull ? std::string(null.m_value) : std::string("nan");
+    const double number = hasNull ? ParseNumber(text.c_str()) : std::nan("");
     for (CLasCurve& curve : data.m_curves) {
         const size_t size = static_cast<size_t>(curve.size());
         if (size == rows) continue;
         if (curve.m_isNumeric)
-            curve.m_numbers.resize(rows, ParseNumber(text.c_str()));
+            curve.m_numbers.resize(rows, number);
         else
             curve.m_strings.resize(rows, CLasString(text));
         const std::string mnemonic = curve.m_definition.m_mnemonic;
