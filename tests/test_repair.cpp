@@ -525,6 +525,40 @@ TEST(RepairData, UnpairedDefinitionsNamelessCurvesAndTextPadding)
     EXPECT_EQ(records2.size(), 3u);
 }
 
+// Text that holds the delimiter would split when read back: tabs, or commas
+// or blanks when text holds tabs as well; nothing when no delimiter is free.
+TEST(RepairData, TextThatHoldsTheDelimiter)
+{
+    const auto written = [](char delimiter, std::vector<CLasString> texts, std::string* record) {
+        CLasWriter writer;
+        EXPECT_EQ(writer.SetFormat(true, delimiter), LASFILE_OK);
+        writer.SetRepair(true);
+        EXPECT_EQ(writer.AddSection(Data("Log_Data", "", {Numbers("DEPT", {1, 2}), Texts("T", texts)})), LASFILE_OK);
+        CLasReader reader;
+        const ELASFILEERROR read = WriteAndReadBack(writer, reader);
+        const std::vector<std::string> records = Records(writer);
+        *record = records.empty() ? "" : records.back();
+        CLasSection data;
+        if (read != LASFILE_OK || reader.GetSection("Log_Data", data) != LASFILE_OK) return std::string("-");
+        return std::string(data.m_curves.at(1).m_strings.at(0));
+    };
+    std::string record;
+    EXPECT_EQ(written(',', {"a,b", "c"}, &record), "a,b");
+    EXPECT_EQ(record, "DELIMITER Log_Data/T ,>\t");
+    EXPECT_EQ(written(' ', {"a b", "c\td"}, &record), "a b");
+    EXPECT_EQ(record, "DELIMITER Log_Data/T  >,");
+    EXPECT_EQ(written('\t', {"a b", "c"}, &record), "a b");
+    EXPECT_EQ(record, "");
+    EXPECT_EQ(written(',', {"a,b", "c\td"}, &record), "a,b");
+    EXPECT_EQ(record, "DELIMITER Log_Data/T ,> ");
+    CLasWriter crowded;
+    ASSERT_EQ(crowded.SetFormat(true, ','), LASFILE_OK);
+    crowded.SetRepair(true);
+    ASSERT_EQ(crowded.AddSection(Data("Log_Data", "", {Numbers("DEPT", {1}), Texts("T", {"a,\tb c"})})), LASFILE_OK);
+    ASSERT_EQ(crowded.Validate(), LASFILE_OK);
+    EXPECT_TRUE(crowded.GetRepairs().empty());
+}
+
 // A data section without rows whose definition has more lines than it has
 // curves gets an empty curve per line.
 TEST(RepairNoRows, EmptyCurvesForDefinitionLines)

@@ -324,7 +324,7 @@ void CLasWriter::RepairDocument()
         m_sections.erase(m_sections.begin() + static_cast<std::ptrdiff_t>(i));
     }
     AddMissingDataSection();
-    UseTabsForBlanks();
+    UseTextDelimiter();
 }
 
 void CLasWriter::RepairDataSection(CLasSection& data)
@@ -501,21 +501,51 @@ void CLasWriter::AddMissingDataSection()
     Store(std::move(data));
 }
 
-// A blank inside a text value would split it when read back: LAS 3.0 data
-// with such text are delimited by tabs.
-void CLasWriter::UseTabsForBlanks()
+namespace {
+
+// The text value of the sections that holds `delimiter`, and its curve;
+// null when none does.
+const CLasString* TextHolding(const std::vector<CLasSection>& sections, char delimiter,
+                              const CLasSection** section, const CLasCurve** curve)
 {
-    if (!m_isLas3 || m_delimiter != ' ') return;
-    for (const CLasSection& section : m_sections) {
-        for (const CLasCurve& curve : section.m_curves) {
-            for (const CLasString& value : curve.m_strings) {
-                if (value.find(' ') == std::string::npos) continue;
-                m_delimiter = '\t';
-                Record(LASREPAIR_DELIMITER, section.m_name, curve.m_definition.m_mnemonic, " ",
-                       "\t", "text values hold blanks: the data are delimited by tabs");
-                return;
+    for (const CLasSection& s : sections) {
+        for (const CLasCurve& c : s.m_curves) {
+            for (const CLasString& value : c.m_strings) {
+                if (value.find(delimiter) == std::string::npos) continue;
+                *section = &s;
+                *curve = &c;
+                return &value;
             }
         }
+    }
+    return nullptr;
+}
+
+const char* DelimiterWords(char delimiter)
+{
+    return delimiter == ' ' ? "blanks" : delimiter == ',' ? "commas" : "tabs";
+}
+
+}  // namespace
+
+// A delimiter inside a text value would split it when read back: LAS 3.0
+// data whose text holds the delimiter are delimited by tabs, or by commas
+// or blanks, the first that no text holds.
+void CLasWriter::UseTextDelimiter()
+{
+    const CLasSection* section = nullptr;
+    const CLasCurve* curve = nullptr;
+    if (!m_isLas3 || !TextHolding(m_sections, m_delimiter, &section, &curve)) return;
+    for (const char other : {'\t', ',', ' '}) {
+        const CLasSection* unused = nullptr;
+        const CLasCurve* unusedCurve = nullptr;
+        if (other == m_delimiter || TextHolding(m_sections, other, &unused, &unusedCurve)) continue;
+        Record(LASREPAIR_DELIMITER, section->m_name, curve->m_definition.m_mnemonic,
+               std::string(1, m_delimiter), std::string(1, other),
+               std::string("text values hold ") + DelimiterWords(m_delimiter) +
+                   ": the data are delimited by " + DelimiterWords(other));
+        m_delimiter = other;
+        return;
     }
 }
 

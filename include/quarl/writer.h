@@ -68,7 +68,8 @@ enum ELASREPAIRKIND : int32_t {
     LASREPAIR_CURVE_MOVED = 11,
     // A definition line added for a curve that had none.
     LASREPAIR_DEFINITION_ADDED = 12,
-    // The data delimiter changed: tabs for text that holds blanks.
+    // The data delimiter changed: tabs (or commas) for text that holds the
+    // delimiter.
     LASREPAIR_DELIMITER = 13,
     // STRT, STOP or STEP of the Well section made to agree with the data.
     LASREPAIR_WELL_RANGE = 14,
@@ -210,7 +211,7 @@ public:
     // line per curve and curves of one length, loses its LAS 2.0 text curves
     // or gets a numeric index first in LAS 3.0, and formats that say what
     // its values are; a main data section without rows is added when there
-    // is none, tabs delimit LAS 3.0 text with blanks; and STRT, STOP and STEP
+    // is none, tabs delimit LAS 3.0 text that holds the delimiter; and STRT, STOP and STEP
     // are taken from the data rather than refused (a document without rows
     // keeps them).
     ELASFILEERROR Validate();
@@ -329,7 +330,7 @@ private:
     void PadCurves(CLasSection& data);
     void AddMissingDefinitions(CLasSection& data, CLasSection& definition);
     void AddMissingDataSection();
-    void UseTabsForBlanks();
+    void UseTextDelimiter();
     void RepairWellRange(const CLasSection& data, CLasSection& well);
     CLasSection* FindStored(const std::string& name);
 
