@@ -465,6 +465,19 @@ TEST(RepairSections, WhatCannotBeKeptIsLeftOutAndLimitsStay)
     EXPECT_EQ(records.size(), 6u);
     CLasSection back;
     EXPECT_EQ(reader.GetSection("Core_Data", back), LASFILE_BAD_VALUE);
+    // After a section went and others came, the names are those stored: a
+    // second Log_Definition merges, a data section of the name that went is
+    // stored.
+    CLasWriter changed;
+    ASSERT_EQ(AddAll(changed, true,
+                     {Well(), Section("Core_Definition", LASSECTION_DEFINITION, {Line("DESC", "", "", "{S}")}), texts}),
+              LASFILE_OK);
+    ASSERT_EQ(changed.Validate(), LASFILE_OK);
+    ASSERT_EQ(changed.AddSection(Section("Log_Definition", LASSECTION_DEFINITION, {Line("X")})), LASFILE_OK);
+    ASSERT_EQ(changed.AddSection(Data("Core_Data", "Core_Definition", {Numbers("C", {1, 2})})), LASFILE_OK);
+    const std::vector<std::string> after = Records(changed);
+    Has(after, "SECTION_MERGED Log_Definition/ Log_Definition>Log_Definition");
+    EXPECT_EQ(after.back(), "SECTION_MERGED Log_Definition/ Log_Definition>Log_Definition");
     EXPECT_EQ(LasSectionNameIn(nullptr, true), "");
     EXPECT_EQ(LasSectionNameIn("log", true), "Log_Data");
     EXPECT_EQ(LasSectionNameIn("l", false), "ASCII");

@@ -9,6 +9,7 @@
 
 #include "foundation/number_parse.h"
 #include "foundation/platform.h"
+#include "foundation/section_index.h"
 #include "foundation/section_names.h"
 #include "writer/curve_limit.h"
 
@@ -322,6 +323,7 @@ void CLasWriter::RepairDocument()
         Record(LASREPAIR_SECTION_LEFT_OUT, data.m_name, "", data.m_name, "",
                "section " + data.m_name + " left out: it has no numeric curve to be its index");
         m_sections.erase(m_sections.begin() + static_cast<std::ptrdiff_t>(i));
+        m_names.reset();  // its places changed: counted again when next asked
     }
     AddMissingDataSection();
     UseTextDelimiter();
