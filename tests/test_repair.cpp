@@ -501,7 +501,7 @@ TEST(RepairData, UnpairedDefinitionsNamelessCurvesAndTextPadding)
     const std::vector<CLasSection> document = {
         Section("Well", LASSECTION_HEADER),
         Section("Log_Definition", LASSECTION_DEFINITION, {Line("CODE", "", "", "{S}"), Line("DEPT", "M")}),
-        Data("Log_Data", "Log_Definition", {Texts("CODE", {"a b", "c"}), Numbers("DEPT", {100, 101, 102}), nameless})};
+        Data("Log_Data", "Log_Definition", {Texts("CODE", {"a b", ""}), Numbers("DEPT", {100, 101, 102}), nameless})};
     CLasWriter writer;
     ASSERT_EQ(writer.SetFormat(true, ','), LASFILE_OK);
     writer.SetRepair(true);
@@ -511,13 +511,15 @@ TEST(RepairData, UnpairedDefinitionsNamelessCurvesAndTextPadding)
     const std::vector<std::string> records = Records(writer);
     Has(records, "CURVE_MOVED Log_Data/DEPT 1>0");
     Has(records, "CURVE_PADDED Log_Data/CODE 2>3");
+    Has(records, "VALUE Log_Data/CODE >nan");
     Has(records, "CURVE_PADDED Log_Data/UNKNOWN 2>3");
     Has(records, "DEFINITION_ADDED Log_Definition/UNKNOWN >UNKNOWN");
-    EXPECT_EQ(records.size(), 4u);
+    EXPECT_EQ(records.size(), 5u);
     CLasSection data;
     ASSERT_EQ(reader.GetSection("Log_Data", data), LASFILE_OK);
     ASSERT_EQ(data.m_curves.size(), 3u);
-    EXPECT_EQ(data.m_curves[1].m_strings.at(2), "nan");  // no NULL in the Well section
+    EXPECT_EQ(data.m_curves[1].m_strings.at(1), "nan");  // no NULL in the Well section
+    EXPECT_EQ(data.m_curves[1].m_strings.at(2), "nan");
     EXPECT_EQ(data.m_curves[2].m_definition.m_mnemonic, "UNKNOWN");
     EXPECT_TRUE(std::isnan(data.m_curves[2].m_numbers.at(2)));  // written as "nan", read back
 

@@ -336,6 +336,7 @@ void CLasWriter::RepairDataSection(CLasSection& data)
     // First one definition line per curve, so that lines move and go with
     // their curves.
     PadCurves(data);
+    FillEmptyTexts(data);
     if (definition) AddMissingDefinitions(data, *definition);
     if (!m_isLas3) DropTextCurves(data, definition);
     if (m_isLas3) PutNumericIndexFirst(data, definition);
@@ -408,23 +409,28 @@ void CLasWriter::RepairFormats(CLasSection& data, CLasSection* definition)
     }
 }
 
-// Curves shorter than the longest one get the NULL value of the Well
-// section at their end, or NaN ("nan" in a text curve) when it has none.
+// The text that stands for a missing value: the NULL value of the Well
+// section, or "nan" (NaN as the writer writes it) when it has none.
+std::string CLasWriter::MissingValueText()
+{
+    const CLasSection* well = FindStored("Well");
+    CLasParam null;
+    if (well && well->FindParameterByMnemonic("NULL", &null) >= 0 &&
+        !std::isnan(ParseNumber(null.m_value.c_str())))
+        return null.m_value;
+    return "nan";
+}
+
+// Curves shorter than the longest one get missing values at their end.
 void CLasWriter::PadCurves(CLasSection& data)
 {
     const size_t rows = RowCount(data);
-    const CLasSection* well = FindStored("Well");
-    CLasParam null;
-    const bool hasNull = well && well->FindParameterByMnemonic("NULL", &null) >= 0 &&
-                         !std::isnan(ParseNumber(null.m_value.c_str()));
-    // Without a NULL value: NaN, which the writer writes as "nan".
-    const std::string text = hasNull ? std::string(null.m_value) : std::string("nan");
-    const double number = hasNull ? ParseNumber(text.c_str()) : std::nan("");
+    const std::string text = MissingValueText();
     for (CLasCurve& curve : data.m_curves) {
         const size_t size = static_cast<size_t>(curve.size());
         if (size == rows) continue;
         if (curve.m_isNumeric)
-            curve.m_numbers.resize(rows, number);
+            curve.m_numbers.resize(rows, ParseNumber(text.c_str()));
         else
             curve.m_strings.resize(rows, CLasString(text));
         const std::string mnemonic = curve.m_definition.m_mnemonic;
@@ -432,6 +438,27 @@ void CLasWriter::PadCurves(CLasSection& data)
                std::to_string(rows),
                "curve " + mnemonic + " of " + data.m_name + " had " + std::to_string(size) +
                    " of " + std::to_string(rows) + " values: the rest written as " + text);
+    }
+}
+
+// An empty text value cannot be written: it becomes the missing value, one
+// record per curve.
+void CLasWriter::FillEmptyTexts(CLasSection& data)
+{
+    for (CLasCurve& curve : data.m_curves) {
+        size_t filled = 0;
+        std::string text;
+        for (CLasString& value : curve.m_strings) {
+            if (!value.empty()) continue;
+            if (text.empty()) text = MissingValueText();
+            value = text;
+            ++filled;
+        }
+        if (filled == 0) continue;
+        const std::string mnemonic = curve.m_definition.m_mnemonic;
+        Record(LASREPAIR_VALUE, data.m_name, mnemonic, "", text,
+               std::to_string(filled) + " empty value(s) of curve " + mnemonic + " of " +
+                   data.m_name + " written as " + text);
     }
 }
 

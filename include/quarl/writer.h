@@ -56,7 +56,8 @@ enum ELASREPAIRKIND : int32_t {
     // A unit made legal the same way.
     LASREPAIR_UNIT = 6,
     // A value without braces, bars and colons: "{" "}" "|" ":" as "(" ")" "/"
-    // "_" (a strict read ends the value at a colon).
+    // "_" (a strict read ends the value at a colon); empty text values of a
+    // curve as the NULL value of the Well section, or "nan" without one.
     LASREPAIR_VALUE = 7,
     // A format given braces, or made to say what the values are.
     LASREPAIR_FORMAT = 8,
@@ -327,7 +328,9 @@ private:
     void DropTextCurves(CLasSection& data, CLasSection* definition);
     void PutNumericIndexFirst(CLasSection& data, CLasSection* definition);
     void RepairFormats(CLasSection& data, CLasSection* definition);
+    std::string MissingValueText();
     void PadCurves(CLasSection& data);
+    void FillEmptyTexts(CLasSection& data);
     void AddMissingDefinitions(CLasSection& data, CLasSection& definition);
     void AddMissingDataSection();
     void UseTextDelimiter();
