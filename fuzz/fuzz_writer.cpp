@@ -1,5 +1,6 @@
 // The writer on a document decoded from the input: SetFormat, AddSection,
-// Validate and Write, then a read of what was written.
+// Validate and Write, then a read of what was written; and the same
+// sections through a writer in repair mode.
 //
 // An input is "well-formed" when SetFormat succeeds, every section has a
 // name of its version with the type that name has, and every text is
@@ -251,6 +252,28 @@ void SaveSeed(const std::string& path)
     out << in.rdbuf();
 }
 
+// The same sections through a writer in repair mode: every AddSection is
+// taken, every record has a kind with a name, and what is written reads
+// back leniently with a valid result.
+void CheckRepairMode(const std::vector<CLasSection>& sections, bool las3, char delimiter)
+{
+    quarl::CLasWriter writer;
+    writer.SetFormat(las3, delimiter);
+    writer.SetRepair(true);
+    for (const CLasSection& section : sections) Check(writer.AddSection(section) == quarl::LASFILE_OK);
+    std::string text;
+    const ELASFILEERROR written = writer.WriteToString(text, "repaired.las");
+    Check(ValidCode(written));
+    for (const quarl::CLasRepair& repair : writer.GetRepairs())
+        Check(std::strcmp(quarl::LasRepairKindName(repair.kind), "LASREPAIR_UNKNOWN") != 0);
+    if (written != quarl::LASFILE_OK) return;
+    quarl::CLasReadOptions lenient;
+    lenient.lenient = true;
+    quarl::CLasReader reader;
+    reader.SetOptions(lenient);
+    Check(ValidCode(reader.OpenBuffer(text.data(), text.size(), "repaired.las")));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -270,9 +293,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     writer.SetStatusCallback(&stop, &Callback);
 
     std::vector<CLasSection> accepted;  // the writer's own copies are private
+    std::vector<CLasSection> decoded;
     const int count = in.ConsumeIntInRange(0, 8);
     for (int i = 0; i < count; ++i) {
         CLasSection section = decoder.Section(las3, wellFormed);
+        decoded.push_back(section);
         const ELASFILEERROR added = writer.AddSection(section);
         Check(ValidCode(added) && writer.GetLastError() == added);
         if (added != quarl::LASFILE_OK) continue;
@@ -281,6 +306,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     if (in.ConsumeBool()) Check(ValidCode(writer.Validate()));
     wellFormed = wellFormed && decoder.CurveDefinitionsChecked();
+    CheckRepairMode(decoded, las3, delimiter);
 
     static const std::string path = quarl::fuzz::ScratchDir() + "/written.las";
     std::remove(path.c_str());

@@ -58,6 +58,7 @@ ELASFILEERROR CLasWriter::FillWellSection()
 
     CLasSection& well = m_sections[static_cast<size_t>(wellIndex)];
     const CLasSection& data = m_sections[static_cast<size_t>(dataIndex)];
+    if (m_repair) RepairWellRange(data, well);
     const ELASFILEERROR depthResult = CheckDepths(data, well);
     if (depthResult != LASFILE_OK) return depthResult;
 
@@ -84,15 +85,18 @@ ELASFILEERROR CLasWriter::CheckDepths(const CLasSection& data, CLasSection& well
     const double first = depths.empty() ? 0.0 : depths.front();
     const double last = depths.empty() ? 0.0 : depths.back();
     const char* name = data.m_name.c_str();
+    // In repair mode a document without rows keeps its range: there is
+    // nothing to test it against.
+    const bool test = !(m_repair && depths.empty());
 
     if (!Has(well, "STRT")) {
         Append(well, "STRT", detail::Fixed8(first), "Starting Depth", "{F}");
-    } else if (!DepthsAgree(ValueOf(well, "STRT"), first)) {
+    } else if (test && !DepthsAgree(ValueOf(well, "STRT"), first)) {
         return SetLastError(LASFILE_BAD_FORMAT, name, "STRT", 0, 0);
     }
     if (!Has(well, "STOP")) {
         Append(well, "STOP", detail::Fixed8(last), "Stopping Depth", "{F}");
-    } else if (!DepthsAgree(ValueOf(well, "STOP"), last)) {
+    } else if (test && !DepthsAgree(ValueOf(well, "STOP"), last)) {
         const int32_t row = static_cast<int32_t>(depths.size()) - 1;
         return SetLastError(LASFILE_BAD_FORMAT, name, "STOP", 0, row);
     }
