@@ -414,6 +414,7 @@ void BindParam(py::module_& m)
          {std::make_pair("mnemonic", &CLasParam::m_mnemonic),
           std::make_pair("unit", &CLasParam::m_unit), std::make_pair("value", &CLasParam::m_value),
           std::make_pair("description", &CLasParam::m_description),
+          std::make_pair("descr", &CLasParam::m_description),
           std::make_pair("format", &CLasParam::m_format),
           std::make_pair("association", &CLasParam::m_association)}) {
         auto [get, set] = field(member);

@@ -16,13 +16,13 @@ from __future__ import annotations
 from ._quarl import Note, Param, Section
 from .errors import LasError, result_name
 from .files import HEADER_FIELDS, header_row, headers, read, read_many, to_bytes, write
-from .items import SectionItems
+from .items import CurveItem, SectionItems
 from .las import DATA, DEFINITION, HEADER, PARAMETER, CurveNames, LasFile
 
 from_df = LasFile.from_df
 
 __all__ = [
-    "LasError", "LasFile", "Note", "Param", "Section", "SectionItems", "CurveNames", "read", "write",
+    "LasError", "LasFile", "CurveItem", "Note", "Param", "Section", "SectionItems", "CurveNames", "read", "write",
     "read_many", "headers", "from_df", "to_bytes", "result_name", "PARAMETER", "DEFINITION", "DATA",
     "HEADER", "HEADER_FIELDS",
 ]

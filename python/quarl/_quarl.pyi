@@ -18,6 +18,8 @@ class Param:
     unit: str
     value: str
     description: str
+    # The description under the short name other LAS readers give it.
+    descr: str
     format: str
     association: str
     def __init__(self, mnemonic: _Text, unit: _Text = "", value: _Text = "",

@@ -2,17 +2,20 @@
 arrays and pandas frames."""
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
+import os
+from typing import IO, TYPE_CHECKING, Any, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
 
 import numpy as np
 import numpy.typing as npt
 
 from ._quarl import Note, Param, Section
 from .errors import result_name
-from .items import SectionItems
+from .items import CurveItem, SectionItems
 
 if TYPE_CHECKING:
     import pandas as pd
+
+    from .files import Progress, Target
 
 # A curve's values: float64 for a numeric curve, object (str) for a text curve.
 Array = npt.NDArray[Any]
@@ -365,6 +368,20 @@ class LasFile:
         del curves[column]
         self._replace_curves(section, curves)
 
+    def get_curve(self, key: Union[str, int]) -> CurveItem:
+        """A curve of the main data section by name or position, as other LAS
+        readers give it: mnemonic, unit, description (`descr` too) and its
+        values as `data`, the array `las[key]` gives. KeyError when there
+        is no such curve."""
+        return CurveItem(self.curves[self._column(key)], self[key])
+
+    def delete_curve(self, mnemonic: Optional[str] = None, ix: Optional[int] = None) -> None:
+        """Removes a curve of the main data section by name or by position
+        (`ix`), as `del las[...]` does."""
+        if (mnemonic is None) == (ix is None):
+            raise TypeError("delete_curve takes a mnemonic or an ix, one of them")
+        del self[mnemonic if mnemonic is not None else int(ix or 0)]
+
     def set_data(self, frame: "pd.DataFrame", section: SectionKey = None,
                  units: Optional[Mapping[str, str]] = None) -> None:
         """Replaces the curves of a data section (the main one by default)
@@ -420,6 +437,31 @@ class LasFile:
         from .files import to_bytes
         version = version or (3 if self.las3 else 2)
         return to_bytes(self, version, delimiter, encoding="utf-8").decode("utf-8")
+
+    def write(self, target: "Target", version: Optional[int] = None, delimiter: str = " ",
+              progress: "Progress" = None, *, encoding: Optional[str] = None) -> None:
+        """Writes the document as `quarl.write(target, las, ...)` does; the
+        version is by default the one it was read in (2 or 3)."""
+        from .files import write
+        write(target, self, version or (3 if self.las3 else 2), delimiter, progress,
+              encoding=encoding)
+
+    def to_csv(self, path_or_buffer: Union[str, "os.PathLike[str]", IO[str]], *,
+               units: bool = True, section: SectionKey = None, delimiter: str = ",") -> None:
+        """Writes a data section (the main one by default) as CSV through
+        pandas: a first header row of the curve names (as `las.keys`), a
+        second of their units (left out with `units=False`), then a row per
+        depth; NULL values are empty cells, the index keeps its values."""
+        import pandas as pd
+        keys = list(self.keys_of(self._data(section)))
+        frame = self.df(section=section).reset_index() if keys else pd.DataFrame()
+        if units and keys:
+            definitions = self.curves_of(self._data(section))
+            frame.columns = pd.MultiIndex.from_tuples(
+                [(key, definition.unit) for key, definition in zip(keys, definitions)])
+        else:
+            frame.columns = keys
+        frame.to_csv(path_or_buffer, index=False, sep=delimiter)
 
     @property
     def result_name(self) -> str:

@@ -35,6 +35,14 @@ def read_and_write(path: str) -> None:
     assert_type(las.null, Optional[float])
     assert_type(las.version, str)
     assert_type(las.to_string(version=3), str)
+    assert_type(las.get_curve("GR"), quarl.CurveItem)
+    assert_type(las.get_curve("GR").data, npt.NDArray[Any])
+    assert_type(las.get_curve(0).descr, str)
+    assert_type(las.well["WELL"].descr, str)
+    las.delete_curve("GR")
+    las.delete_curve(ix=1)
+    las.to_csv("out.csv", units=False)
+    las.write("out.las", version=3)
     las.append_curve("GR2", [1.0, 2.0], unit="API", descr="second gamma")
     las["GR3"] = [1.0, 2.0]
     del las["GR3"]
