@@ -133,7 +133,8 @@ def _read(source: Source, strict: bool, headers_only: bool, progress: Progress,
                       not strict, headers_only, progress, cancel, where.data)
     chosen = _text_of(raw, where, encoding)
     las = LasFile(raw.sections, las3=raw.las3, wrapped=raw.wrapped, delimiter=raw.delimiter,
-                  notes=raw.notes, result=raw.result, path=where.name, encoding=chosen)
+                  notes=raw.notes, result=raw.result, path=where.name, encoding=chosen,
+                  index_ends=raw.index_ends)
     if raw.result != _OK:
         raise _read_error(raw, where, las)
     return las
@@ -151,7 +152,11 @@ def read(source: Source, *, strict: bool = False, headers_only: bool = False,
     called as the whole percent advances, and an exception it raises (or
     Ctrl-C) stops the read and is raised here. `strict=True` keeps every rule
     of the format, the default relaxes the ones real files break and leaves
-    notes. `headers_only` keeps the curve definitions without values. Texts
+    notes. `headers_only` keeps the curve definitions without values, at
+    the cost of the header alone where the file allows it (a LAS 2.0 file,
+    not wrapped, whose ~A is the last section: its first and last row are
+    read, the rows between passed over); `las.index_range` then holds the
+    index's first and last value. Texts
     are decoded as `quarl.encodings` tells (UTF-8, else the file's code
     page); `encoding` overrides it. Raises LasError when the read fails; its
     message names the source and, for a path, what the operating system said
@@ -305,11 +310,14 @@ def read_many(paths: Iterable[PathLike], workers: Optional[int] = None, *,
 
 
 HEADER_FIELDS: List[str] = ["STRT", "STOP", "STEP", "NULL", "COMP", "WELL", "FLD", "UWI", "API"]
+# The columns of the header table, in order.
+HEADER_COLUMNS: List[str] = ["path", "result", "version", *HEADER_FIELDS, "curves", "first", "last"]
 
 
 def header_row(item: Union[LasFile, LasError], path: PathLike) -> Dict[str, object]:
     """One row of `headers`: the path, the result, the version, the usual
-    Well parameters (values as text) and the curve mnemonics."""
+    Well parameters (values as text), the curve mnemonics, and the first
+    and last value of the index (`LasFile.index_range`, None when unknown)."""
     code, las = (item.code, item.las) if isinstance(item, LasError) else (item.result, item)
     row: Dict[str, object] = {"path": os.fsdecode(path), "result": result_name(code)}
     if las is None:
@@ -319,15 +327,18 @@ def header_row(item: Union[LasFile, LasError], path: PathLike) -> Dict[str, obje
     for name in HEADER_FIELDS:
         row[name] = well[name].value.strip() if name in well else None
     row["curves"] = las.keys
+    row["first"], row["last"] = las.index_range or (None, None)
     return row
 
 
 def headers(paths: Iterable[PathLike], workers: Optional[int] = None) -> "pd.DataFrame":
     """A DataFrame of one row per file: path, result, version, STRT, STOP,
-    STEP, NULL, COMP, WELL, FLD, UWI, API and the curve mnemonics, from reads
-    that keep no data values."""
+    STEP, NULL, COMP, WELL, FLD, UWI, API, the curve mnemonics, and the
+    index's first and last value as the data has them ("first", "last";
+    None when the read could not take them), from reads that keep no data
+    values and, where the file allows it, pass over its rows unread."""
     import pandas as pd
     paths = list(paths)
     rows = [header_row(item, path)
             for item, path in zip(read_many(paths, workers, headers_only=True), paths)]
-    return pd.DataFrame(rows, columns=["path", "result", "version", *HEADER_FIELDS, "curves"])
+    return pd.DataFrame(rows, columns=HEADER_COLUMNS)

@@ -73,8 +73,11 @@ class LasFile:
 
     def __init__(self, sections: List[Section], *, las3: bool = False, wrapped: bool = False,
                  delimiter: str = " ", notes: Sequence[Note] = (), result: int = _OK,
-                 path: Optional[str] = None, encoding: str = "utf-8") -> None:
+                 path: Optional[str] = None, encoding: str = "utf-8",
+                 index_ends: Sequence[float] = ()) -> None:
         self.sections = list(sections)
+        # The index's first and last value that a headers-only read found.
+        self._index_ends = tuple(index_ends)
         self.las3, self.wrapped, self.delimiter = las3, wrapped, delimiter
         self.notes, self.result, self.path = list(notes), result, path
         # The code page the texts were read in, and are written in by default.
@@ -227,6 +230,23 @@ class LasFile:
         if unit not in _METRES_PER_UNIT:
             raise ValueError(f"the index unit {unit!r} is not a depth unit")
         return self.index * (_METRES_PER_UNIT[unit] / metres_per_unit)
+
+    @property
+    def index_range(self) -> Optional[Tuple[float, float]]:
+        """The first and the last value of the index (the first curve of the
+        main data section): from the data, or for a headers-only read from
+        the first and last row it read without the rows between (a LAS 2.0
+        file, not wrapped, whose ~A is the last section). None when that is
+        not known: no rows, a text index, or a headers-only read that could
+        not take the rows' ends."""
+        data = self.data_section
+        if data is not None and data.curve_count and data.curve_is_numeric(0):
+            values = data.curve_values(0)
+            if len(values):
+                return float(values[0]), float(values[-1])
+        if self._index_ends:
+            return self._index_ends[0], self._index_ends[-1]
+        return None
 
     @property
     def depth_m(self) -> Array:
