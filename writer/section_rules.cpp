@@ -50,15 +50,14 @@ constexpr char kValueDelimiters[] = "{}|";
 
 ELASFILEERROR CLasWriter::ValidateSectionName(const CLasSection& section)
 {
-    const char* name = section.m_name.c_str();
-    bool passes = false;
-    if (m_isLas3) {
-        passes = section.m_name.size() >= 2 && !AsciiEqualNoCase(name, "OTHER");
-    } else {
-        passes = IsLas2Name(name);
-    }
-    if (passes) return LASFILE_OK;
-    return SetLastError(LASFILE_BAD_NAME, name, nullptr, -1, -1);
+    if (IsNameOfVersion(section.m_name)) return LASFILE_OK;
+    return SetLastError(LASFILE_BAD_NAME, section.m_name.c_str(), nullptr, -1, -1);
+}
+
+bool CLasWriter::IsNameOfVersion(const std::string& name) const
+{
+    if (m_isLas3) return name.size() >= 2 && !AsciiEqualNoCase(name.c_str(), "OTHER");
+    return IsLas2Name(name.c_str());
 }
 
 ELASFILEERROR CLasWriter::ValidateDataSection(const CLasSection& section)

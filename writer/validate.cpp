@@ -40,6 +40,7 @@ ELASFILEERROR CLasWriter::Validate()
     ClearLastError();
     if (!DelimiterWord(m_delimiter))
         return SetLastError(LASFILE_BAD_VALUE, nullptr, nullptr, -1, -1);
+    if (m_repair) RepairDocument();
     CreateMissingSections();
     const ELASFILEERROR sortResult = SortSections();
     if (sortResult != LASFILE_OK) return sortResult;

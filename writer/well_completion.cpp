@@ -58,6 +58,7 @@ ELASFILEERROR CLasWriter::FillWellSection()
 
     CLasSection& well = m_sections[static_cast<size_t>(wellIndex)];
     const CLasSection& data = m_sections[static_cast<size_t>(dataIndex)];
+    if (m_repair) RepairWellRange(data, well);
     const ELASFILEERROR depthResult = CheckDepths(data, well);
     if (depthResult != LASFILE_OK) return depthResult;
 

@@ -20,7 +20,8 @@ CLasWriter::CLasWriter()
       m_errorRow(-1),
       m_file(nullptr),
       m_namesCounted(0),
-      m_writing(false)
+      m_writing(false),
+      m_repair(false)
 {
 }
 
@@ -51,6 +52,8 @@ CLasWriter& CLasWriter::operator=(const CLasWriter& other)
     m_errorParam = other.m_errorParam;
     m_errorColumn = other.m_errorColumn;
     m_errorRow = other.m_errorRow;
+    m_repair = other.m_repair;
+    m_repairs = other.m_repairs;
     m_names.reset();
     return *this;
 }
@@ -74,12 +77,15 @@ void CLasWriter::Reset()
     m_sections.clear();
     m_isLas3 = false;
     m_delimiter = ' ';
+    m_repair = false;
+    m_repairs.clear();
     ClearLastError();
 }
 
 ELASFILEERROR CLasWriter::SetFormat(bool isLas3, char delimiter)
 {
     ClearLastError();
+    m_repairs.clear();
     if (!isLas3 && delimiter != ' ')
         return SetLastError(LASFILE_NOT_ALLOWED_IN_VERSION, "VERSION", "DLM", -1, -1);
     if (!m_sections.empty()) return SetLastError(LASFILE_WRONG_STATE, nullptr, nullptr, -1, -1);
@@ -100,6 +106,7 @@ ELASFILEERROR CLasWriter::AddSection(const CLasSection& section)
 {
     if (m_writing) return LASFILE_WRONG_STATE;  // from the status callback of a Write
     ClearLastError();
+    if (m_repair) return AddRepaired(section);
     const char* name = section.m_name.c_str();
     if (HasSectionNamed(name) || IsVersionSectionName(name))
         return SetLastError(LASFILE_DUPLICATE_SECTION, name, nullptr, -1, -1);
@@ -109,14 +116,20 @@ ELASFILEERROR CLasWriter::AddSection(const CLasSection& section)
                                             ? ValidateDataSection(section)
                                             : ValidateParameterSection(section);
     if (contentResult != LASFILE_OK) return contentResult;
-    m_sections.push_back(section);
-    if (!m_isLas3 && m_sections.back().m_name.size() == 1)
-        GetLAS2FullSectionName(m_sections.back().m_name);
+    CLasSection copy = section;
+    if (!m_isLas3 && copy.m_name.size() == 1) GetLAS2FullSectionName(copy.m_name);
+    Store(std::move(copy));
+    return LASFILE_OK;
+}
+
+// Appends a section that passed the rules, and its name to the index.
+void CLasWriter::Store(CLasSection&& section)
+{
+    m_sections.push_back(std::move(section));
     if (m_names && m_namesCounted + 1 == m_sections.size()) {
         m_names->Add(m_sections.back().m_name.c_str(), static_cast<int32_t>(m_namesCounted));
         ++m_namesCounted;
     }
-    return LASFILE_OK;
 }
 
 ELASFILEERROR CLasWriter::SetLastError(ELASFILEERROR code, const char* section, const char* param,

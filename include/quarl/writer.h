@@ -33,6 +33,62 @@ class OutputBuffer;
 class SectionNameIndex;
 }  // namespace detail
 
+// The kinds of change a writer in repair mode makes (CLasWriter::SetRepair).
+// The numbers never change; new kinds are added at the end.
+enum ELASREPAIRKIND : int32_t {
+    // A section stored under the name of the version: "Curve" as
+    // "Log_Definition" in LAS 3.0 and back, "W" as "Well".
+    LASREPAIR_SECTION_RENAMED = 0,
+    // A section the version cannot hold, or a Version section with lines the
+    // writer does not make itself, left out.
+    LASREPAIR_SECTION_LEFT_OUT = 1,
+    // A second section of a name: its lines appended to the first.
+    LASREPAIR_SECTION_MERGED = 2,
+    // A main data section (and its definition section) added to a document
+    // without one, so that it writes with no rows.
+    LASREPAIR_SECTION_ADDED = 3,
+    // An association changed: a data section's link following its
+    // definition's new name, or a LAS 2.0 parameter's association removed.
+    LASREPAIR_ASSOCIATION = 4,
+    // A mnemonic made legal ("." ":" "{" "}" "|" and blanks as "_") or unique
+    // in its section.
+    LASREPAIR_MNEMONIC = 5,
+    // A unit made legal the same way.
+    LASREPAIR_UNIT = 6,
+    // A value without braces and bars: "{" "}" "|" as "(" ")" "/".
+    LASREPAIR_VALUE = 7,
+    // A format given braces, or made to say what the values are.
+    LASREPAIR_FORMAT = 8,
+    // A parameter line left out because nothing smaller would do.
+    LASREPAIR_LINE_LEFT_OUT = 9,
+    // A curve left out (LAS 2.0 text), with its definition line.
+    LASREPAIR_CURVE_LEFT_OUT = 10,
+    // A numeric curve moved first, to be the index of its data section.
+    LASREPAIR_CURVE_MOVED = 11,
+    // A definition line added for a curve that had none.
+    LASREPAIR_DEFINITION_ADDED = 12,
+    // The data delimiter changed: tabs for text that holds blanks.
+    LASREPAIR_DELIMITER = 13,
+    // STRT, STOP or STEP of the Well section made to agree with the data.
+    LASREPAIR_WELL_RANGE = 14,
+    // A short curve padded to the length of the longest one.
+    LASREPAIR_CURVE_PADDED = 15,
+};
+
+// The name of a kind as written above ("LASREPAIR_SECTION_RENAMED");
+// "LASREPAIR_UNKNOWN" for any other value. A static string.
+QUARL_API const char* LasRepairKindName(ELASREPAIRKIND kind);
+
+// One change a writer in repair mode made to its copy of the document.
+struct CLasRepair {
+    ELASREPAIRKIND kind = LASREPAIR_SECTION_RENAMED;
+    CLasString section;   // the section, under the name the writer stores it
+    CLasString mnemonic;  // the line or curve; empty when the change is the section's own
+    CLasString from;      // the text before the change ("" when something was added)
+    CLasString to;        // the text after ("" when something was left out)
+    CLasString text;      // the change in words, one line, for a person
+};
+
 class QUARL_API CLasWriter {
 public:
     CLasWriter();
@@ -40,15 +96,15 @@ public:
     // temporary file; the target is not touched.
     ~CLasWriter();
 
-    // Copies the sections, the format, the callback and the last-error
-    // record. Never shares or leaks an open output: an unfinished output of
-    // the target is closed and its temporary file removed, and the copy has
-    // no open output. Does nothing when called from the target's own Write.
+    // Copies the sections, the format, the callback, repair mode with its
+    // repairs, and the last-error record. Never shares or leaks an open output: an unfinished
+    // output of the target is closed and its temporary file removed, and the copy has no open
+    // output. Does nothing when called from the target's own Write.
     CLasWriter& operator=(const CLasWriter& other);
 
     // Back to a new writer: no sections, LAS 2.0 with the space, no callback,
-    // the record cleared. Does nothing when called from the status callback
-    // of a Write.
+    // repair mode off and no repairs, the record cleared. Does nothing when called from the status
+    // callback of a Write.
     void Reset();
     // Chooses LAS 3.0 (true) or 2.0, and the data delimiter. Returns, tested
     // in this order:
@@ -66,6 +122,18 @@ public:
     // the callback, AddSection, Validate and Write return LASFILE_WRONG_STATE,
     // and Reset and assignment to this writer do nothing.
     void SetStatusCallback(void* context, LasStatusCallback callback);
+    // Repair mode, off in a new writer. While it is on, AddSection and
+    // Validate change, in the writer's copies, what the chosen version cannot
+    // hold, in the smallest way that lets it be written, and record each
+    // change; what they would refuse becomes a repair (docs/WRITING.md lists
+    // the rules). Results that no repair can avoid (a writer busy writing, a
+    // bad delimiter, a data section past the size limit) stay as they are.
+    // Turning it on or off keeps the sections and the repairs made so far.
+    void SetRepair(bool repair) { m_repair = repair; }
+    bool IsRepairing() const { return m_repair; }
+    // The changes made since the writer was new, Reset, or SetFormat (which
+    // clears them whether it succeeds or not), in the order they were made.
+    const std::vector<CLasRepair>& GetRepairs() const { return m_repairs; }
     // Stores a copy of the section at the end of the list if it passes the
     // rules of the version; a refused section stores nothing. Returns:
     //   LASFILE_DUPLICATE_SECTION  a stored section has that name (ignoring
@@ -196,6 +264,8 @@ private:
     bool HasSectionNamed(const char* name);
     int32_t CountSectionsByType(ELASSECTIONTYPE type) const;
     ELASFILEERROR ValidateSectionName(const CLasSection& section);
+    bool IsNameOfVersion(const std::string& name) const;
+    void Store(CLasSection&& section);
     ELASFILEERROR ValidateDataSection(const CLasSection& section);
     ELASFILEERROR ValidateParameterSection(const CLasSection& section);
     void GetLAS2FullSectionName(std::string& name) const;
@@ -224,6 +294,26 @@ private:
     ELASFILEERROR RowsRefused(const CLasSection& section, uint64_t offset);
     size_t CellLength(const CLasCurve& curve, size_t row) const;
 
+    // Repair mode (writer/repair.cpp).
+    void Record(ELASREPAIRKIND kind, const std::string& section, const std::string& mnemonic,
+                const std::string& from, const std::string& to, const std::string& text);
+    ELASFILEERROR AddRepaired(const CLasSection& section);
+    bool RepairSectionName(CLasSection& section);
+    void RepairParams(CLasSection& section, std::vector<std::string>& taken);
+    void RepairParam(CLasParam& param, const std::string& section, std::vector<std::string>& taken);
+    bool MergeIntoStored(const CLasSection& section, const std::string& given);
+    void RepairDocument();
+    void RepairDataSection(CLasSection& data);
+    void DropTextCurves(CLasSection& data, CLasSection* definition);
+    void PutNumericIndexFirst(CLasSection& data, CLasSection* definition);
+    void RepairFormats(CLasSection& data, CLasSection* definition);
+    void PadCurves(CLasSection& data);
+    void AddMissingDefinitions(CLasSection& data, CLasSection& definition);
+    void AddMissingDataSection();
+    void UseTabsForBlanks();
+    void RepairWellRange(const CLasSection& data, CLasSection& well);
+    CLasSection* FindStored(const std::string& name);
+
     LasStatusCallback m_statusCallback;
     void* m_statusContext;
     std::vector<CLasSection> m_sections;
@@ -248,6 +338,9 @@ private:
     size_t m_namesCounted;
     // Write is emitting sections: the status callback may not change them.
     bool m_writing;
+    // Repair mode and the changes it made.
+    bool m_repair;
+    std::vector<CLasRepair> m_repairs;
 };
 
 }  // namespace quarl

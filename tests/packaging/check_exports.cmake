@@ -59,7 +59,7 @@ endforeach()
 
 # The free functions of the interface.
 set(functions ResultName ResultDescription LasNoteKindName SectionTypeName SteppingDescription
-    MainDataName DepthsAgree FirstUnevenStep DepthMnemonic)
+    MainDataName DepthsAgree FirstUnevenStep DepthMnemonic LasRepairKindName)
 foreach(function IN LISTS functions)
   if(NOT exported_text MATCHES "(^|\n)quarl::${function}\\(")
     list(APPEND failures "quarl::${function} is not exported")

@@ -1,0 +1,441 @@
+// The writer's repair mode: each rule changes what the version cannot hold,
+// records the change, and the result reads back strictly; with repair off
+// the writer refuses exactly as before.
+#include <gtest/gtest.h>
+#include <quarl/quarl.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace quarl::test {
+namespace {
+
+CLasParam Line(const std::string& mnemonic, const std::string& unit = "", const std::string& value = "",
+               const std::string& format = "", const std::string& association = "")
+{
+    CLasParam param;
+    param.m_mnemonic = mnemonic;
+    param.m_unit = unit;
+    param.m_value = value;
+    param.m_format = format;
+    param.m_association = association;
+    return param;
+}
+
+CLasSection Section(const std::string& name, ELASSECTIONTYPE type, std::vector<CLasParam> params = {})
+{
+    CLasSection section;
+    section.m_name = name;
+    section.m_type = type;
+    section.m_params = std::move(params);
+    return section;
+}
+
+CLasCurve Numbers(const std::string& mnemonic, std::vector<double> values)
+{
+    CLasCurve curve;
+    curve.m_definition.m_mnemonic = mnemonic;
+    curve.m_numbers = std::move(values);
+    return curve;
+}
+
+CLasCurve Texts(const std::string& mnemonic, std::vector<CLasString> values)
+{
+    CLasCurve curve;
+    curve.m_isNumeric = false;
+    curve.m_definition.m_mnemonic = mnemonic;
+    curve.m_definition.m_format = "{S}";
+    curve.m_strings = std::move(values);
+    return curve;
+}
+
+CLasSection Data(const std::string& name, const std::string& link, std::vector<CLasCurve> curves)
+{
+    CLasSection data = Section(name, LASSECTION_DATA);
+    data.m_association = link;
+    data.m_curves = std::move(curves);
+    return data;
+}
+
+CLasSection Well(const std::string& name = "Well")
+{
+    return Section(
+        name, LASSECTION_HEADER,
+        {Line("STRT", "M", "100"), Line("STOP", "M", "102"), Line("STEP", "M", "1"), Line("NULL", "", "-999.25")});
+}
+
+// The repairs as "KIND section/mnemonic from>to", one per entry.
+std::vector<std::string> Records(const CLasWriter& writer)
+{
+    std::vector<std::string> records;
+    for (const CLasRepair& r : writer.GetRepairs()) {
+        std::string kind = LasRepairKindName(r.kind);
+        kind.erase(0, std::string("LASREPAIR_").size());
+        records.push_back(kind + " " + r.section + "/" + r.mnemonic + " " + r.from + ">" + r.to);
+        EXPECT_FALSE(r.text.empty()) << records.back();
+        EXPECT_EQ(r.text.find('\n'), std::string::npos);
+    }
+    return records;
+}
+
+bool Has(const std::vector<std::string>& records, const std::string& record)
+{
+    for (const std::string& r : records)
+        if (r == record) return true;
+    ADD_FAILURE() << "no record " << record;
+    return false;
+}
+
+// A writer in repair mode of the version, with every section added.
+ELASFILEERROR AddAll(CLasWriter& writer, bool las3, const std::vector<CLasSection>& sections, bool repair = true)
+{
+    EXPECT_EQ(writer.SetFormat(las3, ' '), LASFILE_OK);
+    writer.SetRepair(repair);
+    for (const CLasSection& section : sections) {
+        const ELASFILEERROR code = writer.AddSection(section);
+        if (code != LASFILE_OK) return code;
+    }
+    return LASFILE_OK;
+}
+
+// Writes the writer's document and reads it back strictly into `reader`;
+// the text goes to `text` when asked for.
+ELASFILEERROR WriteAndReadBack(CLasWriter& writer, CLasReader& reader, std::string* text = nullptr)
+{
+    std::string written;
+    const ELASFILEERROR code = writer.WriteToString(written, "repaired.las");
+    if (code != LASFILE_OK) return code;
+    if (text) *text = written;
+    const ELASFILEERROR read = reader.OpenBuffer(written.data(), written.size(), "repaired.las");
+    if (read == LASFILE_OK && !reader.GetOptions().lenient) EXPECT_TRUE(reader.GetNotes().empty());
+    return read;
+}
+
+TEST(RepairKinds, NamesAndTheUnknown)
+{
+    EXPECT_STREQ(LasRepairKindName(LASREPAIR_SECTION_RENAMED), "LASREPAIR_SECTION_RENAMED");
+    EXPECT_STREQ(LasRepairKindName(LASREPAIR_CURVE_PADDED), "LASREPAIR_CURVE_PADDED");
+    EXPECT_STREQ(LasRepairKindName(LASREPAIR_WELL_RANGE), "LASREPAIR_WELL_RANGE");
+    EXPECT_STREQ(LasRepairKindName(static_cast<ELASREPAIRKIND>(16)), "LASREPAIR_UNKNOWN");
+    EXPECT_STREQ(LasRepairKindName(static_cast<ELASREPAIRKIND>(-1)), "LASREPAIR_UNKNOWN");
+}
+
+TEST(RepairMode, OffByDefaultClearedByResetAndSetFormatCopiedByAssignment)
+{
+    CLasWriter writer;
+    EXPECT_FALSE(writer.IsRepairing());
+    ASSERT_EQ(AddAll(writer, false, {Section("W", LASSECTION_HEADER, {Line("A.B")})}), LASFILE_OK);
+    EXPECT_TRUE(writer.IsRepairing());
+    ASSERT_EQ(Records(writer), (std::vector<std::string>{"SECTION_RENAMED Well/ W>Well", "MNEMONIC Well/A_B A.B>A_B"}));
+    CLasWriter copy;
+    copy = writer;
+    EXPECT_TRUE(copy.IsRepairing());
+    EXPECT_EQ(Records(copy), Records(writer));
+    EXPECT_EQ(writer.SetFormat(true, ' '), LASFILE_WRONG_STATE);  // sections held
+    EXPECT_TRUE(writer.GetRepairs().empty());
+    EXPECT_TRUE(writer.IsRepairing());
+    copy.Reset();
+    EXPECT_FALSE(copy.IsRepairing());
+    EXPECT_TRUE(copy.GetRepairs().empty());
+}
+
+// The log sections of LAS 3.0 written as LAS 2.0: renamed, links following,
+// associations removed, what cannot map left out; and back again.
+TEST(RepairSections, NamesFollowTheVersionAndWhatCannotMapIsLeftOut)
+{
+    const std::vector<CLasSection> las3 = {
+        Well(),
+        Section("Log_Parameter", LASSECTION_PARAMETER, {Line("BHT", "DEGC", "35", "", "Run1")}),
+        Section("Log_Definition", LASSECTION_DEFINITION, {Line("DEPT", "M"), Line("GR", "GAPI")}),
+        Data("Log_Data", "Log_Definition", {Numbers("DEPT", {100, 101, 102}), Numbers("GR", {1, 2, 3})}),
+        Section("Core_Parameter", LASSECTION_PARAMETER, {Line("C1", "", "x")}),
+    };
+    CLasWriter strict;
+    EXPECT_EQ(AddAll(strict, false, las3, false), LASFILE_BAD_NAME);
+    EXPECT_STREQ(strict.GetLastErrorSection(), "Log_Parameter");
+    EXPECT_TRUE(strict.GetRepairs().empty());
+
+    CLasWriter writer;
+    ASSERT_EQ(AddAll(writer, false, las3), LASFILE_OK);
+    CLasReader reader;
+    ASSERT_EQ(WriteAndReadBack(writer, reader), LASFILE_OK);
+    const std::vector<std::string> records = Records(writer);
+    Has(records, "SECTION_RENAMED Parameter/ Log_Parameter>Parameter");
+    Has(records, "ASSOCIATION Parameter/BHT Run1>");
+    Has(records, "SECTION_RENAMED Curve/ Log_Definition>Curve");
+    Has(records, "SECTION_RENAMED ASCII/ Log_Data>ASCII");
+    Has(records, "ASSOCIATION ASCII/ Log_Definition>Curve");
+    Has(records, "SECTION_LEFT_OUT Core_Parameter/ Core_Parameter>");
+    EXPECT_EQ(records.size(), 6u);
+    CLasSection back;
+    ASSERT_EQ(reader.GetSection("Parameter", back), LASFILE_OK);
+    EXPECT_EQ(back.m_params.at(0).m_value, "35");
+    ASSERT_EQ(reader.GetSection("ASCII", back), LASFILE_OK);
+    EXPECT_EQ(back.m_curves.at(1).m_numbers, (std::vector<double>{1, 2, 3}));
+    EXPECT_EQ(reader.GetSection("Core_Parameter", back), LASFILE_BAD_VALUE);
+
+    // LAS 2.0 one-letter names, written as LAS 3.0.
+    CLasWriter up;
+    ASSERT_EQ(AddAll(up, true,
+                     {Well("W"), Section("C", LASSECTION_DEFINITION, {Line("DEPT", "M")}),
+                      Data("A", "C", {Numbers("DEPT", {100, 101, 102})})}),
+              LASFILE_OK);
+    CLasReader reader3;
+    ASSERT_EQ(WriteAndReadBack(up, reader3), LASFILE_OK);
+    EXPECT_TRUE(reader3.IsLas3());
+    const std::vector<std::string> up3 = Records(up);
+    Has(up3, "SECTION_RENAMED Well/ W>Well");
+    Has(up3, "SECTION_RENAMED Log_Definition/ C>Log_Definition");
+    Has(up3, "SECTION_RENAMED Log_Data/ A>Log_Data");
+    Has(up3, "ASSOCIATION Log_Data/ C>Log_Definition");
+    ASSERT_EQ(reader3.GetSection("Log_Data", back), LASFILE_OK);
+    EXPECT_EQ(back.m_association, "Log_Definition");
+}
+
+// Mnemonics, units, values, formats: the smallest change that passes.
+TEST(RepairLines, NamesValuesAndFormatsMadeLegal)
+{
+    const CLasSection params =
+        Section("Parameter", LASSECTION_PARAMETER,
+                {Line("Cond.", "MS/M", "1"), Line("Cond:", "", "2"), Line("R W", "OHM M", "a{b}|c"),
+                 Line("FMT", "", "3", "F10.4"), Line("", "", "4")});
+    const std::vector<CLasSection> document = {Well(), params,
+                                               Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M")}),
+                                               Data("ASCII", "Curve", {Numbers("DEPT", {100, 101, 102})})};
+    CLasWriter strict;
+    EXPECT_EQ(AddAll(strict, false, document, false), LASFILE_BAD_NAME);
+    EXPECT_STREQ(strict.GetLastErrorParam(), "Cond.");
+
+    CLasWriter writer;
+    ASSERT_EQ(AddAll(writer, false, document), LASFILE_OK);
+    CLasReader reader;
+    ASSERT_EQ(WriteAndReadBack(writer, reader), LASFILE_OK);
+    const std::vector<std::string> records = Records(writer);
+    Has(records, "MNEMONIC Parameter/Cond_ Cond.>Cond_");
+    Has(records, "MNEMONIC Parameter/Cond__2 Cond:>Cond__2");
+    Has(records, "MNEMONIC Parameter/R_W R W>R_W");
+    Has(records, "UNIT Parameter/R_W OHM M>OHM_M");
+    Has(records, "VALUE Parameter/R_W a{b}|c>a(b)/c");
+    Has(records, "FORMAT Parameter/FMT F10.4>{F10.4}");
+    Has(records, "MNEMONIC Parameter/UNKNOWN >UNKNOWN");
+    EXPECT_EQ(records.size(), 7u);
+    CLasSection back;
+    ASSERT_EQ(reader.GetSection("Parameter", back), LASFILE_OK);
+    ASSERT_EQ(back.m_params.size(), 5u);
+    EXPECT_EQ(back.m_params[2].m_unit, "OHM_M");
+    EXPECT_EQ(back.m_params[2].m_value, "a(b)/c");
+    EXPECT_EQ(back.m_params[3].m_format, "{F10.4}");
+
+    // A format that holds one brace gets the other.
+    CLasWriter half;
+    ASSERT_EQ(AddAll(half, true, {Section("Log_Parameter", LASSECTION_PARAMETER, {Line("X", "", "1", "{F")})}),
+              LASFILE_OK);
+    Has(Records(half), "FORMAT Log_Parameter/X {F>{F}");
+}
+
+// A second section of a name joins the first; the Version section is left
+// out, recorded only when it held lines the writer does not make.
+TEST(RepairSections, SecondSectionsMergeAndVersionSectionsAreLeftOut)
+{
+    CLasSection version = Section("Version", LASSECTION_HEADER, {Line("VERS", "", "2.0"), Line("WRAP", "", "NO")});
+    CLasSection versionMore = Section("V", LASSECTION_HEADER, {Line("VERS", "", "2.0"), Line("CREA", "", "today")});
+    CLasSection secondWell = Section("W", LASSECTION_HEADER, {Line("STRT", "M", "7"), Line("COMP", "", "Acme")});
+    const std::vector<CLasSection> document = {version,
+                                               versionMore,
+                                               Well(),
+                                               secondWell,
+                                               Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M")}),
+                                               Data("ASCII", "Curve", {Numbers("DEPT", {100, 101, 102})}),
+                                               Data("A", "Curve", {Numbers("DEPT", {1})})};
+    CLasWriter strict;
+    EXPECT_EQ(AddAll(strict, false, document, false), LASFILE_DUPLICATE_SECTION);
+
+    CLasWriter writer;
+    ASSERT_EQ(AddAll(writer, false, document), LASFILE_OK);
+    CLasReader reader;
+    ASSERT_EQ(WriteAndReadBack(writer, reader), LASFILE_OK);
+    const std::vector<std::string> records = Records(writer);
+    Has(records, "SECTION_LEFT_OUT V/ V>");
+    Has(records, "SECTION_RENAMED Well/ W>Well");
+    Has(records, "MNEMONIC Well/STRT_2 STRT>STRT_2");
+    Has(records, "SECTION_MERGED Well/ W>Well");
+    Has(records, "SECTION_LEFT_OUT ASCII/ A>");
+    EXPECT_EQ(records.size(), 6u);  // and the rename of the second A
+    CLasSection well;
+    ASSERT_EQ(reader.GetWellHeaders(well), LASFILE_OK);
+    CLasParam comp;
+    ASSERT_GE(well.FindParameterByMnemonic("COMP", &comp), 0);
+    EXPECT_EQ(comp.m_value, "Acme");
+    EXPECT_GE(well.FindParameterByMnemonic("STRT_2", nullptr), 0);
+    CLasSection data;
+    ASSERT_EQ(reader.GetSection("ASCII", data), LASFILE_OK);
+    EXPECT_EQ(data.m_curves.at(0).m_numbers.size(), 3u);
+}
+
+// The data: LAS 2.0 text curves left out, a LAS 3.0 index moved first,
+// formats that say what the values are, tabs for text with blanks.
+TEST(RepairData, TextCurvesIndexFormatsAndDelimiter)
+{
+    CLasCurve code = Texts("CODE", {"a b", "c", "d"});
+    CLasCurve array = Numbers("ARR", {1, 2, 3});
+    array.m_definition.m_format = "{AF10.4}";
+    const std::vector<CLasSection> document = {
+        Well(),
+        Section("Curve", LASSECTION_DEFINITION,
+                {Line("CODE", "", "", "{S}"), Line("DEPT", "M"), Line("ARR", "", "", "{AF10.4}")}),
+        Data("ASCII", "Curve", {code, Numbers("DEPT", {100, 101, 102}), array})};
+    CLasWriter strict2;
+    EXPECT_EQ(AddAll(strict2, false, document, false), LASFILE_BAD_VALUE);
+    EXPECT_EQ(strict2.GetLastErrorColumn(), 0);
+
+    CLasWriter writer2;
+    ASSERT_EQ(AddAll(writer2, false, document), LASFILE_OK);
+    CLasReader reader2;
+    ASSERT_EQ(WriteAndReadBack(writer2, reader2), LASFILE_OK);
+    const std::vector<std::string> records2 = Records(writer2);
+    Has(records2, "CURVE_LEFT_OUT ASCII/CODE CODE>");
+    Has(records2, "FORMAT Curve/ARR {AF10.4}>{F10.4}");
+    CLasSection data;
+    ASSERT_EQ(reader2.GetSection("ASCII", data), LASFILE_OK);
+    ASSERT_EQ(data.m_curves.size(), 2u);
+    EXPECT_EQ(data.m_curves[0].m_definition.m_mnemonic, "DEPT");
+    EXPECT_EQ(data.m_curves[1].m_numbers, (std::vector<double>{1, 2, 3}));
+
+    CLasWriter strict3;
+    EXPECT_EQ(AddAll(strict3, true, document, false), LASFILE_BAD_VALUE);
+    CLasWriter writer3;
+    ASSERT_EQ(AddAll(writer3, true, document), LASFILE_OK);
+    CLasReader reader3;
+    std::string text;
+    ASSERT_EQ(WriteAndReadBack(writer3, reader3, &text), LASFILE_OK);
+    const std::vector<std::string> records3 = Records(writer3);
+    Has(records3, "CURVE_MOVED Log_Data/DEPT 1>0");
+    Has(records3, "DELIMITER Log_Data/CODE  >\t");
+    EXPECT_NE(text.find("TAB : DELIMITING"), std::string::npos) << text;
+    ASSERT_EQ(reader3.GetSection("Log_Data", data), LASFILE_OK);
+    ASSERT_EQ(data.m_curves.size(), 3u);
+    EXPECT_EQ(data.m_curves[0].m_definition.m_mnemonic, "DEPT");
+    EXPECT_EQ(data.m_curves[1].m_strings.at(0), "a b");
+}
+
+// Curves past the definition lines get lines of their own; short curves
+// are padded with NULL.
+TEST(RepairData, MissingDefinitionLinesAndShortCurves)
+{
+    CLasCurve extra = Numbers("UNKNOWN:1", {7, 8, 9});
+    const std::vector<CLasSection> document = {
+        Well(), Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M"), Line("GR")}),
+        Data("ASCII", "Curve", {Numbers("DEPT", {100, 101, 102}), Numbers("GR", {1, 2}), extra})};
+    CLasWriter strict;
+    EXPECT_EQ(AddAll(strict, false, document, false), LASFILE_BAD_VALUE);
+    EXPECT_EQ(strict.GetLastErrorColumn(), 1);
+
+    CLasWriter writer;
+    ASSERT_EQ(AddAll(writer, false, document), LASFILE_OK);
+    CLasReader reader;
+    ASSERT_EQ(WriteAndReadBack(writer, reader), LASFILE_OK);
+    const std::vector<std::string> records = Records(writer);
+    Has(records, "CURVE_PADDED ASCII/GR 2>3");
+    Has(records, "DEFINITION_ADDED Curve/UNKNOWN_1 >UNKNOWN_1");
+    CLasSection data;
+    ASSERT_EQ(reader.GetSection("ASCII", data), LASFILE_OK);
+    ASSERT_EQ(data.m_curves.size(), 3u);
+    EXPECT_EQ(data.m_curves[1].m_numbers.at(2), -999.25);  // the NULL of the Well section
+    EXPECT_EQ(data.m_curves[2].m_definition.m_mnemonic, "UNKNOWN_1");
+    EXPECT_EQ(data.m_curves[2].m_numbers, (std::vector<double>{7, 8, 9}));
+
+    // More lines than curves: the lines without a column go.
+    CLasWriter lines;
+    ASSERT_EQ(AddAll(lines, false,
+                     {Well(), Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M"), Line("GR")}),
+                      Data("ASCII", "Curve", {Numbers("DEPT", {100, 101, 102})})}),
+              LASFILE_OK);
+    CLasReader back;
+    ASSERT_EQ(WriteAndReadBack(lines, back), LASFILE_OK);
+    Has(Records(lines), "LINE_LEFT_OUT Curve/GR GR>");
+}
+
+TEST(RepairWellRange, RangeTakenFromTheData)
+{
+    const auto range = [](std::vector<double> depths, const char* stop, const char* step) {
+        CLasSection well = Section("Well", LASSECTION_HEADER,
+                                   {Line("STRT", "M", "100"), Line("STOP", "M", stop), Line("STEP", "M", step)});
+        CLasWriter writer;
+        EXPECT_EQ(AddAll(writer, false,
+                         {well, Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M")}),
+                          Data("ASCII", "Curve", {Numbers("DEPT", depths)})}),
+                  LASFILE_OK);
+        CLasReader reader;
+        EXPECT_EQ(WriteAndReadBack(writer, reader), LASFILE_OK);
+        std::string text;
+        for (const std::string& record : Records(writer)) text += record + ";";
+        return text;
+    };
+    EXPECT_EQ(range({100, 100.5, 101}, "200", "1"), "WELL_RANGE Well/STOP 200>101;WELL_RANGE Well/STEP 1>0.5;");
+    EXPECT_EQ(range({100, 101, 103}, "103", "1"), "WELL_RANGE Well/STEP 1>0;");
+    EXPECT_EQ(range({100, 100.25, 100.5}, "100.50000", "0.2500"), "");
+    EXPECT_EQ(range({99, 2707.10009766}, "200", "0"),
+              "WELL_RANGE Well/STRT 100>99;WELL_RANGE Well/STOP 200>2707.10009766;");
+    // Repair off: the same document is refused at STOP.
+    CLasWriter strict;
+    ASSERT_EQ(AddAll(strict, false,
+                     {Well(), Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M")}),
+                      Data("ASCII", "Curve", {Numbers("DEPT", {100, 101})})},
+                     false),
+              LASFILE_OK);
+    EXPECT_EQ(strict.Validate(), LASFILE_BAD_FORMAT);
+    EXPECT_STREQ(strict.GetLastErrorParam(), "STOP");
+}
+
+// Headers without rows: a main data section without rows is added, so the
+// document writes with the same curves. The strict reader stops at a data
+// header on a file's last line; the lenient one reads the curves, empty.
+TEST(RepairNoRows, HeaderOnlyDocumentsWriteWithTheirCurves)
+{
+    CLasSection well = Section("Well", LASSECTION_HEADER, {Line("NULL", "", "-999.25")});
+    const std::vector<CLasSection> headers = {
+        well, Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M"), Line("GR", "GAPI")})};
+    CLasWriter strict;
+    ASSERT_EQ(AddAll(strict, false, headers, false), LASFILE_OK);
+    EXPECT_EQ(strict.Validate(), LASFILE_MISSING_SECTION);
+    EXPECT_STREQ(strict.GetLastErrorSection(), "ASCII");
+    CLasReadOptions lenient;
+    lenient.lenient = true;
+
+    for (bool las3 : {false, true}) {
+        SCOPED_TRACE(las3 ? "LAS 3.0" : "LAS 2.0");
+        CLasWriter writer;
+        ASSERT_EQ(AddAll(writer, las3, headers), LASFILE_OK);
+        const std::string data = las3 ? "Log_Data" : "ASCII";
+        CLasReader reader;
+        EXPECT_EQ(WriteAndReadBack(writer, reader), LASFILE_IO_FAILED);
+        Has(Records(writer), "SECTION_ADDED " + data + "/ >" + data);
+        CLasReader back;
+        back.SetOptions(lenient);
+        ASSERT_EQ(WriteAndReadBack(writer, back), LASFILE_OK);
+        ASSERT_EQ(back.GetNotes().size(), 1u);
+        EXPECT_EQ(back.GetNotes()[0].kind, LASNOTE_HEADER_AT_END);
+        CLasSection section;
+        ASSERT_EQ(back.GetSection(data.c_str(), section), LASFILE_OK);
+        ASSERT_EQ(section.m_curves.size(), 2u);
+        EXPECT_EQ(section.m_curves[1].m_definition.m_mnemonic, "GR");
+        EXPECT_EQ(section.m_curves[1].size(), 0);
+    }
+    // No curves at all: a definition section is added too.
+    CLasWriter bare;
+    ASSERT_EQ(AddAll(bare, true, {well, Section("Core_Parameter", LASSECTION_PARAMETER, {Line("C", "", "1")})}),
+              LASFILE_OK);
+    CLasReader reader;
+    reader.SetOptions(lenient);
+    ASSERT_EQ(WriteAndReadBack(bare, reader), LASFILE_OK);
+    const std::vector<std::string> records = Records(bare);
+    Has(records, "SECTION_ADDED Log_Definition/ >Log_Definition");
+    Has(records, "SECTION_ADDED Log_Data/ >Log_Data");
+    CLasSection core;
+    ASSERT_EQ(reader.GetSection("Core_Parameter", core), LASFILE_OK);
+    EXPECT_EQ(core.m_params.at(0).m_value, "1");
+}
+
+}  // namespace
+}  // namespace quarl::test
