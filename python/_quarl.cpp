@@ -357,18 +357,33 @@ py::dict WriteResult(const CLasWriter& writer)
     return record;
 }
 
+// The changes a writer in repair mode made, each as (kind name, section,
+// mnemonic, from, to, text); the texts as the bytes written, in the code page
+// of the file, which the package decodes.
+py::list Repairs(const CLasWriter& writer)
+{
+    py::list out;
+    for (const CLasRepair& repair : writer.GetRepairs())
+        out.append(py::make_tuple(LasRepairKindName(repair.kind), py::bytes(repair.section),
+                                  py::bytes(repair.mnemonic), py::bytes(repair.from),
+                                  py::bytes(repair.to), py::bytes(repair.text)));
+    return out;
+}
+
 // Writes the sections in the given order; the writer completes and orders
-// them. Returns the last-error record, whose code is 0 on success. A stop
-// by the status callback gives LASFILE_CANCELLED, which the writer does not
-// record.
+// them, and with `repair` changes what the version cannot hold instead of
+// refusing it. Returns the last-error record, whose code is 0 on success,
+// with the writer's "repairs". A stop by the status callback gives
+// LASFILE_CANCELLED, which the writer does not record.
 // With `toText`, the file's bytes go to the record's "text" (as bytes)
 // instead of a file, and `path` is the name the file head gives.
 py::dict Write(const std::string& path, const std::vector<SectionPtr>& sections, bool las3,
-               char delimiter, py::object progress, CancelToken* token, bool toText)
+               char delimiter, py::object progress, CancelToken* token, bool toText, bool repair)
 {
     CLasWriter writer;
     StatusBridge bridge(std::move(progress), token);
     ELASFILEERROR code = writer.SetFormat(las3, delimiter);
+    writer.SetRepair(repair);
     std::string text;
     {
         py::gil_scoped_release release;
@@ -383,6 +398,7 @@ py::dict Write(const std::string& path, const std::vector<SectionPtr>& sections,
     bridge.Rethrow();
     py::dict record = WriteResult(writer);
     record["code"] = static_cast<int>(code);
+    record["repairs"] = Repairs(writer);
     if (toText) record["text"] = py::bytes(text);
     return record;
 }
@@ -563,7 +579,7 @@ PYBIND11_MODULE(_quarl, m)
           py::arg("data") = py::none());
     m.def("write", &Write, py::arg("path"), py::arg("sections"), py::arg("las3"),
           py::arg("delimiter"), py::arg("progress") = py::none(), py::arg("cancel") = nullptr,
-          py::arg("to_text") = false);
+          py::arg("to_text") = false, py::arg("repair") = false);
     m.def("transcode", &Transcode, py::arg("read"), py::arg("table"));
     m.def("encode", &Encode, py::arg("sections"), py::arg("table"), py::arg("name"));
     m.def("_time_native_read", &TimeNativeRead, py::arg("path"), py::arg("lenient"));

@@ -437,5 +437,35 @@ TEST(RepairNoRows, HeaderOnlyDocumentsWriteWithTheirCurves)
     EXPECT_EQ(core.m_params.at(0).m_value, "1");
 }
 
+// A document without rows keeps the range its Well section gives: there
+// are no depths to test it by. Strictly the range is tested against depth 0.
+TEST(RepairNoRows, TheWellRangeStandsWithoutRows)
+{
+    const CLasSection well = Section("Well", LASSECTION_HEADER,
+                                     {Line("STRT", "M", "100"), Line("STOP", "M", "101"), Line("STEP", "M", "0.5")});
+    const CLasSection curves = Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M")});
+    const CLasSection empty = Data("ASCII", "Curve", {Numbers("DEPT", {})});
+    CLasWriter strict;
+    ASSERT_EQ(AddAll(strict, false, {well, curves, empty}, false), LASFILE_OK);
+    EXPECT_EQ(strict.Validate(), LASFILE_BAD_FORMAT);
+    EXPECT_STREQ(strict.GetLastErrorParam(), "STRT");
+
+    CLasWriter writer;
+    ASSERT_EQ(AddAll(writer, false, {well, curves}), LASFILE_OK);
+    CLasReadOptions lenient;
+    lenient.lenient = true;
+    CLasReader reader;
+    reader.SetOptions(lenient);
+    ASSERT_EQ(WriteAndReadBack(writer, reader), LASFILE_OK);
+    CLasSection back;
+    ASSERT_EQ(reader.GetSection("Well", back), LASFILE_OK);
+    CLasParam param;
+    ASSERT_GE(back.FindParameterByMnemonic("STRT", &param), 0);
+    EXPECT_EQ(std::stod(param.m_value), 100.0);
+    ASSERT_GE(back.FindParameterByMnemonic("STOP", &param), 0);
+    EXPECT_EQ(std::stod(param.m_value), 101.0);
+    for (const std::string& record : Records(writer)) EXPECT_NE(record.rfind("WELL_RANGE", 0), 0u) << record;
+}
+
 }  // namespace
 }  // namespace quarl::test

@@ -14,7 +14,7 @@ names, `dask` the cluster functions. Every public name has types (py.typed).
 from __future__ import annotations
 
 from ._quarl import Note, Param, Section
-from .errors import LasError, result_name
+from .errors import LasError, Repair, RepairWarning, result_name
 from .files import HEADER_FIELDS, header_row, headers, read, read_many, to_bytes, write
 from .items import CurveItem, SectionItems
 from .las import DATA, DEFINITION, HEADER, PARAMETER, CurveNames, LasFile
@@ -22,7 +22,7 @@ from .las import DATA, DEFINITION, HEADER, PARAMETER, CurveNames, LasFile
 from_df = LasFile.from_df
 
 __all__ = [
-    "LasError", "LasFile", "CurveItem", "Note", "Param", "Section", "SectionItems", "CurveNames", "read", "write",
+    "LasError", "Repair", "RepairWarning", "LasFile", "CurveItem", "Note", "Param", "Section", "SectionItems", "CurveNames", "read", "write",
     "read_many", "headers", "from_df", "to_bytes", "result_name", "PARAMETER", "DEFINITION", "DATA",
     "HEADER", "HEADER_FIELDS",
 ]

@@ -15,6 +15,7 @@ from .items import CurveItem, SectionItems
 if TYPE_CHECKING:
     import pandas as pd
 
+    from .errors import Repair
     from .files import Progress, Target
 
 # A curve's values: float64 for a numeric curve, object (str) for a text curve.
@@ -450,21 +451,25 @@ class LasFile:
         fixed.params = _range_from_data(well.params, main.curve_values(0))
         return [fixed if s is well else s for s in self.sections]
 
-    def to_string(self, version: Optional[int] = None, delimiter: str = " ") -> str:
+    def to_string(self, version: Optional[int] = None, delimiter: str = " ", *,
+                  strict: bool = False) -> str:
         """The LAS text of the document as `quarl.write` would write it, in
         LAS 2.0 or 3.0 (`version` 2 or 3; by default the version it was read
-        in)."""
+        in), with the same repairs and warnings (`strict=True` refuses
+        instead)."""
         from .files import to_bytes
         version = version or (3 if self.las3 else 2)
-        return to_bytes(self, version, delimiter, encoding="utf-8").decode("utf-8")
+        return to_bytes(self, version, delimiter, encoding="utf-8", strict=strict).decode("utf-8")
 
     def write(self, target: "Target", version: Optional[int] = None, delimiter: str = " ",
-              progress: "Progress" = None, *, encoding: Optional[str] = None) -> None:
-        """Writes the document as `quarl.write(target, las, ...)` does; the
-        version is by default the one it was read in (2 or 3)."""
+              progress: "Progress" = None, *, encoding: Optional[str] = None,
+              strict: bool = False) -> List["Repair"]:
+        """Writes the document as `quarl.write(target, las, ...)` does and
+        returns its changes; the version is by default the one it was read
+        in (2 or 3)."""
         from .files import write
-        write(target, self, version or (3 if self.las3 else 2), delimiter, progress,
-              encoding=encoding)
+        return write(target, self, version or (3 if self.las3 else 2), delimiter, progress,
+                     encoding=encoding, strict=strict)
 
     def to_csv(self, path_or_buffer: Union[str, "os.PathLike[str]", IO[str]], *,
                units: bool = True, section: SectionKey = None, delimiter: str = ",") -> None:

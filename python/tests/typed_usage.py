@@ -2,7 +2,7 @@
 python_types test). Each assert_type fails the check when a public name
 loses its type or returns Any; each `type: ignore` is a misuse that must stay
 an error (an ignore that is no longer needed fails the check too)."""
-from typing import Any, List, Optional, Union
+from typing import Any, List, Optional, Tuple, Union
 
 import numpy.typing as npt
 import pandas as pd
@@ -48,6 +48,13 @@ def read_and_write(path: str) -> None:
     del las["GR3"]
     assert_type(quarl.to_bytes(las, 3, "\t"), bytes)
     quarl.write("out.las", las, version=3, encoding="utf-8")
+    repairs = quarl.write("out.las", las, strict=False)
+    assert_type(repairs, List[quarl.Repair])
+    assert_type(repairs[0].kind, str)
+    assert_type(las.write("out.las", strict=True), List[quarl.Repair])
+    assert_type(las.to_string(strict=True), str)
+    assert_type(quarl.RepairWarning(repairs[0]).mnemonic, str)
+    assert_type(las.index_range, Optional[Tuple[float, float]])
     with open("out.las", "w") as text:
         quarl.write(text, las)
     quarl.write(las, "out.las")  # type: ignore[arg-type]
