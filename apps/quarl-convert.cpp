@@ -26,17 +26,18 @@ void Usage(std::FILE* to)
         "  --las 2|3             version of OUT (default: 2)\n"
         "  --delimiter NAME      data delimiter of OUT; LAS 2.0 allows space only (default: "
         "space)\n"
-        "  --keep-names          do not rename the log sections between the versions\n"
-        "                        (Parameter/Curve/ASCII <-> "
+        "  --keep-names          with --strict: do not rename the log sections between the\n"
+        "                        versions (Parameter/Curve/ASCII <-> "
         "Log_Parameter/Log_Definition/Log_Data)\n"
-        "  --drop-unsupported    leave out sections the chosen version cannot hold, with a note\n"
-        "  --fix-well-range      rewrite STRT, STOP and STEP of the Well section from the data\n"
-        "                        when they disagree with it, with a note\n"
+        "  --drop-unsupported    with --strict: repair what the chosen version cannot hold,\n"
+        "  --fix-well-range      as the default does (STRT, STOP and STEP of the Well section\n"
+        "                        taken from the data, sections it refuses left out)\n"
         "  --strict              read IN exactly by the format's rules and repair nothing; by\n"
-        "                        default IN is read leniently, and what the target version\n"
-        "                        cannot hold is repaired, one line on stderr per change: the\n"
-        "                        Well range taken from the data, mnemonics and units renamed,\n"
-        "                        sections, lines and (LAS 2.0) text curves it refuses left out\n");
+        "                        default IN is read leniently, and the writer repairs what the\n"
+        "                        target version cannot hold, one line on stderr per change:\n"
+        "                        sections renamed or merged, the Well range taken from the\n"
+        "                        data, mnemonics and units made legal, sections, lines and\n"
+        "                        (LAS 2.0) text curves it cannot hold left out\n");
 }
 
 int Run(int argc, char** argv)
@@ -80,10 +81,8 @@ int Run(int argc, char** argv)
             strict = true;
         } else if (arg == "--keep-names") {
             options.mapNames = false;
-        } else if (arg == "--drop-unsupported") {
-            options.dropUnsupported = true;
-        } else if (arg == "--fix-well-range") {
-            options.fixWellRange = true;
+        } else if (arg == "--drop-unsupported" || arg == "--fix-well-range") {
+            options.repair = true;
         } else if (!ex::TakeOperand("quarl-convert", arg, positional)) {
             Usage(stderr);
             return 2;

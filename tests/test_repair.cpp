@@ -198,7 +198,7 @@ TEST(RepairLines, NamesValuesAndFormatsMadeLegal)
 {
     const CLasSection params =
         Section("Parameter", LASSECTION_PARAMETER,
-                {Line("Cond.", "MS/M", "1"), Line("Cond:", "", "2"), Line("R W", "OHM M", "a{b}|c"),
+                {Line("Cond.", "MS/M", "1"), Line("Cond:", "", "2"), Line("R W", "OHM M", "a{b}|c:d"),
                  Line("FMT", "", "3", "F10.4"), Line("", "", "4")});
     const std::vector<CLasSection> document = {Well(), params,
                                                Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M")}),
@@ -216,7 +216,7 @@ TEST(RepairLines, NamesValuesAndFormatsMadeLegal)
     Has(records, "MNEMONIC Parameter/Cond__2 Cond:>Cond__2");
     Has(records, "MNEMONIC Parameter/R_W R W>R_W");
     Has(records, "UNIT Parameter/R_W OHM M>OHM_M");
-    Has(records, "VALUE Parameter/R_W a{b}|c>a(b)/c");
+    Has(records, "VALUE Parameter/R_W a{b}|c:d>a(b)/c_d");
     Has(records, "FORMAT Parameter/FMT F10.4>{F10.4}");
     Has(records, "MNEMONIC Parameter/UNKNOWN >UNKNOWN");
     EXPECT_EQ(records.size(), 7u);
@@ -224,7 +224,7 @@ TEST(RepairLines, NamesValuesAndFormatsMadeLegal)
     ASSERT_EQ(reader.GetSection("Parameter", back), LASFILE_OK);
     ASSERT_EQ(back.m_params.size(), 5u);
     EXPECT_EQ(back.m_params[2].m_unit, "OHM_M");
-    EXPECT_EQ(back.m_params[2].m_value, "a(b)/c");
+    EXPECT_EQ(back.m_params[2].m_value, "a(b)/c_d");
     EXPECT_EQ(back.m_params[3].m_format, "{F10.4}");
 
     // A format that holds one brace gets the other.

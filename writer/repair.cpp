@@ -118,6 +118,11 @@ std::string LegalFieldName(const std::string& name, bool isUnit)
 
 }  // namespace
 
+CLasString LasSectionNameIn(const char* name, bool isLas3)
+{
+    return RepairedSectionName(name ? name : "", isLas3);
+}
+
 const char* LasRepairKindName(ELASREPAIRKIND kind)
 {
     static const char* const kNames[] = {
@@ -220,8 +225,11 @@ bool CLasWriter::RepairSectionName(CLasSection& section)
         section.m_type == LASSECTION_DATA || section.m_type == LASSECTION_PARAMETER ||
         section.m_type == LASSECTION_DEFINITION || section.m_type == LASSECTION_HEADER;
     if (typeKnown && IsNameOfVersion(name)) return true;
-    Record(LASREPAIR_SECTION_LEFT_OUT, name, "", name, "",
-           "section " + name + " left out: LAS " + (m_isLas3 ? "3.0" : "2.0") + " cannot hold it");
+    const char* why = !typeKnown ? "it has no type the writer writes"
+                      : m_isLas3 ? "LAS 3.0 has no section Other nor names of one letter"
+                                 : "LAS 2.0 knows only the sections Well, Curve, Parameter, "
+                                   "ASCII, Other and Downhole";
+    Record(LASREPAIR_SECTION_LEFT_OUT, name, "", name, "", "section " + name + " left out: " + why);
     return false;
 }
 
@@ -272,7 +280,8 @@ void CLasWriter::RepairParam(CLasParam& param, const std::string& section,
         param.m_unit = unit;
     }
     std::string value = param.m_value;
-    for (char& c : value) c = c == '{' ? '(' : c == '}' ? ')' : c == '|' ? '/' : c;
+    // A colon would end the value when the line is read back strictly.
+    for (char& c : value) c = c == '{' ? '(' : c == '}' ? ')' : c == '|' ? '/' : c == ':' ? '_' : c;
     if (value != param.m_value) {
         Record(LASREPAIR_VALUE, section, mnemonic, param.m_value, value,
                "value of " + mnemonic + " in section " + section + " written as " + Quoted(value));

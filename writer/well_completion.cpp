@@ -78,24 +78,26 @@ ELASFILEERROR CLasWriter::FillWellSection()
 
 // STRT, STOP and STEP: tested when the Well section has them, derived from
 // the first curve when it has not. A first curve without values, or no
-// curve at all, counts as depth 0; in repair mode a document without rows
-// keeps the STRT and STOP its Well section gives, as nothing tests them.
+// curve at all, counts as depth 0.
 ELASFILEERROR CLasWriter::CheckDepths(const CLasSection& data, CLasSection& well)
 {
     const std::vector<double>& depths = Depths(data);
     const double first = depths.empty() ? 0.0 : depths.front();
     const double last = depths.empty() ? 0.0 : depths.back();
     const char* name = data.m_name.c_str();
-    const bool tested = !(m_repair && depths.empty());
+    // In repair mode a document without rows keeps its range: there is
+    // nothing to test it against.
+    if (m_repair && depths.empty() && Has(well, "STRT") && Has(well, "STOP") && Has(well, "STEP"))
+        return LASFILE_OK;
 
     if (!Has(well, "STRT")) {
         Append(well, "STRT", detail::Fixed8(first), "Starting Depth", "{F}");
-    } else if (tested && !DepthsAgree(ValueOf(well, "STRT"), first)) {
+    } else if (!DepthsAgree(ValueOf(well, "STRT"), first)) {
         return SetLastError(LASFILE_BAD_FORMAT, name, "STRT", 0, 0);
     }
     if (!Has(well, "STOP")) {
         Append(well, "STOP", detail::Fixed8(last), "Stopping Depth", "{F}");
-    } else if (tested && !DepthsAgree(ValueOf(well, "STOP"), last)) {
+    } else if (!DepthsAgree(ValueOf(well, "STOP"), last)) {
         const int32_t row = static_cast<int32_t>(depths.size()) - 1;
         return SetLastError(LASFILE_BAD_FORMAT, name, "STOP", 0, row);
     }

@@ -55,7 +55,8 @@ enum ELASREPAIRKIND : int32_t {
     LASREPAIR_MNEMONIC = 5,
     // A unit made legal the same way.
     LASREPAIR_UNIT = 6,
-    // A value without braces and bars: "{" "}" "|" as "(" ")" "/".
+    // A value without braces, bars and colons: "{" "}" "|" ":" as "(" ")" "/"
+    // "_" (a strict read ends the value at a colon).
     LASREPAIR_VALUE = 7,
     // A format given braces, or made to say what the values are.
     LASREPAIR_FORMAT = 8,
@@ -78,6 +79,13 @@ enum ELASREPAIRKIND : int32_t {
 // The name of a kind as written above ("LASREPAIR_SECTION_RENAMED");
 // "LASREPAIR_UNKNOWN" for any other value. A static string.
 QUARL_API const char* LasRepairKindName(ELASREPAIRKIND kind);
+
+// The name a section takes in a LAS 3.0 (true) or LAS 2.0 document, the one
+// repair mode gives it: in LAS 3.0 "W" "P" "C" "A" "L" "LOG" "Parameter"
+// "Curve" "ASCII" as "Well" "Log_Parameter" "Log_Definition" "Log_Data"; in
+// LAS 2.0 the three log names back, and one-letter names written out ("W"
+// as "Well", "L" as "ASCII"). Any other name, and null as "", as it is.
+QUARL_API CLasString LasSectionNameIn(const char* name, bool isLas3);
 
 // One change a writer in repair mode made to its copy of the document.
 struct CLasRepair {

@@ -59,7 +59,8 @@ endforeach()
 
 # The free functions of the interface.
 set(functions ResultName ResultDescription LasNoteKindName SectionTypeName SteppingDescription
-    MainDataName DepthsAgree FirstUnevenStep DepthMnemonic LasRepairKindName)
+    MainDataName DepthsAgree FirstUnevenStep DepthMnemonic LasRepairKindName
+    LasSectionNameIn)
 foreach(function IN LISTS functions)
   if(NOT exported_text MATCHES "(^|\n)quarl::${function}\\(")
     list(APPEND failures "quarl::${function} is not exported")
