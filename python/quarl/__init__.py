@@ -4,7 +4,7 @@ quarl C++ library.
     las = quarl.read("well.las")
     las["GR"]            # numpy array over the library's own values
     las.df()             # pandas DataFrame indexed by the first curve
-    quarl.write("out.las", las, version=3)
+    quarl.write("out.las", las, version=3)   # the list of repairs, each a RepairWarning too
 
 The package is laid out by concern: `las` holds the document (LasFile),
 `items` the lines of a section by name (SectionItems), `files` reading and

@@ -2,7 +2,7 @@
 what the version cannot hold, and the names of result codes."""
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, NamedTuple, Optional
+from typing import TYPE_CHECKING, NamedTuple, Optional, Tuple
 
 from . import _quarl
 
@@ -57,3 +57,7 @@ class RepairWarning(UserWarning):
         self.repair = repair
         self.kind, self.section, self.mnemonic = repair.kind, repair.section, repair.mnemonic
         self.old, self.new = repair.old, repair.new
+
+    def __reduce__(self) -> Tuple[type, Tuple[Repair]]:
+        # Made again from its Repair, so that it crosses to another process.
+        return RepairWarning, (self.repair,)

@@ -1,6 +1,7 @@
 """Python writes what it read: by default the writer changes what the version
 cannot hold, each change a RepairWarning and a Repair in the returned list;
 strict=True refuses as the writer always did."""
+import pickle
 import warnings
 
 import pytest
@@ -42,6 +43,8 @@ def test_a_document_the_version_cannot_hold_is_written_with_a_warning_per_change
     warning = caught[0].message
     assert isinstance(warning, UserWarning) and warning.repair == value
     assert (warning.kind, warning.section, warning.mnemonic, warning.old, warning.new) == value[:5]
+    copied = pickle.loads(pickle.dumps(warning))  # as it crosses to another process
+    assert copied.repair == value and str(copied) == value.text
     again = quarl.read(tmp_path / "b41.las", strict=True)
     assert again.keys == ["DEPT", "DEPT_2", "GR"] and again["DEPT_2"].tolist() == [328.08, 329.72, 331.36]
     assert again.well["LOC"].value.strip() == value.new
