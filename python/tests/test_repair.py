@@ -1,8 +1,10 @@
 """Python writes what it read: by default the writer changes what the version
 cannot hold, each change a RepairWarning and a Repair in the returned list;
 strict=True refuses as the writer always did."""
+import os
 import pickle
 import warnings
+from pathlib import Path
 
 import pytest
 
@@ -107,3 +109,28 @@ def test_repairs_of_a_code_page_file_are_told_in_its_letters(tmp_path):
         (repair,) = quarl.write(tmp_path / "ru.las", las)
     assert (repair.mnemonic, repair.old, repair.new) == ("WELL", "Скважина|1", "Скважина/1")
     assert "Скважина/1".encode("cp1251") in (tmp_path / "ru.las").read_bytes()
+
+
+CORPUS = Path(os.environ.get("QUARL_CORPUS_DIR",
+                             Path(__file__).resolve().parents[2] / "../shared/corpus"))
+
+
+@pytest.mark.skipif(not CORPUS.is_dir(), reason=f"no corpus at {CORPUS}")
+def test_every_corpus_file_read_is_written_in_both_versions():
+    written = 0
+    for path in sorted(CORPUS.glob("*.las")):
+        try:
+            las = quarl.read(path)
+        except quarl.LasError as error:
+            las = error.las
+        for version in (2, 3):
+            with warnings.catch_warnings(record=True) as caught:
+                warnings.simplefilter("always")
+                data = quarl.to_bytes(las, version)
+            assert all(isinstance(w.message, quarl.RepairWarning) for w in caught), path
+            back = quarl.read(data)
+            assert back.las3 == (version == 3), path
+            if back.keys and las.keys:  # the rows stay (the text curves may not, in LAS 2.0)
+                assert len(back.index) == len(las.index), path
+            written += 1
+    assert written >= 200
