@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "writer/curve_limit.h"
+
 namespace quarl::test {
 namespace {
 
@@ -437,34 +439,116 @@ TEST(RepairNoRows, HeaderOnlyDocumentsWriteWithTheirCurves)
     EXPECT_EQ(core.m_params.at(0).m_value, "1");
 }
 
-// A document without rows keeps the range its Well section gives: there
-// are no depths to test it by. Strictly the range is tested against depth 0.
-TEST(RepairNoRows, TheWellRangeStandsWithoutRows)
+// Sections no repair can keep are left out, and what no repair avoids is
+// still refused.
+TEST(RepairSections, WhatCannotBeKeptIsLeftOutAndLimitsStay)
 {
-    const CLasSection well = Section("Well", LASSECTION_HEADER,
-                                     {Line("STRT", "M", "100"), Line("STOP", "M", "101"), Line("STEP", "M", "0.5")});
-    const CLasSection curves = Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M")});
-    const CLasSection empty = Data("ASCII", "Curve", {Numbers("DEPT", {})});
-    CLasWriter strict;
-    ASSERT_EQ(AddAll(strict, false, {well, curves, empty}, false), LASFILE_OK);
-    EXPECT_EQ(strict.Validate(), LASFILE_BAD_FORMAT);
-    EXPECT_STREQ(strict.GetLastErrorParam(), "STRT");
-
+    CLasSection untyped = Section("Notes", LASSECTION_ANY);
+    CLasSection wellAsParameters = Section("Well", LASSECTION_PARAMETER, {Line("X", "", "1")});
+    CLasSection texts = Data("Core_Data", "Core_Definition", {Texts("DESC", {"a", "b"})});
     CLasWriter writer;
-    ASSERT_EQ(AddAll(writer, false, {well, curves}), LASFILE_OK);
+    ASSERT_EQ(AddAll(writer, true,
+                     {Well(), Section("O", LASSECTION_PARAMETER), Section("Other", LASSECTION_PARAMETER), untyped,
+                      wellAsParameters, Section("Core_Definition", LASSECTION_DEFINITION, {Line("DESC")}), texts,
+                      Section("Log_Definition", LASSECTION_DEFINITION, {Line("DEPT", "M")}),
+                      Data("Log_Data", "Log_Definition", {Numbers("DEPT", {100, 101, 102})})}),
+              LASFILE_OK);
+    CLasReader reader;
+    ASSERT_EQ(WriteAndReadBack(writer, reader), LASFILE_OK);
+    const std::vector<std::string> records = Records(writer);
+    Has(records, "SECTION_LEFT_OUT O/ O>");
+    Has(records, "SECTION_LEFT_OUT Other/ Other>");
+    Has(records, "SECTION_LEFT_OUT Notes/ Notes>");
+    Has(records, "SECTION_LEFT_OUT Well/ Well>");
+    Has(records, "SECTION_LEFT_OUT Core_Data/ Core_Data>");
+    Has(records, "FORMAT Core_Definition/DESC >{S}");  // before its data went
+    EXPECT_EQ(records.size(), 6u);
+    CLasSection back;
+    EXPECT_EQ(reader.GetSection("Core_Data", back), LASFILE_BAD_VALUE);
+    EXPECT_EQ(LasSectionNameIn(nullptr, true), "");
+    EXPECT_EQ(LasSectionNameIn("log", true), "Log_Data");
+    EXPECT_EQ(LasSectionNameIn("l", false), "ASCII");
+    EXPECT_EQ(LasSectionNameIn("Core_Data", false), "Core_Data");
+
+    const size_t bound = detail::g_maxCurveValues;
+    detail::g_maxCurveValues = 2;
+    CLasWriter limited;
+    EXPECT_EQ(AddAll(limited, false, {Data("ASCII", "Curve", {Numbers("DEPT", {1}), Numbers("GR", {1, 2, 3})})}),
+              LASFILE_BAD_VALUE);
+    detail::g_maxCurveValues = bound;
+    EXPECT_EQ(limited.GetLastErrorColumn(), 1);
+    EXPECT_TRUE(limited.GetRepairs().empty());
+}
+
+// Data without a definition section of one line per curve, text padded,
+// nameless curves, and a delimiter that already keeps blanks.
+TEST(RepairData, UnpairedDefinitionsNamelessCurvesAndTextPadding)
+{
+    CLasCurve nameless = Numbers("", {5, 6, 7});
+    const std::vector<CLasSection> document = {
+        Section("Well", LASSECTION_HEADER),
+        Section("Log_Definition", LASSECTION_DEFINITION, {Line("CODE", "", "", "{S}"), Line("DEPT", "M")}),
+        Data("Log_Data", "Log_Definition", {Texts("CODE", {"a b", "c"}), Numbers("DEPT", {100, 101, 102}), nameless})};
+    CLasWriter writer;
+    ASSERT_EQ(writer.SetFormat(true, ','), LASFILE_OK);
+    writer.SetRepair(true);
+    for (const CLasSection& section : document) ASSERT_EQ(writer.AddSection(section), LASFILE_OK);
+    CLasReader reader;
+    ASSERT_EQ(WriteAndReadBack(writer, reader), LASFILE_OK);
+    const std::vector<std::string> records = Records(writer);
+    Has(records, "CURVE_MOVED Log_Data/DEPT 1>0");
+    Has(records, "CURVE_PADDED Log_Data/CODE 2>3");
+    Has(records, "DEFINITION_ADDED Log_Definition/UNKNOWN >UNKNOWN");
+    EXPECT_EQ(records.size(), 3u);
+    CLasSection data;
+    ASSERT_EQ(reader.GetSection("Log_Data", data), LASFILE_OK);
+    ASSERT_EQ(data.m_curves.size(), 3u);
+    EXPECT_EQ(data.m_curves[1].m_strings.at(2), "-999.25");  // no NULL in the Well section
+    EXPECT_EQ(data.m_curves[2].m_definition.m_mnemonic, "UNKNOWN");
+
+    // LAS 2.0: the lines past the curves go, then the text curve with the
+    // line of its place.
+    CLasWriter las2;
+    ASSERT_EQ(
+        AddAll(las2, false,
+               {Well(), Section("Curve", LASSECTION_DEFINITION, {Line("DEPT", "M"), Line("A"), Line("B"), Line("C")}),
+                Data("ASCII", "Curve", {Numbers("DEPT", {100, 101, 102}), Texts("T", {"x", "y", "z"})})}),
+        LASFILE_OK);
+    CLasReader back;
+    ASSERT_EQ(WriteAndReadBack(las2, back), LASFILE_OK);
+    const std::vector<std::string> records2 = Records(las2);
+    Has(records2, "CURVE_LEFT_OUT ASCII/T T>");
+    Has(records2, "LINE_LEFT_OUT Curve/B B>");
+    Has(records2, "LINE_LEFT_OUT Curve/C C>");
+    EXPECT_EQ(records2.size(), 3u);
+}
+
+// A data section without rows whose definition has more lines than it has
+// curves gets an empty curve per line.
+TEST(RepairNoRows, EmptyCurvesForDefinitionLines)
+{
+    CLasSection data = Data("Log_Data", "Log_Definition", {});
+    CLasWriter writer;
+    ASSERT_EQ(
+        AddAll(
+            writer, true,
+            {Well(), Section("Log_Definition", LASSECTION_DEFINITION, {Line("DEPT", "M"), Line("NAME", "", "", "{S}")}),
+             data}),
+        LASFILE_OK);
+    ASSERT_EQ(writer.Validate(), LASFILE_OK);
+    EXPECT_TRUE(writer.GetRepairs().empty());
     CLasReadOptions lenient;
     lenient.lenient = true;
     CLasReader reader;
     reader.SetOptions(lenient);
     ASSERT_EQ(WriteAndReadBack(writer, reader), LASFILE_OK);
     CLasSection back;
-    ASSERT_EQ(reader.GetSection("Well", back), LASFILE_OK);
-    CLasParam param;
-    ASSERT_GE(back.FindParameterByMnemonic("STRT", &param), 0);
-    EXPECT_EQ(std::stod(param.m_value), 100.0);
-    ASSERT_GE(back.FindParameterByMnemonic("STOP", &param), 0);
-    EXPECT_EQ(std::stod(param.m_value), 101.0);
-    for (const std::string& record : Records(writer)) EXPECT_NE(record.rfind("WELL_RANGE", 0), 0u) << record;
+    ASSERT_EQ(reader.GetSection("Log_Data", back), LASFILE_OK);
+    ASSERT_EQ(back.m_curves.size(), 2u);
+    EXPECT_FALSE(back.m_curves[1].m_isNumeric);
+    CLasParam strt;
+    ASSERT_EQ(reader.GetWellHeaders().FindParameterByMnemonic("STRT", &strt), 0);
+    EXPECT_EQ(strt.m_value, "100");  // kept: there are no depths to test it against
 }
 
 }  // namespace

@@ -331,10 +331,12 @@ void CLasWriter::RepairDataSection(CLasSection& data)
 {
     CLasSection* definition = FindStored(data.m_association);
     if (definition && definition->m_type != LASSECTION_DEFINITION) definition = nullptr;
-    if (!m_isLas3) DropTextCurves(data, definition);
-    if (m_isLas3) PutNumericIndexFirst(data, definition);
+    // First one definition line per curve, so that lines move and go with
+    // their curves.
     PadCurves(data);
     if (definition) AddMissingDefinitions(data, *definition);
+    if (!m_isLas3) DropTextCurves(data, definition);
+    if (m_isLas3) PutNumericIndexFirst(data, definition);
     RepairFormats(data, definition);
 }
 
@@ -441,7 +443,6 @@ void CLasWriter::AddMissingDefinitions(CLasSection& data, CLasSection& definitio
     for (const CLasParam& line : lines) taken.push_back(Upper(line.m_mnemonic));
     for (size_t c = lines.size(); c < data.m_curves.size(); ++c) {
         CLasParam line = data.m_curves[c].m_definition;
-        if (line.m_mnemonic.empty()) line.m_mnemonic = "COL" + std::to_string(c + 1);
         RepairParam(line, definition.m_name, taken);
         Record(LASREPAIR_DEFINITION_ADDED, definition.m_name, line.m_mnemonic, "", line.m_mnemonic,
                "curve " + std::to_string(c + 1) + " of " + data.m_name +
