@@ -9,9 +9,14 @@ package's writer), best of several runs each, in turns:
   bytes     quarl.read(data).df() on the file's bytes, already in memory
 and the peak memory that each adds to its process, measured in a child
 process per kind, against the size of the values (rows x curves x 8 bytes).
-Then read_many over a folder of smaller files with one and with two workers.
+Then quarl.headers([path]) against the full read (quarl.read and every
+curve as an array) of the same file, as a ratio: a headers-only read takes
+the first and the last data row and passes over the rows between. Then
+read_many over a folder of smaller files with one and with two workers.
 
     PYTHONPATH=build/python /usr/bin/python3 bench/bench_python.py [rows] [--keep DIR]
+                                                                 [--headers]
+(--headers: only the header table against the full read)
 """
 import argparse
 import os
@@ -95,6 +100,21 @@ def peak_added(kind, path):
     return added
 
 
+def headers_against_full(path, runs):
+    """Best wall time of quarl.headers([path]) and of the full read."""
+    header = min(timed_call(lambda: quarl.headers([path])) for _ in range(runs))
+    full = min(timed_call(lambda: read_arrays(path)) for _ in range(runs))
+    table = quarl.headers([path])
+    print(f"\nheaders() {header * 1000:.2f} ms, full read {full * 1000:.1f} ms: "
+          f"ratio {header / full:.2%} (first {table['first'][0]}, last {table['last'][0]})")
+
+
+def timed_call(call):
+    start = time.perf_counter()
+    call()
+    return time.perf_counter() - start
+
+
 def read_many_time(paths, workers):
     """Wall time and CPU time of the process for one read_many pass."""
     start, cpu = time.perf_counter(), time.process_time()
@@ -109,6 +129,8 @@ def main():
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--files", type=int, default=8, help="files for read_many")
     parser.add_argument("--keep", help="folder for the files, kept between runs")
+    parser.add_argument("--headers", action="store_true",
+                        help="only the header table against the full read")
     args = parser.parse_args()
     folder = args.keep or tempfile.mkdtemp(prefix="quarl_bench_")
     os.makedirs(folder, exist_ok=True)
@@ -121,6 +143,9 @@ def main():
     values = args.rows * CURVES * 8
     print(f"{big}: {size / 1e6:.1f} MB, {args.rows} rows of {CURVES} curves, "
           f"values {values / 1e6:.1f} MB")
+    if args.headers:
+        headers_against_full(big, args.runs)
+        return
 
     best = {kind: float("inf") for kind in KINDS}
     best_cpu = dict(best)
@@ -138,6 +163,7 @@ def main():
 
     print(f"bytes against DataFrame (the same read from a path): "
           f"{best['bytes'] / best['DataFrame']:.2f}")
+    headers_against_full(big, args.runs)
 
     rows = max(args.rows // args.files, 1000)
     paths = []

@@ -188,6 +188,9 @@ struct ReadResult {
     // The texts that are no UTF-8, one a line, at most 64 KiB of them: what
     // the package looks at to tell the file's code page. Empty for UTF-8.
     std::string foreign;
+    // A headers-only read of a file whose data ends could be read: the first
+    // and the last value of the index (one value for a section of one row).
+    std::vector<double> indexEnds;
 };
 
 void FindForeignText(ReadResult& read)
@@ -244,36 +247,78 @@ std::vector<SectionPtr> Encode(const std::vector<SectionPtr>& sections,
     return out;
 }
 
+// Whether a note says that a value was not read as a clean number.
+bool NotesNumberTrouble(const std::vector<CLasNote>& notes)
+{
+    for (const CLasNote& note : notes)
+        if (note.kind == LASNOTE_NOT_A_NUMBER || note.kind == LASNOTE_NUMBER_IN_PART) return true;
+    return false;
+}
+
+// After a headers-only read that took the data's ends: keeps the index's
+// first and last value (when they are clean numbers) and drops the values,
+// so that the sections look as a headers-only read leaves them.
+void TakeDataEnds(ReadResult& read)
+{
+    const bool clean = !NotesNumberTrouble(read.notes);
+    for (const SectionPtr& section : read.sections) {
+        if (section->m_type != LASSECTION_DATA || section->m_curves.empty()) continue;
+        const CLasCurve& index = section->m_curves[0];
+        if (clean && read.indexEnds.empty() && index.m_isNumeric && !index.m_numbers.empty())
+            read.indexEnds = {index.m_numbers.front(), index.m_numbers.back()};
+        for (CLasCurve& curve : section->m_curves) {
+            curve.m_numbers.clear();
+            curve.m_strings.clear();
+        }
+    }
+}
+
+// One read of the file at `path`, or of `size` bytes at `bytes` named `path`.
+ELASFILEERROR ReadOnce(ReadResult& out, const std::string& path, const CLasReadOptions& options,
+                       StatusBridge& bridge, const void* bytes, size_t size)
+{
+    CLasReader reader;
+    reader.SetOptions(options);
+    reader.SetStatusCallback(&bridge, &StatusBridge::Report);
+    const tessel::TxString name(path);
+    out.result = bytes ? reader.OpenBuffer(bytes, size, name) : reader.Open(name);
+    out.sections.assign(reader.begin(), reader.end());
+    out.las3 = reader.IsLas3();
+    out.wrapped = reader.IsWrapped();
+    out.delimiter = reader.GetDelimiter();
+    out.notes = reader.GetNotes();
+    out.line = reader.GetLineNumber();
+    reader.Close();
+    return out.result;
+}
+
 // Reads the file at `path`, or when `data` is not None the bytes it holds
 // (anything with the buffer interface: bytes, bytearray, memoryview, mmap),
-// named `path`. The bytes are read in place, without a copy.
+// named `path`. The bytes are read in place, without a copy. A headers-only
+// read takes the data's ends, which costs the header alone where the file
+// allows it; when that read fails (the first or the last row is refused),
+// the plain headers-only read, which passes the rows unread, is the answer.
 std::shared_ptr<ReadResult> Read(const std::string& path, bool lenient, bool headersOnly,
                                  py::object progress, CancelToken* token, const py::object& data)
 {
     auto out = std::make_shared<ReadResult>();
     StatusBridge bridge(std::move(progress), token);
-    py::buffer_info bytes;
-    if (!data.is_none()) bytes = py::reinterpret_borrow<py::buffer>(data).request();
+    py::buffer_info buffer;
+    if (!data.is_none()) buffer = py::reinterpret_borrow<py::buffer>(data).request();
+    const void* bytes = data.is_none() ? nullptr : buffer.ptr;
+    const auto size = static_cast<size_t>(buffer.size * buffer.itemsize);
     {
         py::gil_scoped_release release;
-        CLasReader reader;
         CLasReadOptions options;
         options.lenient = lenient;
-        options.headersOnly = headersOnly;
-        reader.SetOptions(options);
-        reader.SetStatusCallback(&bridge, &StatusBridge::Report);
-        const tessel::TxString name(path);
-        out->result = data.is_none()
-                          ? reader.Open(name)
-                          : reader.OpenBuffer(
-                                bytes.ptr, static_cast<size_t>(bytes.size * bytes.itemsize), name);
-        out->sections.assign(reader.begin(), reader.end());
-        out->las3 = reader.IsLas3();
-        out->wrapped = reader.IsWrapped();
-        out->delimiter = reader.GetDelimiter();
-        out->notes = reader.GetNotes();
-        out->line = reader.GetLineNumber();
-        reader.Close();
+        options.headersOnly = options.dataEnds = headersOnly;
+        const ELASFILEERROR result = ReadOnce(*out, path, options, bridge, bytes, size);
+        if (headersOnly && result != LASFILE_OK && result != LASFILE_CANCELLED) {
+            options.dataEnds = false;
+            *out = ReadResult();
+            ReadOnce(*out, path, options, bridge, bytes, size);
+        }
+        if (headersOnly) TakeDataEnds(*out);
         FindForeignText(*out);
     }
     bridge.Rethrow();
@@ -312,18 +357,33 @@ py::dict WriteResult(const CLasWriter& writer)
     return record;
 }
 
+// The changes a writer in repair mode made, each as (kind name, section,
+// mnemonic, from, to, text); the texts as the bytes written, in the code page
+// of the file, which the package decodes.
+py::list Repairs(const CLasWriter& writer)
+{
+    py::list out;
+    for (const CLasRepair& repair : writer.GetRepairs())
+        out.append(py::make_tuple(LasRepairKindName(repair.kind), py::bytes(repair.section),
+                                  py::bytes(repair.mnemonic), py::bytes(repair.from),
+                                  py::bytes(repair.to), py::bytes(repair.text)));
+    return out;
+}
+
 // Writes the sections in the given order; the writer completes and orders
-// them. Returns the last-error record, whose code is 0 on success. A stop
-// by the status callback gives LASFILE_CANCELLED, which the writer does not
-// record.
+// them, and with `repair` changes what the version cannot hold instead of
+// refusing it. Returns the last-error record, whose code is 0 on success,
+// with the writer's "repairs". A stop by the status callback gives
+// LASFILE_CANCELLED, which the writer does not record.
 // With `toText`, the file's bytes go to the record's "text" (as bytes)
 // instead of a file, and `path` is the name the file head gives.
 py::dict Write(const std::string& path, const std::vector<SectionPtr>& sections, bool las3,
-               char delimiter, py::object progress, CancelToken* token, bool toText)
+               char delimiter, py::object progress, CancelToken* token, bool toText, bool repair)
 {
     CLasWriter writer;
     StatusBridge bridge(std::move(progress), token);
     ELASFILEERROR code = writer.SetFormat(las3, delimiter);
+    writer.SetRepair(repair);
     std::string text;
     {
         py::gil_scoped_release release;
@@ -338,6 +398,7 @@ py::dict Write(const std::string& path, const std::vector<SectionPtr>& sections,
     bridge.Rethrow();
     py::dict record = WriteResult(writer);
     record["code"] = static_cast<int>(code);
+    record["repairs"] = Repairs(writer);
     if (toText) record["text"] = py::bytes(text);
     return record;
 }
@@ -414,6 +475,7 @@ void BindParam(py::module_& m)
          {std::make_pair("mnemonic", &CLasParam::m_mnemonic),
           std::make_pair("unit", &CLasParam::m_unit), std::make_pair("value", &CLasParam::m_value),
           std::make_pair("description", &CLasParam::m_description),
+          std::make_pair("descr", &CLasParam::m_description),
           std::make_pair("format", &CLasParam::m_format),
           std::make_pair("association", &CLasParam::m_association)}) {
         auto [get, set] = field(member);
@@ -509,14 +571,15 @@ PYBIND11_MODULE(_quarl, m)
                                [](const ReadResult& r) { return std::string(1, r.delimiter); })
         .def_readonly("notes", &ReadResult::notes)
         .def_readonly("line", &ReadResult::line)
-        .def_property_readonly("foreign", [](const ReadResult& r) { return py::bytes(r.foreign); });
+        .def_property_readonly("foreign", [](const ReadResult& r) { return py::bytes(r.foreign); })
+        .def_readonly("index_ends", &ReadResult::indexEnds);
 
     m.def("read", &Read, py::arg("path"), py::arg("lenient"), py::arg("headers_only"),
           py::arg("progress") = py::none(), py::arg("cancel") = nullptr,
           py::arg("data") = py::none());
     m.def("write", &Write, py::arg("path"), py::arg("sections"), py::arg("las3"),
           py::arg("delimiter"), py::arg("progress") = py::none(), py::arg("cancel") = nullptr,
-          py::arg("to_text") = false);
+          py::arg("to_text") = false, py::arg("repair") = false);
     m.def("transcode", &Transcode, py::arg("read"), py::arg("table"));
     m.def("encode", &Encode, py::arg("sections"), py::arg("table"), py::arg("name"));
     m.def("_time_native_read", &TimeNativeRead, py::arg("path"), py::arg("lenient"));

@@ -4,7 +4,7 @@ quarl C++ library.
     las = quarl.read("well.las")
     las["GR"]            # numpy array over the library's own values
     las.df()             # pandas DataFrame indexed by the first curve
-    quarl.write("out.las", las, version=3)
+    quarl.write("out.las", las, version=3)   # the list of repairs, each a RepairWarning too
 
 The package is laid out by concern: `las` holds the document (LasFile),
 `items` the lines of a section by name (SectionItems), `files` reading and
@@ -14,15 +14,15 @@ names, `dask` the cluster functions. Every public name has types (py.typed).
 from __future__ import annotations
 
 from ._quarl import Note, Param, Section
-from .errors import LasError, result_name
+from .errors import LasError, Repair, RepairWarning, result_name
 from .files import HEADER_FIELDS, header_row, headers, read, read_many, to_bytes, write
-from .items import SectionItems
+from .items import CurveItem, SectionItems
 from .las import DATA, DEFINITION, HEADER, PARAMETER, CurveNames, LasFile
 
 from_df = LasFile.from_df
 
 __all__ = [
-    "LasError", "LasFile", "Note", "Param", "Section", "SectionItems", "CurveNames", "read", "write",
+    "LasError", "Repair", "RepairWarning", "LasFile", "CurveItem", "Note", "Param", "Section", "SectionItems", "CurveNames", "read", "write",
     "read_many", "headers", "from_df", "to_bytes", "result_name", "PARAMETER", "DEFINITION", "DATA",
     "HEADER", "HEADER_FIELDS",
 ]

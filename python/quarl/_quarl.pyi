@@ -18,6 +18,8 @@ class Param:
     unit: str
     value: str
     description: str
+    # The description under the short name other LAS readers give it.
+    descr: str
     format: str
     association: str
     def __init__(self, mnemonic: _Text, unit: _Text = "", value: _Text = "",
@@ -77,12 +79,17 @@ class ReadResult:
     def line(self) -> int: ...
     @property
     def foreign(self) -> bytes: ...
+    @property
+    def index_ends(self) -> List[float]: ...
 
 class WriteRecord(TypedDict):
     """What `write` returns: the result code and the writer's record of a
-    refusal (section, mnemonic, column, row); `text` holds the file's bytes
-    when `to_text` was set."""
+    refusal (section, mnemonic, column, row), the changes of repair mode as
+    (kind name, then section, mnemonic, from, to and text as bytes in the
+    file's code page); `text` holds the file's
+    bytes when `to_text` was set."""
     code: int
+    repairs: List[Tuple[str, bytes, bytes, bytes, bytes, bytes]]
     section: Optional[str]
     mnemonic: Optional[str]
     column: int
@@ -93,7 +100,7 @@ def read(path: _Text, lenient: bool, headers_only: bool, progress: _Progress = N
          cancel: Optional[CancelToken] = None, data: Optional[_Buffer] = None) -> ReadResult: ...
 def write(path: _Text, sections: List[Section], las3: bool, delimiter: str,
           progress: _Progress = None, cancel: Optional[CancelToken] = None,
-          to_text: bool = False) -> WriteRecord: ...
+          to_text: bool = False, repair: bool = False) -> WriteRecord: ...
 def transcode(read: ReadResult, table: List[str]) -> None: ...
 def encode(sections: List[Section], table: List[str], name: str) -> List[Section]: ...
 def result_name(code: int) -> str: ...

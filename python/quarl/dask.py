@@ -37,7 +37,7 @@ import numpy as np
 import pandas as pd
 
 import quarl
-from quarl.files import HEADER_FIELDS, PathLike, header_row
+from quarl.files import HEADER_COLUMNS, PathLike, header_row
 
 if TYPE_CHECKING:
     from distributed import Client
@@ -50,7 +50,6 @@ if TYPE_CHECKING:
 
 __all__ = ["headers", "curves", "scan_catalog"]
 
-_HEADER_COLUMNS = ["path", "result", "version", *HEADER_FIELDS, "curves"]
 
 
 def _is_url(path: str) -> bool:
@@ -82,7 +81,7 @@ def _header_frame(paths: Sequence[str]) -> pd.DataFrame:
         except quarl.LasError as error:
             item = error
         rows.append(header_row(item, path))
-    return pd.DataFrame(rows, columns=_HEADER_COLUMNS)
+    return pd.DataFrame(rows, columns=HEADER_COLUMNS)
 
 
 def headers(paths: Iterable[PathLike], files_per_task: int = 16) -> dd.DataFrame:
@@ -90,7 +89,7 @@ def headers(paths: Iterable[PathLike], files_per_task: int = 16) -> dd.DataFrame
     task reads `files_per_task` files without their data values."""
     names = [os.fsdecode(p) for p in paths]
     chunks = [names[i:i + files_per_task] for i in range(0, len(names), files_per_task)]
-    meta = pd.DataFrame({name: pd.Series(dtype=object) for name in _HEADER_COLUMNS})
+    meta = pd.DataFrame({name: pd.Series(dtype=object) for name in HEADER_COLUMNS})
     parts = [dask.delayed(_header_frame)(chunk) for chunk in chunks]
     return dd.from_delayed(parts, meta=meta, verify_meta=False)
 

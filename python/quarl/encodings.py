@@ -6,10 +6,20 @@ proper str by this rule:
 
 1. UTF-8 when every text of the file is valid UTF-8 (ASCII included), and for
    the UTF-16 and UTF-32 files a lenient read decodes;
-2. otherwise Windows-1251 (Cyrillic) when the bytes above 0x7F mostly stand
-   in runs of letters (0xC0 to 0xFF) of their own, as the words of a Cyrillic
-   text do; Western text has its accented letters and signs (a degree sign,
-   an ordinal) alone among ASCII letters;
+2. otherwise the Cyrillic code pages, Windows-1251 and DOS code page 866,
+   when most bytes above 0x7F stand in words of their own: runs of two or
+   more such bytes, not glued to ASCII letters, that are all Russian
+   letters in that code page (a Cyrillic word is all high bytes).
+   Windows-1251 words read as 866 break into box-drawing signs (their upper
+   case and half their lower case), 866 words read as Windows-1251 into
+   quotes and symbols (their upper case and first half of the lower case),
+   so each code page's words are its own. The code page with more bytes in
+   words wins, Windows-1251 on a tie (a word of only the letters both share,
+   such as "дела" in Windows-1251). Western text has its accented letters
+   and signs (a degree sign, an ordinal) alone or among ASCII letters, so
+   none of its bytes count. (A general
+   detector such as charset-normalizer takes short 866 texts, "ГК" or
+   "Пласт БС10", for Windows-1251, so the package keeps this rule.)
 3. otherwise Windows-1252 (Western European).
 
 `encoding=` of `quarl.read` overrides the rule with any single-byte code page
@@ -20,27 +30,57 @@ keeps its bytes.
 from __future__ import annotations
 
 import codecs
+import re
 from functools import lru_cache
-from typing import List
+from typing import Dict, Iterator, List
 
 UTF8 = "utf-8"
 CYRILLIC = "cp1251"
+DOS_CYRILLIC = "cp866"
 WESTERN = "cp1252"
+
+
+# The bytes of the Russian letters in the two Cyrillic code pages.
+_LETTERS = {
+    CYRILLIC: frozenset(range(0xC0, 0x100)) | {0xA8, 0xB8},
+    DOS_CYRILLIC: frozenset(range(0x80, 0xB0)) | frozenset(range(0xE0, 0xF2)),
+}
+_HIGH_RUN = re.compile(rb"[\x80-\xff]+")
+_ASCII_LETTERS = frozenset(b"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz")
+
+
+def _word_runs(foreign: bytes) -> Iterator[bytes]:
+    """The runs of two or more bytes above 0x7F that are not glued to ASCII
+    letters: a run inside a Latin word ("Compañía") is no word."""
+    for found in _HIGH_RUN.finditer(foreign):
+        start, end = found.span()
+        glued = (start > 0 and foreign[start - 1] in _ASCII_LETTERS) or \
+            (end < len(foreign) and foreign[end] in _ASCII_LETTERS)
+        if end - start >= 2 and not glued:
+            yield found.group()
+
+
+def _letters(run: bytes, page: str) -> bool:
+    return all(byte in _LETTERS[page] for byte in run)
+
+
+def _word_bytes(foreign: bytes) -> Dict[str, int]:
+    """How many bytes above 0x7F stand in words of each Cyrillic code page,
+    and how many there are in all (under "")."""
+    counts = {"": sum(len(run) for run in _HIGH_RUN.findall(foreign)), CYRILLIC: 0,
+              DOS_CYRILLIC: 0}
+    for run in _word_runs(foreign):
+        for page in _LETTERS:
+            if _letters(run, page):
+                counts[page] += len(run)
+    return counts
 
 
 def detect(foreign: bytes) -> str:
     """The code page of texts that are not UTF-8, one a line (non-empty)."""
-    high = in_runs = 0
-    for line in foreign.split(b"\n"):
-        for i, byte in enumerate(line):
-            if byte < 0x80:
-                continue
-            high += 1
-            before = line[i - 1] if i > 0 else 0
-            after = line[i + 1] if i + 1 < len(line) else 0
-            if byte >= 0xC0 and (before >= 0xC0 or after >= 0xC0):
-                in_runs += 1
-    return CYRILLIC if high and in_runs * 2 > high else WESTERN
+    counts = _word_bytes(foreign)
+    best = DOS_CYRILLIC if counts[DOS_CYRILLIC] > counts[CYRILLIC] else CYRILLIC
+    return best if counts[best] * 2 > counts[""] else WESTERN
 
 
 def normalize(encoding: str) -> str:

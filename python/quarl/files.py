@@ -4,12 +4,16 @@ from __future__ import annotations
 
 import io
 import os
+import sys
+import warnings
 from concurrent.futures import ThreadPoolExecutor
-from typing import IO, TYPE_CHECKING, Callable, Dict, Iterable, Iterator, List, Optional, Union, cast
+from types import FrameType
+from typing import (IO, TYPE_CHECKING, Callable, Dict, Iterable, Iterator, List, Optional, Tuple,
+                    Union, cast)
 
 from . import _quarl, encodings
 from ._quarl import CancelToken, ReadResult, Section
-from .errors import LasError, result_name
+from .errors import LasError, Repair, RepairWarning, result_name
 from .las import _CANCELLED, _OK, DATA, LasFile
 
 if TYPE_CHECKING:
@@ -31,7 +35,8 @@ Progress = Optional[Callable[[float], object]]
 Buffer = Union[bytes, bytearray, memoryview]
 
 # The one-letter section names of LAS 2.0 and the names the writer stores.
-_FULL_NAMES = {"W": "Well", "C": "Curve", "P": "Parameter", "A": "ASCII", "O": "Other"}
+_FULL_NAMES = {"W": "Well", "C": "Curve", "P": "Parameter", "A": "ASCII", "L": "ASCII",
+               "O": "Other", "D": "Downhole"}
 
 
 def _fspath(path: PathLike) -> bytes:
@@ -133,7 +138,8 @@ def _read(source: Source, strict: bool, headers_only: bool, progress: Progress,
                       not strict, headers_only, progress, cancel, where.data)
     chosen = _text_of(raw, where, encoding)
     las = LasFile(raw.sections, las3=raw.las3, wrapped=raw.wrapped, delimiter=raw.delimiter,
-                  notes=raw.notes, result=raw.result, path=where.name, encoding=chosen)
+                  notes=raw.notes, result=raw.result, path=where.name, encoding=chosen,
+                  index_ends=raw.index_ends)
     if raw.result != _OK:
         raise _read_error(raw, where, las)
     return las
@@ -151,7 +157,11 @@ def read(source: Source, *, strict: bool = False, headers_only: bool = False,
     called as the whole percent advances, and an exception it raises (or
     Ctrl-C) stops the read and is raised here. `strict=True` keeps every rule
     of the format, the default relaxes the ones real files break and leaves
-    notes. `headers_only` keeps the curve definitions without values. Texts
+    notes. `headers_only` keeps the curve definitions without values, at
+    the cost of the header alone where the file allows it (a LAS 2.0 file,
+    not wrapped, whose ~A is the last section: its first and last row are
+    read, the rows between passed over); `las.index_range` then holds the
+    index's first and last value. Texts
     are decoded as `quarl.encodings` tells (UTF-8, else the file's code
     page); `encoding` overrides it. Raises LasError when the read fails; its
     message names the source and, for a path, what the operating system said
@@ -178,7 +188,10 @@ def _writable(las: LasFile, las3: bool) -> List[Section]:
 
 
 def _write_record(target: bytes, las: LasFile, version: int, delimiter: str,
-                  progress: Progress, encoding: Optional[str], to_text: bool) -> WriteRecord:
+                  progress: Progress, encoding: Optional[str], to_text: bool,
+                  strict: bool) -> Tuple[WriteRecord, List[Repair]]:
+    """The writer's record of one write, and the changes it made (none when
+    `strict`: the writer then refuses what the version cannot hold)."""
     if version not in (2, 3):
         raise ValueError("version must be 2 or 3")
     if len(delimiter) != 1:
@@ -187,10 +200,36 @@ def _write_record(target: bytes, las: LasFile, version: int, delimiter: str,
     sections = _writable(las, version == 3)
     if chosen != encodings.UTF8:
         sections = _quarl.encode(sections, encodings.table(chosen), chosen)
-    record = _quarl.write(target, sections, version == 3, delimiter, progress, None, to_text)
+    record = _quarl.write(target, sections, version == 3, delimiter, progress, None, to_text,
+                          not strict)
     if record["code"] == _CANCELLED:
         raise KeyboardInterrupt
-    return record
+    repairs = [_repair(raw, chosen) for raw in record["repairs"]]
+    return record, [r for r in repairs if version == 3 or not _written_out(r)]
+
+
+def _written_out(repair: Repair) -> bool:
+    """A one-letter LAS 2.0 section name written out ("W" as "Well"), which
+    the writer does in strict mode as well: no change of the document's."""
+    return repair.kind == "LASREPAIR_SECTION_RENAMED" and \
+        _FULL_NAMES.get(repair.old.upper()) == repair.new
+
+
+def _repair(raw: Tuple[str, bytes, bytes, bytes, bytes, bytes], codec: str) -> Repair:
+    section, mnemonic, old, new, text = (field.decode(codec, "replace") for field in raw[1:])
+    return Repair(raw[0], section, mnemonic, old, new, text)
+
+
+def _warn(repairs: List[Repair]) -> None:
+    """Emits a RepairWarning per change, attributed to the first caller
+    outside this package."""
+    frame: Optional[FrameType] = sys._getframe(0)
+    level = 1
+    package = os.path.dirname(os.path.abspath(__file__))
+    while frame is not None and os.path.dirname(os.path.abspath(frame.f_code.co_filename)) == package:
+        frame, level = frame.f_back, level + 1
+    for repair in repairs:
+        warnings.warn(RepairWarning(repair), stacklevel=level)
 
 
 def _write_error(record: WriteRecord, name: str, why: Optional[str] = None) -> LasError:
@@ -219,49 +258,74 @@ def _why_not_written(path: str) -> Optional[str]:
 
 
 def to_bytes(las: LasFile, version: int = 2, delimiter: str = " ", *,
-             encoding: Optional[str] = None, name: str = "") -> bytes:
-    """The bytes of the LAS file that `write` would write, made in memory;
-    `name` stands where the file head names the path."""
-    record = _write_record(name.encode("utf-8"), las, version, delimiter, None, encoding, True)
+             encoding: Optional[str] = None, name: str = "", strict: bool = False) -> bytes:
+    """The bytes of the LAS file that `write` would write, made in memory,
+    with the same repairs and warnings; `name` stands where the file head
+    names the path."""
+    data, repairs = _bytes(las, version, delimiter, encoding, name, strict)
+    _warn(repairs)
+    return data
+
+
+def _bytes(las: LasFile, version: int, delimiter: str, encoding: Optional[str], name: str,
+           strict: bool) -> Tuple[bytes, List[Repair]]:
+    record, repairs = _write_record(name.encode("utf-8"), las, version, delimiter, None, encoding,
+                                    True, strict)
     if record["code"] != _OK:
         raise _write_error(record, name or "<bytes>")
-    return record["text"]
+    return record["text"], repairs
 
 
 def write(target: Target, las: LasFile, version: int = 2,
           delimiter: str = " ", progress: Progress = None, *,
-          encoding: Optional[str] = None) -> None:
+          encoding: Optional[str] = None, strict: bool = False) -> List[Repair]:
     """Writes `las` as LAS 2.0 or 3.0 (`version` 2 or 3) with the given data
-    delimiter (" ", "\\t" or ","; LAS 2.0 only " ") to a path, or to a file
+    delimiter (" ", "\t" or ","; LAS 2.0 only " ") to a path, or to a file
     object opened for writing (binary, or text: then as str). The writer
-    checks, completes and orders the sections; a refusal raises LasError with
-    its record, and a file the operating system refuses says why. A path is
-    replaced only once the file is whole. Texts are written in `encoding`,
-    by default the one the document was read in (`las.encoding`), so that a
-    file read and written again keeps its bytes."""
+    checks, completes and orders the sections. What the version cannot hold
+    (a "|" in a LAS 2.0 value, a mnemonic twice, LAS 3.0 section names in
+    LAS 2.0, a document without data rows...) is changed in the smallest
+    way that lets it be written: each change is a `quarl.RepairWarning` and
+    the list of changes (`quarl.Repair`) is returned. `strict=True` changes
+    nothing and refuses instead. A refusal raises LasError with the writer's
+    record (section, mnemonic, column, row), and a file the operating system
+    refuses says why. A path is replaced only once the file is whole. Texts
+    are written in `encoding`, by default the one the document was read in
+    (`las.encoding`), so that a file read and written again keeps its
+    bytes."""
     if hasattr(target, "write"):
-        _write_to_file(cast("Union[IO[bytes], IO[str]]", target), las, version, delimiter,
-                       encoding)
-        return
-    target = cast(PathLike, target)
+        repairs = _write_to_file(cast("Union[IO[bytes], IO[str]]", target), las, version,
+                                 delimiter, encoding, strict)
+    else:
+        repairs = _write_path(cast(PathLike, target), las, version, delimiter, progress, encoding,
+                              strict)
+    _warn(repairs)
+    return repairs
+
+
+def _write_path(target: PathLike, las: LasFile, version: int, delimiter: str,
+                progress: Progress, encoding: Optional[str], strict: bool) -> List[Repair]:
     name = os.fsdecode(target)
-    record = _write_record(_fspath(target), las, version, delimiter, progress, encoding, False)
+    record, repairs = _write_record(_fspath(target), las, version, delimiter, progress, encoding,
+                                    False, strict)
     if record["code"] != _OK:
         why = _why_not_written(name) if record["code"] == _IO_FAILED and not record["section"] \
             else None
         raise _write_error(record, name, why)
+    return repairs
 
 
 def _write_to_file(target: Union[IO[bytes], IO[str]], las: LasFile, version: int,
-                   delimiter: str, encoding: Optional[str]) -> None:
+                   delimiter: str, encoding: Optional[str], strict: bool) -> List[Repair]:
     """Writes the file's bytes to a file object; a text one takes them as str."""
     name = getattr(target, "name", None)
     name = os.fsdecode(name) if isinstance(name, (str, bytes)) else "<file>"
-    data = to_bytes(las, version, delimiter, encoding=encoding, name=name)
+    data, repairs = _bytes(las, version, delimiter, encoding, name, strict)
     if isinstance(target, io.TextIOBase):
         cast(IO[str], target).write(data.decode(encodings.normalize(encoding or las.encoding)))
     else:
         cast(IO[bytes], target).write(data)
+    return repairs
 
 
 def _describe_write(code: int, record: WriteRecord) -> str:
@@ -305,11 +369,14 @@ def read_many(paths: Iterable[PathLike], workers: Optional[int] = None, *,
 
 
 HEADER_FIELDS: List[str] = ["STRT", "STOP", "STEP", "NULL", "COMP", "WELL", "FLD", "UWI", "API"]
+# The columns of the header table, in order.
+HEADER_COLUMNS: List[str] = ["path", "result", "version", *HEADER_FIELDS, "curves", "first", "last"]
 
 
 def header_row(item: Union[LasFile, LasError], path: PathLike) -> Dict[str, object]:
     """One row of `headers`: the path, the result, the version, the usual
-    Well parameters (values as text) and the curve mnemonics."""
+    Well parameters (values as text), the curve mnemonics, and the first
+    and last value of the index (`LasFile.index_range`, None when unknown)."""
     code, las = (item.code, item.las) if isinstance(item, LasError) else (item.result, item)
     row: Dict[str, object] = {"path": os.fsdecode(path), "result": result_name(code)}
     if las is None:
@@ -319,15 +386,18 @@ def header_row(item: Union[LasFile, LasError], path: PathLike) -> Dict[str, obje
     for name in HEADER_FIELDS:
         row[name] = well[name].value.strip() if name in well else None
     row["curves"] = las.keys
+    row["first"], row["last"] = las.index_range or (None, None)
     return row
 
 
 def headers(paths: Iterable[PathLike], workers: Optional[int] = None) -> "pd.DataFrame":
     """A DataFrame of one row per file: path, result, version, STRT, STOP,
-    STEP, NULL, COMP, WELL, FLD, UWI, API and the curve mnemonics, from reads
-    that keep no data values."""
+    STEP, NULL, COMP, WELL, FLD, UWI, API, the curve mnemonics, and the
+    index's first and last value as the data has them ("first", "last";
+    None when the read could not take them), from reads that keep no data
+    values and, where the file allows it, pass over its rows unread."""
     import pandas as pd
     paths = list(paths)
     rows = [header_row(item, path)
             for item, path in zip(read_many(paths, workers, headers_only=True), paths)]
-    return pd.DataFrame(rows, columns=["path", "result", "version", *HEADER_FIELDS, "curves"])
+    return pd.DataFrame(rows, columns=HEADER_COLUMNS)

@@ -14,6 +14,8 @@ from __future__ import annotations
 
 from typing import Any, Dict, Iterable, List, Optional, SupportsIndex, Tuple, TypeVar, Union, overload
 
+import numpy.typing as npt
+
 from ._quarl import Param
 
 _Default = TypeVar("_Default")
@@ -148,3 +150,62 @@ class SectionItems(List[Param]):
         lines = [f"  {name}: {param.value.strip()!r} {param.unit} {param.description.strip()!r}"
                  for name, param in self.items()]
         return "SectionItems([\n" + "\n".join(lines) + "\n])" if lines else "SectionItems([])"
+
+
+class CurveItem:
+    """A curve as `LasFile.get_curve` hands it out: its definition line beside
+    its values. The fields are those of the Param in `las.curves`, so that a
+    new unit or description set here is what a write takes; `data` is the
+    array `las[name]` gives (over the library's values for a numeric curve)."""
+
+    def __init__(self, definition: Param, data: npt.NDArray[Any]) -> None:
+        self.definition, self.data = definition, data
+
+    @property
+    def mnemonic(self) -> str:
+        return self.definition.mnemonic
+
+    @mnemonic.setter
+    def mnemonic(self, text: str) -> None:
+        self.definition.mnemonic = text
+
+    @property
+    def unit(self) -> str:
+        return self.definition.unit
+
+    @unit.setter
+    def unit(self, text: str) -> None:
+        self.definition.unit = text
+
+    @property
+    def value(self) -> str:
+        return self.definition.value
+
+    @value.setter
+    def value(self, text: str) -> None:
+        self.definition.value = text
+
+    @property
+    def description(self) -> str:
+        return self.definition.description
+
+    @description.setter
+    def description(self, text: str) -> None:
+        self.definition.description = text
+
+    @property
+    def descr(self) -> str:
+        """The description under the short name other LAS readers give it."""
+        return self.definition.description
+
+    @descr.setter
+    def descr(self, text: str) -> None:
+        self.definition.description = text
+
+    @property
+    def format(self) -> str:
+        return self.definition.format
+
+    def __repr__(self) -> str:
+        return (f"CurveItem(mnemonic={self.mnemonic!r}, unit={self.unit!r}, "
+                f"descr={self.description!r}, data.shape={self.data.shape})")

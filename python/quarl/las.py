@@ -2,17 +2,21 @@
 arrays and pandas frames."""
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
+import os
+from typing import IO, TYPE_CHECKING, Any, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
 
 import numpy as np
 import numpy.typing as npt
 
 from ._quarl import Note, Param, Section
 from .errors import result_name
-from .items import SectionItems
+from .items import CurveItem, SectionItems
 
 if TYPE_CHECKING:
     import pandas as pd
+
+    from .errors import Repair
+    from .files import Progress, Target
 
 # A curve's values: float64 for a numeric curve, object (str) for a text curve.
 Array = npt.NDArray[Any]
@@ -70,8 +74,11 @@ class LasFile:
 
     def __init__(self, sections: List[Section], *, las3: bool = False, wrapped: bool = False,
                  delimiter: str = " ", notes: Sequence[Note] = (), result: int = _OK,
-                 path: Optional[str] = None, encoding: str = "utf-8") -> None:
+                 path: Optional[str] = None, encoding: str = "utf-8",
+                 index_ends: Sequence[float] = ()) -> None:
         self.sections = list(sections)
+        # The index's first and last value that a headers-only read found.
+        self._index_ends = tuple(index_ends)
         self.las3, self.wrapped, self.delimiter = las3, wrapped, delimiter
         self.notes, self.result, self.path = list(notes), result, path
         # The code page the texts were read in, and are written in by default.
@@ -226,6 +233,23 @@ class LasFile:
         return self.index * (_METRES_PER_UNIT[unit] / metres_per_unit)
 
     @property
+    def index_range(self) -> Optional[Tuple[float, float]]:
+        """The first and the last value of the index (the first curve of the
+        main data section): from the data, or for a headers-only read from
+        the first and last row it read without the rows between (a LAS 2.0
+        file, not wrapped, whose ~A is the last section). None when that is
+        not known: no rows, a text index, or a headers-only read that could
+        not take the rows' ends."""
+        data = self.data_section
+        if data is not None and data.curve_count and data.curve_is_numeric(0):
+            values = data.curve_values(0)
+            if len(values):
+                return float(values[0]), float(values[-1])
+        if self._index_ends:
+            return self._index_ends[0], self._index_ends[-1]
+        return None
+
+    @property
     def depth_m(self) -> Array:
         """The index in metres, from its unit (M, F, FT, FEET, .1IN...)."""
         return self._depth_in(1.0)
@@ -365,6 +389,20 @@ class LasFile:
         del curves[column]
         self._replace_curves(section, curves)
 
+    def get_curve(self, key: Union[str, int]) -> CurveItem:
+        """A curve of the main data section by name or position, as other LAS
+        readers give it: mnemonic, unit, description (`descr` too) and its
+        values as `data`, the array `las[key]` gives. KeyError when there
+        is no such curve."""
+        return CurveItem(self.curves[self._column(key)], self[key])
+
+    def delete_curve(self, mnemonic: Optional[str] = None, ix: Optional[int] = None) -> None:
+        """Removes a curve of the main data section by name or by position
+        (`ix`), as `del las[...]` does."""
+        if (mnemonic is None) == (ix is None):
+            raise TypeError("delete_curve takes a mnemonic or an ix, one of them")
+        del self[mnemonic if mnemonic is not None else int(ix or 0)]
+
     def set_data(self, frame: "pd.DataFrame", section: SectionKey = None,
                  units: Optional[Mapping[str, str]] = None) -> None:
         """Replaces the curves of a data section (the main one by default)
@@ -413,13 +451,42 @@ class LasFile:
         fixed.params = _range_from_data(well.params, main.curve_values(0))
         return [fixed if s is well else s for s in self.sections]
 
-    def to_string(self, version: Optional[int] = None, delimiter: str = " ") -> str:
+    def to_string(self, version: Optional[int] = None, delimiter: str = " ", *,
+                  strict: bool = False) -> str:
         """The LAS text of the document as `quarl.write` would write it, in
         LAS 2.0 or 3.0 (`version` 2 or 3; by default the version it was read
-        in)."""
+        in), with the same repairs and warnings (`strict=True` refuses
+        instead)."""
         from .files import to_bytes
         version = version or (3 if self.las3 else 2)
-        return to_bytes(self, version, delimiter, encoding="utf-8").decode("utf-8")
+        return to_bytes(self, version, delimiter, encoding="utf-8", strict=strict).decode("utf-8")
+
+    def write(self, target: "Target", version: Optional[int] = None, delimiter: str = " ",
+              progress: "Progress" = None, *, encoding: Optional[str] = None,
+              strict: bool = False) -> List["Repair"]:
+        """Writes the document as `quarl.write(target, las, ...)` does and
+        returns its changes; the version is by default the one it was read
+        in (2 or 3)."""
+        from .files import write
+        return write(target, self, version or (3 if self.las3 else 2), delimiter, progress,
+                     encoding=encoding, strict=strict)
+
+    def to_csv(self, path_or_buffer: Union[str, "os.PathLike[str]", IO[str]], *,
+               units: bool = True, section: SectionKey = None, delimiter: str = ",") -> None:
+        """Writes a data section (the main one by default) as CSV through
+        pandas: a first header row of the curve names (as `las.keys`), a
+        second of their units (left out with `units=False`), then a row per
+        depth; NULL values are empty cells, the index keeps its values."""
+        import pandas as pd
+        keys = list(self.keys_of(self._data(section)))
+        frame = self.df(section=section).reset_index() if keys else pd.DataFrame()
+        if units and keys:
+            definitions = self.curves_of(self._data(section))
+            frame.columns = pd.MultiIndex.from_tuples(
+                [(key, definition.unit) for key, definition in zip(keys, definitions)])
+        else:
+            frame.columns = keys
+        frame.to_csv(path_or_buffer, index=False, sep=delimiter)
 
     @property
     def result_name(self) -> str:

@@ -49,14 +49,18 @@ def test_text_curves_and_a_code_page_come_back(tmp_path):
     frame = pd.DataFrame({"GR": [1.0, np.nan, 3.0], "LITH": ["sand", "shale", "lime"]},
                          index=pd.Index([1.0, 1.5, 2.0], name="DEPT"))
     quarl.write(tmp_path / "t.las", quarl.from_df(frame, well={"COMP": "café ÿ"}), version=3,
-                encoding="cp1252")
+                encoding="cp1252", strict=True)  # strictly, the names Curve and ASCII stay
     assert b"caf\xe9 \xff" in (tmp_path / "t.las").read_bytes()
     las = quarl.read(tmp_path / "t.las", strict=True)
     pd.testing.assert_frame_equal(las.df(), frame)
     assert (las.well["COMP"].value.strip(), las.encoding) == ("café ÿ", "cp1252")
     with pytest.raises(quarl.LasError) as refused:  # LAS 2.0 has no text curves
-        quarl.write(tmp_path / "t2.las", las)
+        quarl.write(tmp_path / "t2.las", las, strict=True)
     assert (refused.value.name, refused.value.column) == ("LASFILE_BAD_VALUE", 2)
+    with pytest.warns(quarl.RepairWarning, match="LITH"):  # by default the text curve is left out
+        repairs = quarl.write(tmp_path / "t2.las", las)
+    assert "LASREPAIR_CURVE_LEFT_OUT" in [r.kind for r in repairs]
+    assert quarl.read(tmp_path / "t2.las", strict=True).keys == ["DEPT", "GR"]
 
 
 def test_curves_are_views_that_keep_their_section():
@@ -84,7 +88,8 @@ def test_failures_raise_with_their_record(tmp_path):
     assert refused.value.name == "LASFILE_NOT_ALLOWED_IN_VERSION"
     frame = pd.DataFrame({"GR": [1.0, 2.0]}, index=pd.Index([1.0, 2.0], name="DEPT"))
     with pytest.raises(quarl.LasError) as named:
-        quarl.write(tmp_path / "out.las", quarl.from_df(frame, well={"BAD.NAME": "x"}))
+        quarl.write(tmp_path / "out.las", quarl.from_df(frame, well={"BAD.NAME": "x"}),
+                    strict=True)
     assert (named.value.name, named.value.section, named.value.mnemonic) == \
         ("LASFILE_BAD_NAME", "Well", "BAD.NAME")
     assert "mnemonic BAD.NAME" in str(named.value)

@@ -49,3 +49,48 @@ def test_utf8_and_an_encoding_that_overrides_the_guess():
                                            (b"\xba The tools", "cp1252")])
 def test_detection_of_the_code_page(sample, codec):
     assert encodings.detect(sample) == codec
+
+
+RUSSIAN = ("~Version Information\nVERS. 2.0 : Версия LAS\nWRAP. NO : Одна строка на глубину\n"
+           "~Well Information\nSTRT.M 1200.0 : Начальная глубина\nSTOP.M 1201.0 : Конечная глубина\n"
+           "STEP.M 0.5 : Шаг\nNULL. -999.25 : Пустое значение\nCOMP. ООО Нефтегаз : Компания\n"
+           "WELL. 12-Сплошная : Скважина\nFLD . Самотлорское : Месторождение\n"
+           "~Curve Information\nDEPT.M : Глубина\nGK.мкР/ч : Гамма-каротаж\nPS.мВ : ПС\n"
+           "~ASCII\n1200.0 5.1 40\n1200.5 5.2 41\n1201.0 5.3 42\n")
+
+
+@pytest.mark.parametrize("codec", ["cp866", "cp1251"])
+def test_russian_header_in_either_cyrillic_code_page(tmp_path, codec):
+    raw = RUSSIAN.encode(codec)
+    las = quarl.read(raw)
+    assert las.encoding == codec
+    assert las.well["WELL"].value.strip() == "12-Сплошная"
+    assert las.well["FLD"].descr.strip() == "Месторождение"
+    assert (las.curves["GK"].unit, las.curves["PS"].descr.strip()) == ("мкР/ч", "ПС")
+    path = tmp_path / "ru.las"
+    path.write_bytes(raw)
+    quarl.write(tmp_path / "out.las", quarl.read(path, strict=True))
+    written = (tmp_path / "out.las").read_bytes()
+    assert "Гамма-каротаж".encode(codec) in written  # written back in the file's code page
+    again = quarl.read(written)
+    assert again.encoding == codec and again.to_string() == las.to_string()
+
+
+@pytest.mark.parametrize("text", [
+    "12-Сплошная", "ГК", "Пласт БС10", "МПа", "дела", "ПС мВ", "Ёлка", "ГАММА-КАРОТАЖ",
+    "Удельное сопротивление", "ООО Нефтегаз : Компания",
+])
+def test_short_cyrillic_texts_are_told_apart(text):
+    assert encodings.detect(text.encode("cp866")) == "cp866"
+    assert encodings.detect(text.encode("cp1251")) == "cp1251"
+
+
+@pytest.mark.parametrize("text", ["Compañía", "São Paulo", "Bjørn Ødegård", "±0.5 µm", "«Ça va»",
+                                  "Müller GmbH"])
+def test_western_words_stay_western(text):
+    assert encodings.detect(text.encode("cp1252")) == "cp1252"
+
+
+def test_the_example_of_a_dos_text():
+    las = quarl.read(HEAD.encode() + b"WELL. 12-\x91\xaf\xab\xae\xe8\xad\xa0\xef :\n~C\nDEPT.M :\n")
+    assert las.encoding == "cp866" and las.well["WELL"].value.strip() == "12-Сплошная"

@@ -2,7 +2,7 @@
 python_types test). Each assert_type fails the check when a public name
 loses its type or returns Any; each `type: ignore` is a misuse that must stay
 an error (an ignore that is no longer needed fails the check too)."""
-from typing import Any, List, Optional, Union
+from typing import Any, List, Optional, Tuple, Union
 
 import numpy.typing as npt
 import pandas as pd
@@ -35,11 +35,26 @@ def read_and_write(path: str) -> None:
     assert_type(las.null, Optional[float])
     assert_type(las.version, str)
     assert_type(las.to_string(version=3), str)
+    assert_type(las.get_curve("GR"), quarl.CurveItem)
+    assert_type(las.get_curve("GR").data, npt.NDArray[Any])
+    assert_type(las.get_curve(0).descr, str)
+    assert_type(las.well["WELL"].descr, str)
+    las.delete_curve("GR")
+    las.delete_curve(ix=1)
+    las.to_csv("out.csv", units=False)
+    las.write("out.las", version=3)
     las.append_curve("GR2", [1.0, 2.0], unit="API", descr="second gamma")
     las["GR3"] = [1.0, 2.0]
     del las["GR3"]
     assert_type(quarl.to_bytes(las, 3, "\t"), bytes)
     quarl.write("out.las", las, version=3, encoding="utf-8")
+    repairs = quarl.write("out.las", las, strict=False)
+    assert_type(repairs, List[quarl.Repair])
+    assert_type(repairs[0].kind, str)
+    assert_type(las.write("out.las", strict=True), List[quarl.Repair])
+    assert_type(las.to_string(strict=True), str)
+    assert_type(quarl.RepairWarning(repairs[0]).mnemonic, str)
+    assert_type(las.index_range, Optional[Tuple[float, float]])
     with open("out.las", "w") as text:
         quarl.write(text, las)
     quarl.write(las, "out.las")  # type: ignore[arg-type]
