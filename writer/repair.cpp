@@ -130,7 +130,7 @@ const char* LasRepairKindName(ELASREPAIRKIND kind)
         "LASREPAIR_SECTION_RENAMED",
         "LASREPAIR_SECTION_LEFT_OUT",
         "LASREPAIR_SECTION_MERGED",
-        "LASREPAIR_SECTION_ADDED",
+        "LASREPAIR_SECTION_NOT_WRITTEN",
         "LASREPAIR_ASSOCIATION",
         "LASREPAIR_MNEMONIC",
         "LASREPAIR_UNIT",
@@ -497,26 +497,25 @@ void CLasWriter::AddMissingDefinitions(CLasSection& data, CLasSection& definitio
     }
 }
 
-// A document without a main data section gets one without rows: one empty
-// curve per line of the log definition section, which is added empty when
-// it is missing too.
+// A document without a main data section gets one without rows, so that
+// the definition section is filled and checked as for any other document:
+// one empty curve per line of the log definition section, which is added
+// empty when it is missing too. Neither is written when it holds nothing
+// (WrittenSectionCount), so nothing is recorded here.
 void CLasWriter::AddMissingDataSection()
 {
     if (FindMainDataSection() >= 0) return;
     const std::string definitionName = m_isLas3 ? "Log_Definition" : "Curve";
-    const std::string dataName = m_isLas3 ? "Log_Data" : "ASCII";
     CLasSection* definition = FindStored(definitionName);
     if (!definition) {
         CLasSection added;
         added.m_name = definitionName;
         added.m_type = LASSECTION_DEFINITION;
-        Record(LASREPAIR_SECTION_ADDED, definitionName, "", "", definitionName,
-               "section " + definitionName + " added: the document has no curves");
         Store(std::move(added));
         definition = &m_sections.back();
     }
     CLasSection data;
-    data.m_name = dataName;
+    data.m_name = m_isLas3 ? "Log_Data" : "ASCII";
     data.m_type = LASSECTION_DATA;
     data.m_association = definition->m_name;
     for (const CLasParam& line : definition->m_params) {
@@ -525,9 +524,41 @@ void CLasWriter::AddMissingDataSection()
         curve.m_definition = line;
         data.m_curves.push_back(curve);
     }
-    Record(LASREPAIR_SECTION_ADDED, dataName, "", "", dataName,
-           "section " + dataName + " added without rows: the document has no log data");
     Store(std::move(data));
+}
+
+namespace {
+
+bool HoldsNothing(const CLasSection& section)
+{
+    if (!section.m_params.empty()) return false;
+    for (const CLasCurve& curve : section.m_curves)
+        if (curve.size() > 0) return false;
+    return true;
+}
+
+}  // namespace
+
+// How many of the ordered sections are written: all of them, but in repair
+// mode the sections that hold nothing at the end of the document, since a
+// strict read refuses a file that ends in a section header. Each is recorded
+// once, however often the document is written.
+size_t CLasWriter::WrittenSectionCount()
+{
+    size_t count = m_sections.size();
+    if (!m_repair) return count;
+    while (count > 0 && HoldsNothing(m_sections[count - 1])) {
+        const std::string& name = m_sections[--count].m_name;
+        const auto same = [&](const CLasRepair& r) {
+            return r.kind == LASREPAIR_SECTION_NOT_WRITTEN && r.section == name;
+        };
+        if (std::none_of(m_repairs.begin(), m_repairs.end(), same))
+            Record(LASREPAIR_SECTION_NOT_WRITTEN, name, "", name, "",
+                   "section " + name +
+                       " holds no lines and no rows and is not written: a file cannot end in a "
+                       "section header");
+    }
+    return count;
 }
 
 namespace {

@@ -151,8 +151,9 @@ ELASFILEERROR CLasWriter::WriteDocument(OutputBuffer& out, const tessel::TxStrin
     if (!Report(0.0, message)) return LASFILE_CANCELLED;
     ELASFILEERROR result = WriteHead(out);
     if (result != LASFILE_OK) return result;
+    const size_t written = WrittenSectionCount();
     const double step = 100.0 / static_cast<double>(m_sections.size());
-    for (size_t i = 0; i < m_sections.size(); ++i) {
+    for (size_t i = 0; i < written; ++i) {
         const CLasSection& section = m_sections[i];
         const double base = static_cast<double>(i) * step;
         if (!Report(base, message)) return LASFILE_CANCELLED;

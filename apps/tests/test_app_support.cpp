@@ -502,7 +502,7 @@ TEST(Conversion, CorpusAndSamplesSurviveConversion)
             const bool curveNames =
                 quarl::common::EqualsNoCase(section, "Curve") || section.find("_Definition") != std::string::npos;
             const bool changesCurves =
-                r.kind == quarl::LASREPAIR_SECTION_ADDED || r.kind == quarl::LASREPAIR_CURVE_LEFT_OUT ||
+                r.kind == quarl::LASREPAIR_SECTION_NOT_WRITTEN || r.kind == quarl::LASREPAIR_CURVE_LEFT_OUT ||
                 r.kind == quarl::LASREPAIR_CURVE_MOVED || r.kind == quarl::LASREPAIR_CURVE_PADDED ||
                 r.kind == quarl::LASREPAIR_DEFINITION_ADDED || r.kind == quarl::LASREPAIR_LINE_LEFT_OUT;
             if (changesCurves || (r.kind == quarl::LASREPAIR_SECTION_LEFT_OUT && !version) ||

@@ -44,9 +44,11 @@ enum ELASREPAIRKIND : int32_t {
     LASREPAIR_SECTION_LEFT_OUT = 1,
     // A second section of a name: its lines appended to the first.
     LASREPAIR_SECTION_MERGED = 2,
-    // A main data section (and its definition section) added to a document
-    // without one, so that it writes with no rows.
-    LASREPAIR_SECTION_ADDED = 3,
+    // A section that holds nothing (no lines, no rows) at the end of the
+    // document, not written: a file cannot end in a section header. A
+    // document without rows so writes its curves in the definition section
+    // alone, and reads back with them.
+    LASREPAIR_SECTION_NOT_WRITTEN = 3,
     // An association changed: a data section's link following its
     // definition's new name, or a LAS 2.0 parameter's association removed.
     LASREPAIR_ASSOCIATION = 4,
@@ -333,6 +335,7 @@ private:
     void FillEmptyTexts(CLasSection& data);
     void AddMissingDefinitions(CLasSection& data, CLasSection& definition);
     void AddMissingDataSection();
+    size_t WrittenSectionCount();
     void UseTextDelimiter();
     void RepairWellRange(const CLasSection& data, CLasSection& well);
     CLasSection* FindStored(const std::string& name);
