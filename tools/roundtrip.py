@@ -7,8 +7,8 @@ back strictly. A file passes a version when the read-back holds the same
 curves with the same values, column by column, and the same parameter texts
 (mnemonic, unit, value, description, trimmed) as the lenient read, except
 where the writer reported a repair (a quarl.RepairWarning) that names the
-section or the line, or where the package itself set the Well range from
-the data before writing.
+section or the line (in a curve's data section and its definition section
+alike).
 
     PYTHONPATH=build/python /usr/bin/python3 tools/roundtrip.py FOLDER... [--json]
 
@@ -39,7 +39,6 @@ RELATIVE_TOLERANCE = 1e-12
 FULL_NAMES = {"V": "VERSION", "W": "WELL", "C": "CURVE", "P": "PARAMETER", "O": "OTHER",
               "A": "ASCII"}
 # The Python layer sets these Well lines from the data before a write.
-RANGE_LINES = ("STRT", "STOP", "STEP")
 # Repair kinds that change no value nor text of the named section.
 HARMLESS_KINDS = ("DELIMITER",)
 
@@ -95,6 +94,7 @@ class Exemptions:
     renamed: Dict[str, str] = field(default_factory=dict)
     sections: Set[str] = field(default_factory=set)
     lines: Set[Tuple[str, str]] = field(default_factory=set)
+    partners: Dict[str, Set[str]] = field(default_factory=dict)
 
     @classmethod
     def of(cls, repairs: Iterable[Repair]) -> "Exemptions":
@@ -110,8 +110,8 @@ class Exemptions:
         if repair.mnemonic.strip():
             names = {repair.mnemonic}
             if "MNEMONIC" in kind:
-                names |= {repair.old, repair.new}
-            self.lines |= {(section, n.strip().upper()) for n in names if n.strip()}
+                names |= {repair.old, repair.new}  # an empty mnemonic given a name too
+            self.lines |= {(section, n.strip().upper()) for n in names}
         elif "RENAME" in kind and repair.old.strip() and repair.new.strip():
             self.renamed[canonical(repair.old)] = canonical(repair.new)
         elif section:
@@ -122,22 +122,20 @@ class Exemptions:
         return self.renamed.get(canonical(name), canonical(name))
 
     def skips_line(self, section: str, mnemonic: str) -> bool:
-        return (section, mnemonic.strip().upper()) in self.lines
+        """Whether a repair names the line, in its section or in the section
+        paired with it: a curve's data section and its definition section
+        name the same curve."""
+        name = mnemonic.strip().upper()
+        return any((s, name) in self.lines for s in {section, *self.partners.get(section, ())})
 
-
-def range_repairs(original: Sequence[quarl.Section],
-                  handed: Sequence[quarl.Section]) -> List[Repair]:
-    """The Well range lines that the package set from the data before the
-    write (what the writer was handed against what was read)."""
-    repairs = []
-    for before, after in zip(original, handed):
-        if canonical(before.name) != "WELL":
-            continue
-        old = {p.mnemonic.strip().upper(): p.value.strip() for p in before.params}
-        new = {p.mnemonic.strip().upper(): p.value.strip() for p in after.params}
-        repairs += [Repair("PACKAGE_WELL_RANGE", before.name, m, old.get(m, ""), new.get(m, ""))
-                    for m in RANGE_LINES if old.get(m) != new.get(m)]
-    return repairs
+    def pair(self, sections: Sequence[quarl.Section]) -> None:
+        """Pairs each data section with its definition section (by the link
+        of the lenient read, under the names they are written as)."""
+        for data in sections:
+            if data.type == quarl.DATA and data.association.strip():
+                a, b = self.stored_name(data.name), self.stored_name(data.association)
+                self.partners.setdefault(a, set()).add(b)
+                self.partners.setdefault(b, set()).add(a)
 
 
 def texts(param: quarl.Param) -> Tuple[str, str, str, str]:
@@ -217,6 +215,7 @@ def first_difference(original: Sequence[quarl.Section], back: Sequence[quarl.Sec
     how many lines and sections the writer added. The Version section is the
     writer's own and is not compared."""
     written = {canonical(s.name): s for s in back}
+    exempt.pair(original)
     added = 0
     for section in original:
         name = exempt.stored_name(section.name)
@@ -267,7 +266,6 @@ def round_trip(las: quarl.LasFile, path: str, version: int) -> Outcome:
         text, repairs = write_in_memory(las, version)
     except quarl.LasError as error:
         return Outcome(path, version, "refused", refusal(error))
-    repairs += range_repairs(original, las._for_writing())
     try:
         back = quarl.read(text, strict=True)
     except quarl.LasError as error:

@@ -169,14 +169,14 @@ def read(source: Source, *, strict: bool = False, headers_only: bool = False,
     return _read(source, strict, headers_only, progress, None, encoding)
 
 
-def _writable(las: LasFile, las3: bool) -> List[Section]:
+def _writable(las: LasFile, las3: bool, strict: bool) -> List[Section]:
     """The sections to hand to the writer: all but the Version section, which
-    the writer makes itself, with what was changed through the mappings
-    and STRT, STOP and STEP taken from the data; for LAS 2.0 a data
-    section's link names its definition section the way the writer will
-    store it."""
+    the writer makes itself, with what was changed through the mappings;
+    for a strict write STRT, STOP and STEP taken from the data (a repairing
+    writer does that itself and reports it); for LAS 2.0 a data section's
+    link names its definition section the way the writer will store it."""
     out = []
-    for section in las._for_writing():
+    for section in las._for_writing(range_from_data=strict):
         if section.name.lower() in ("version", "v"):
             continue
         if not las3 and section.type == DATA and len(section.association) == 1:
@@ -197,7 +197,7 @@ def _write_record(target: bytes, las: LasFile, version: int, delimiter: str,
     if len(delimiter) != 1:
         raise ValueError("delimiter must be one character")
     chosen = encodings.normalize(encoding or las.encoding)
-    sections = _writable(las, version == 3)
+    sections = _writable(las, version == 3, strict)
     if chosen != encodings.UTF8:
         sections = _quarl.encode(sections, encodings.table(chosen), chosen)
     record = _quarl.write(target, sections, version == 3, delimiter, progress, None, to_text,

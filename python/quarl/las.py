@@ -426,10 +426,11 @@ class LasFile:
             curves.append((definition, values))
         self._replace_curves(data, curves)
 
-    def _for_writing(self) -> List[Section]:
-        """The sections with what was changed through the mappings, and the
-        Well section's STRT, STOP and STEP taken from the main data where
-        they disagree with it."""
+    def _for_writing(self, range_from_data: bool = True) -> List[Section]:
+        """The sections with what was changed through the mappings, and,
+        with `range_from_data`, the Well section's STRT, STOP and STEP taken
+        from the main data where they disagree with it (a repairing write
+        leaves that to the writer, which reports each change)."""
         for section in self.sections:
             if id(section) in self._items:
                 section.params = list(self._items[id(section)])
@@ -444,7 +445,7 @@ class LasFile:
                     self._items.pop(id(definition_section), None)
         well = _first(self.sections, ["Well", "W"])
         main = self.data_section
-        if well is None or main is None or main.curve_count == 0 \
+        if not range_from_data or well is None or main is None or main.curve_count == 0 \
                 or not main.curve_is_numeric(0) or len(main.curve_values(0)) == 0:
             return list(self.sections)
         fixed = well.copy()

@@ -96,7 +96,7 @@ def test_a_renamed_section_is_compared_under_its_new_name():
     assert not exempt.skips_line("WELL", "G_R")
 
 
-def test_repairs_are_taken_from_warnings_and_the_package_range_is_its_own(monkeypatch):
+def test_repairs_are_taken_from_warnings(monkeypatch):
     class RepairWarning(UserWarning):
         def __init__(self, kind, section, mnemonic, old, new):
             super().__init__(f"{section} {mnemonic}: {old} -> {new}")
@@ -109,10 +109,6 @@ def test_repairs_are_taken_from_warnings_and_the_package_range_is_its_own(monkey
         warnings.warn("something else", UserWarning)
     found = [roundtrip.repair_of(w) for w in caught]
     assert found == [repair("UNIT", "Curve", "GR", "gapi", "GAPI"), None]
-    before = sections()
-    handed = sections(extra="STRT.M 1.0 :\n")
-    assert roundtrip.range_repairs(before, handed) == [
-        repair("PACKAGE_WELL_RANGE", "W", "STRT", "", "1.0")]
 
 
 def test_the_script_counts_a_folder(tmp_path, capsys):
@@ -127,7 +123,7 @@ def test_the_script_counts_a_folder(tmp_path, capsys):
     assert counts["files"] == 2 and len(counts["not read leniently"]) == 1
     las2 = counts["versions"][0]
     assert (las2["read leniently"], las2["written"], las2["same"]) == (1, 1, 1)
-    assert las2["repairs by kind"] == {"PACKAGE_WELL_RANGE": 2}  # STRT and STEP
+    assert las2["repairs by kind"] == {"LASREPAIR_WELL_RANGE": 1}  # STRT; a STEP of 0 stands
 
 
 def test_the_counts_of_the_corpus_add_up(capsys):
