@@ -132,6 +132,9 @@ ELASFILEERROR CLasReader::ReadParameterLine(CLasSection& section, bool isVersion
     if (relaxed & kColonsKept) Note(LASNOTE_VALUE_WITH_COLONS, "value keeps its colons: " + quoted);
     if (relaxed & kMnemonicPeriods)
         Note(LASNOTE_MNEMONIC_PERIODS, "mnemonic " + param.m_mnemonic + " ends at a double period");
+    if (relaxed & kUnitColons)
+        Note(LASNOTE_UNIT_WITH_COLONS,
+             "unit of " + param.m_mnemonic + " keeps its colons: \"" + param.m_unit + "\"");
     if (!Spend(ParamBytes(param))) return LASFILE_OUT_OF_MEMORY;
     section.m_params.push_back(std::move(param));
     if (isVersion)

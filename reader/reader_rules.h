@@ -14,6 +14,7 @@ constexpr unsigned kRelaxedNoPeriod = 1;  // leniently read without a period
 constexpr unsigned kValueCutAtColon = 2;  // the value ends at a colon inside a time
 constexpr unsigned kColonsKept = 4;       // leniently the value kept its colons
 constexpr unsigned kMnemonicPeriods = 8;  // leniently the mnemonic ended at a double period
+constexpr unsigned kUnitColons = 16;      // leniently the unit kept colons up to a blank
 
 inline uint64_t ParamBytes(const CLasParam& p)
 {

@@ -202,6 +202,52 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
     }
 }
 
+// The fields of one Well line read leniently, "unit|value|description", and
+// whether the unit kept colons with a note on line 6.
+std::string LenientWellLine(const std::string& line, bool& noted)
+{
+    CLasReader reader;
+    CLasReadOptions options;
+    options.lenient = true;
+    reader.SetOptions(options);
+    noted = false;
+    if (OpenText(reader, kHead + line + "\n") != LASFILE_OK) return "(failed)";
+    const CLasSection& well = reader.GetSection(1);
+    if (well.m_params.size() < 2) return "(no line)";
+    const CLasParam& p = well.m_params.back();
+    noted = HasNote(reader, LASNOTE_UNIT_WITH_COLONS, 6);
+    return p.m_unit + "|" + p.m_value + "|" + p.m_description;
+}
+
+// Leniently a unit with colons ends at its first blank when a description
+// colon follows; a colon that ends the unit's text, or no colon behind the
+// blank, keeps the strict reading.
+TEST(Lenient, UnitWithColonsEndsAtItsFirstBlank)
+{
+    const struct {
+        const char* line;
+        const char* fields;
+        bool noted;
+    } cases[] = {
+        {"STRT.DD/MM/YYYY-HH:MM:SS 03/09/2021-00:00:00 : Start Time",
+         "DD/MM/YYYY-HH:MM:SS|03/09/2021-00:00:00|Start Time", true},
+        {"TM.HH:MM 12:30 : time", "HH:MM|12:30|time", true},
+        {"GR.API: gamma", "API||gamma", false},
+        {"X.A:B value", "A||B value", false},
+        {"F.A:B{x} v : d", "A||B", false},
+    };
+    for (const auto& c : cases) {
+        bool noted = false;
+        EXPECT_EQ(LenientWellLine(c.line, noted), c.fields) << c.line;
+        EXPECT_EQ(noted, c.noted) << c.line;
+    }
+    CLasReader strict;
+    CLasParam param;
+    ASSERT_EQ(Access::ParseParameterLine(strict, cases[0].line, param), LASFILE_OK);
+    EXPECT_EQ(param.m_unit, "DD/MM/YYYY-HH");
+    EXPECT_EQ(param.m_value, "");
+}
+
 // Files that repeat ~Curve and ~Ascii for each run: leniently each data
 // section takes the nearest definition above it; strictly the first.
 TEST(Lenient, RepeatedRunsTakeTheNearestDefinition)

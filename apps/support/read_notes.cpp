@@ -71,6 +71,7 @@ std::string NoteKindTitle(ELASNOTEKIND kind)
         {LASNOTE_DECIMAL_COMMA, "decimal comma"},
         {LASNOTE_MNEMONIC_PERIODS, "mnemonic with periods"},
         {LASNOTE_NEAREST_DEFINITION, "curves from the nearest definition"},
+        {LASNOTE_UNIT_WITH_COLONS, "unit keeps its colons"},
     };
     for (const Title& title : titles)
         if (title.kind == kind) return title.words;

@@ -29,7 +29,7 @@ class SectionNameIndex;
 struct CLasReadOptions {
     // Relaxes a few well-defined rules so that files written by real tools
     // read as they mean; each relaxed rule that fires leaves a note of its
-    // own kind, LASNOTE_DECODED to LASNOTE_NEAREST_DEFINITION below, where
+    // own kind, LASNOTE_DECODED and the kinds behind it below, where
     // each rule is told. Off, the result of every read is exactly the strict one.
     bool lenient = false;
     // Reads every section but keeps no data values: the curves of a data
@@ -145,6 +145,10 @@ enum ELASNOTEKIND : int32_t {
     LASNOTE_NEAREST_DEFINITION = 32,    // a data section takes the nearest definition section of
                                         // its name above it (files that repeat ~Curve and ~Ascii
                                         // for each logging run), not the first
+    LASNOTE_UNIT_WITH_COLONS = 33,      // a unit that holds colons ends at its first blank when
+                                        // the line has a colon behind that blank:
+                                        // "STRT.DD/MM/YYYY-HH:MM:SS 03/09/2021-00:00:00 : Start"
+                                        // has unit "DD/MM/YYYY-HH:MM:SS" and the date as value
 };
 
 // The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
