@@ -417,19 +417,24 @@ ELASFILEERROR CLasReader::ReadDataEnds(CLasSection& section)
     if (result == LASFILE_IO_FAILED) return HeaderAtEnd(section.m_name);
     if (result != LASFILE_OK || Line()[0] == '~') return result;
     const detail::RowBytes bytes(m_isLas3, m_delimiter);
+    std::unique_ptr<detail::KeptTokens> kept;
+    if (m_options.lenient) kept.reset(new detail::KeptTokens(section.m_curves.size()));
     bool headerReached = false;
-    result = ReadDataRow(bytes, section, headerReached, nullptr);
+    result = ReadDataRow(bytes, section, headerReached, kept.get());
     if (result != LASFILE_OK) return result;
     const uint64_t lastOffset = lastLine ? tailStart + static_cast<uint64_t>(lastLine - begin) : 0;
-    if (!lastLine || lastOffset < m_file.GetOffset()) return LASFILE_OK;  // one row
-    const uint64_t firstRowLine = m_lineNumber;
-    m_lineNumber = 0;
-    result = m_file.ReadLineAt(lastOffset);
-    if (result == LASFILE_OK) result = ReadDataRow(bytes, section, headerReached, nullptr);
-    m_lineNumber = firstRowLine;
-    while (result == LASFILE_OK)
-        result = m_file.ReadLine();  // to the end: trailing blanks and comments
-    return result == LASFILE_IO_FAILED ? LASFILE_OK : result;
+    if (lastLine && lastOffset >= m_file.GetOffset()) {  // more than one row
+        const uint64_t firstRowLine = m_lineNumber;
+        m_lineNumber = 0;
+        result = m_file.ReadLineAt(lastOffset);
+        if (result == LASFILE_OK) result = ReadDataRow(bytes, section, headerReached, kept.get());
+        m_lineNumber = firstRowLine;
+        while (result == LASFILE_OK)
+            result = m_file.ReadLine();  // to the end: trailing blanks and comments
+        if (result != LASFILE_IO_FAILED) return result;
+    }
+    if (kept) NoNumbersAsNaN(section, *kept);
+    return LASFILE_OK;
 }
 
 // Without values: the lines up to the next header are passed over whole.
@@ -491,8 +496,9 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
 // non-numbers becomes a text curve, and one of whole numbers and numbers
 // with a decimal comma is read with the comma as the decimal mark; in a
 // curve whose values have decimals, a token with one comma and no period is
-// a decimal comma. A curve with numbers and non-numbers keeps its numbers
-// and their notes; a token read in part that no rule read whole is noted.
+// a decimal comma. In a curve with numbers and non-numbers, every token that
+// no rule reads as one whole number is NaN, with a note on its line: the
+// notes tell what each value finally became.
 void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
                                   uint64_t headerLine)
 {
@@ -524,10 +530,31 @@ void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens
                            "\" as " + FormatValue(curve.m_numbers[token.row]) +
                            ": a decimal comma among periods");
             } else {
-                NoteNumberInPart(curve, token.line, token.text);
+                NoNumberAsNaN(curve, token.row, token.line, token.text);
             }
         }
     }
+}
+
+// Leniently, for the rows of a read of the data's ends, where no column rule
+// applies: each odd token that is no one whole number is NaN.
+void CLasReader::NoNumbersAsNaN(CLasSection& section, const detail::KeptTokens& kept)
+{
+    for (size_t i = 0; i < section.m_curves.size(); ++i) {
+        for (const auto& token : kept.Of(i))
+            NoNumberAsNaN(section.m_curves[i], token.row, token.line, token.text);
+    }
+}
+
+// A kept token that is no one whole number ("-", "ERR", "12.5ft", "1.2.3")
+// is NaN, with a note on its line.
+void CLasReader::NoNumberAsNaN(CLasCurve& curve, size_t row, uint64_t line, const std::string& text)
+{
+    if (IsWholeNumber(text)) return;
+    curve.m_numbers[row] = std::nan("");
+    NoteAt(line, LASNOTE_NOT_A_NUMBER,
+           "\"" + text + "\" in curve " + curve.m_definition.m_mnemonic +
+               " is no number: read as NaN");
 }
 
 // A token of which atof takes only a leading number, with what it read.
@@ -656,7 +683,10 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
                 NoteNumberInPart(curve, m_lineNumber, std::string(begin, end));
             curve.m_numbers.push_back(value);
         } else if (curve.m_isNumeric) {
-            curve.m_numbers.push_back(OddNumber(curve, begin, end, !kept));
+            // Leniently an odd token is kept and decided once the whole
+            // column is known; until then it holds what atof reads.
+            curve.m_numbers.push_back(kept && begin != end ? ParseNumber(begin, end)
+                                                           : OddNumber(curve, begin, end, !kept));
         } else {
             curve.m_strings.emplace_back(begin, static_cast<size_t>(end - begin));
             m_bytesKept += static_cast<uint64_t>(end - begin);

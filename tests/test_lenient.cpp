@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <sstream>
 
@@ -115,7 +116,7 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         {"long row", kHead + kCurves + "~A\n1 2 3 4\n", "A", LASFILE_OK, "A:2/16|Curve{1;2;3}", LASFILE_OK,
          "A:2/16|Curve{1;2;3}", LASNOTE_LONG_ROW, 11, true},
         {"not a number", kHead + kCurves + "~A\n1 x 3\n", "A", LASFILE_OK, "A:2/16|Curve{1;0;3}", LASFILE_OK,
-         "A:2/16|Curve{1;\"x\";3}", LASNOTE_NOT_A_NUMBER, 11, true},
+         "A:2/16|Curve{1;\"x\";3}", LASNOTE_TEXT_COLUMN, 10, false},
         {"header at end", kHead + kCurves + "~A\n", "A", LASFILE_IO_FAILED, "A:2/16|Curve{;;}", LASFILE_OK,
          "A:2/16|Curve{;;}", LASNOTE_HEADER_AT_END, 10, true},
         {"skipped as data", kHead + "~Other\n1 2 3\n", "Well/NULL", LASFILE_OK, "-999.25", LASFILE_OK, "-999.25",
@@ -134,22 +135,22 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         {"columns named behind a tab", "~A\tDEPT GR\n1 2\n", "A", LASFILE_BAD_FORMAT, "(none)", LASFILE_OK,
          "A:2/16|{1;2}", LASNOTE_COLUMNS_FROM_HEADER, 1, false},
         {"numbers and text", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 x\n2 5\n", "A", LASFILE_OK,
-         "A:2/16|Curve{1,2;0,5}", LASFILE_OK, "A:2/16|Curve{1,2;0,5}", LASNOTE_NOT_A_NUMBER, 10, true},
+         "A:2/16|Curve{1,2;0,5}", LASFILE_OK, "A:2/16|Curve{1,2;nan,5}", LASNOTE_NOT_A_NUMBER, 10, true},
         {"decimal comma", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,5\n2 -0,25\n3 7\n4 1E20\n", "A", LASFILE_OK,
          "A:2/16|Curve{1,2,3,4;12,-0,7,1e+20}", LASFILE_OK, "A:2/16|Curve{1,2,3,4;12.5,-0.25,7,1e+20}",
          LASNOTE_DECIMAL_COMMA, 9, false},
         {"comma without digits behind", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,\n2 3,5\n", "A", LASFILE_OK,
-         "A:2/16|Curve{1,2;12,3}", LASFILE_OK, "A:2/16|Curve{1,2;12,3}", LASNOTE_NUMBER_IN_PART, 10, true},
+         "A:2/16|Curve{1,2;12,3}", LASFILE_OK, "A:2/16|Curve{1,2;nan,nan}", LASNOTE_NOT_A_NUMBER, 10, false},
         {"thousands comma", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 1,500\n2 7\n", "A", LASFILE_OK,
-         "A:2/16|Curve{1,2;1,7}", LASFILE_OK, "A:2/16|Curve{1,2;1,7}", LASNOTE_NUMBER_IN_PART, 10, true},
+         "A:2/16|Curve{1,2;1,7}", LASFILE_OK, "A:2/16|Curve{1,2;nan,7}", LASNOTE_NOT_A_NUMBER, 10, false},
         {"comma and period", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 12,5\n2 7.5\n", "A", LASFILE_OK,
          "A:2/16|Curve{1,2;12,7.5}", LASFILE_OK, "A:2/16|Curve{1,2;12.5,7.5}", LASNOTE_DECIMAL_COMMA, 10, false},
         {"comma among periods", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 123.45\n2 123,420\n3 1,500.25\n", "A",
-         LASFILE_OK, "A:2/16|Curve{1,2,3;123.45,123,1}", LASFILE_OK, "A:2/16|Curve{1,2,3;123.45,123.42,1}",
-         LASNOTE_NUMBER_IN_PART, 12, true},
+         LASFILE_OK, "A:2/16|Curve{1,2,3;123.45,123,1}", LASFILE_OK, "A:2/16|Curve{1,2,3;123.45,123.42,nan}",
+         LASNOTE_NOT_A_NUMBER, 12, false},
         {"numbers in part", kHead + kCurves + "~A\n1 12.5ft 1.2.3\n2 5-3 7\n3 4 8\n", "A", LASFILE_OK,
-         "A:2/16|Curve{1,2,3;12.5,5,4;1.2,7,8}", LASFILE_OK, "A:2/16|Curve{1,2,3;12.5,5,4;1.2,7,8}",
-         LASNOTE_NUMBER_IN_PART, 12, true},
+         "A:2/16|Curve{1,2,3;12.5,5,4;1.2,7,8}", LASFILE_OK, "A:2/16|Curve{1,2,3;nan,nan,4;nan,7,8}",
+         LASNOTE_NOT_A_NUMBER, 12, false},
         {"lone carriage return",
          "~Version\r\nVERS. 2.0 : v\r\nWRAP. NO : w\r\n~Well\r\nSTRT.M 1 : s\rSTOP.M 2 : t\r"
          "NULL. -999.25 : n\r\n",
@@ -200,6 +201,57 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
             EXPECT_EQ(strict.reader.GetNotes().back().line, strict.reader.GetLineNumber()) << c.name;
         }
     }
+}
+
+// Reads `text` leniently into `reader`; true when the read succeeds.
+bool ReadLeniently(CLasReader& reader, const std::string& text)
+{
+    CLasReadOptions options;
+    options.lenient = true;
+    reader.SetOptions(options);
+    return OpenText(reader, text) == LASFILE_OK;
+}
+
+size_t CountNotes(const CLasReader& reader, ELASNOTEKIND kind)
+{
+    const auto& notes = reader.GetNotes();
+    return static_cast<size_t>(
+        std::count_if(notes.begin(), notes.end(), [&](const CLasNote& n) { return n.kind == kind; }));
+}
+
+// Leniently a token that is no one number reads as NaN with a note on its
+// line, never as 0 or as its leading number; whole numbers in any form keep
+// their value; a column of nothing but words is text without a note per row.
+TEST(Lenient, TokensThatAreNoNumberReadAsNaN)
+{
+    const std::string text = kHead + "~Curve\nDEPT.M : d\nX. : x\nW. : w\n~A\n" +
+                             "1 - a\n2 (null) b\n3 ERR c\n4 -1.#IND0000 d\n5 7.020101130.188 e\n6 12.5ft f\n"
+                             "7 +1E2 g\n8 2.5 h\n";  // rows on lines 11-18
+    CLasReader reader;
+    ASSERT_TRUE(ReadLeniently(reader, text)) << NoteList(reader);
+    const CLasSection& data = reader.GetSection(reader.size() - 1);
+    ASSERT_EQ(data.m_curves.size(), 3u);
+    const std::vector<double>& x = data.m_curves[1].m_numbers;
+    ASSERT_EQ(x.size(), 8u);
+    for (size_t row = 0; row < 6; ++row) {
+        EXPECT_TRUE(std::isnan(x[row])) << "row " << row << ": " << x[row];
+        EXPECT_TRUE(HasNote(reader, LASNOTE_NOT_A_NUMBER, 11 + row)) << NoteList(reader);
+    }
+    EXPECT_EQ(x[6], 100.0);
+    EXPECT_EQ(x[7], 2.5);
+    EXPECT_EQ(CountNotes(reader, LASNOTE_NOT_A_NUMBER), 6u) << NoteList(reader);
+    EXPECT_EQ(CountNotes(reader, LASNOTE_NUMBER_IN_PART), 0u) << NoteList(reader);
+    ASSERT_FALSE(data.m_curves[2].m_isNumeric);
+    EXPECT_EQ(data.m_curves[2].m_strings.at(4), "e");
+    EXPECT_TRUE(HasNote(reader, LASNOTE_TEXT_COLUMN, 10)) << NoteList(reader);
+    // Strictly the same file keeps atof's values and its notes.
+    CLasReader strict;
+    ASSERT_EQ(OpenText(strict, text), LASFILE_OK);
+    const std::vector<double>& y = strict.GetSection(strict.size() - 1).m_curves[1].m_numbers;
+    EXPECT_EQ(y.at(0), 0.0);
+    EXPECT_EQ(y.at(4), 7.020101130);
+    EXPECT_EQ(y.at(5), 12.5);
+    EXPECT_EQ(CountNotes(strict, LASNOTE_NOT_A_NUMBER), 11u) << NoteList(strict);
 }
 
 // The fields of one Well line read leniently, "unit|value|description", and
@@ -309,6 +361,7 @@ TEST(Lenient, DataEndsGiveTheFirstAndLastRows)
         {"blank and comment lines behind", head + "1 2 3\n4 5 6\n\n# end\n  \n", true},
         {"carriage returns", "~Version\r\nVERS. 2.0 : v\r\n~Curve\r\nD.M : d\r\n~A\r\n1\r\n2\r\n", true},
         {"one row", head + "1 2 3\n", true},
+        {"tokens that are no number", head + "1 - 3\n4 5 ERR\n7 8 x\n", true},
         {"many rows", head + many, true},
         {"a section behind", head + "1 2 3\n~Other\nx\n", false},
         {"LAS 3.0", Las30Head("DEPT.M : d\n") + "~Log_Data\n1\n2\n", false},
@@ -360,9 +413,11 @@ TEST(Lenient, DataEndsGiveTheFirstAndLastRows)
         for (size_t c = 0; c < a.m_curves.size(); ++c) {
             const std::vector<double>& x = a.m_curves[c].m_numbers;
             if (!a.m_curves[c].m_isNumeric || x.empty()) continue;
-            std::vector<double> want = {x.front()};
-            if (x.size() > 1) want.push_back(x.back());
-            EXPECT_EQ(b.m_curves[c].m_numbers, want) << path << " curve " << c;
+            // As text, so that NaN (a token that is no number) compares equal.
+            std::vector<std::string> want = {Exact(x.front())}, got;
+            if (x.size() > 1) want.push_back(Exact(x.back()));
+            for (double v : b.m_curves[c].m_numbers) got.push_back(Exact(v));
+            EXPECT_EQ(got, want) << path << " curve " << c;
         }
     }
     std::printf("corpus: %zu files, %d read by their data's ends\n", corpus.size(), fast);

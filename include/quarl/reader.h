@@ -49,7 +49,8 @@ struct CLasReadOptions {
     // passing the rows between. The curves of ~A then hold two values each,
     // the first and the last row's (one for a section of one row, none for
     // a section of none); a lenient read's column rules (text columns,
-    // decimal commas) are not applied to them. Notes of the last row have
+    // decimal commas) are not applied to them, but a token that is no number
+    // is NaN as in a full lenient read. Notes of the last row have
     // line 0, and GetLineNumber() gives the first row's line. Every other
     // file (LAS 3.0, wrapped, a section header near the end, text decoded
     // from UTF-16 or read by carriage returns) is read as headersOnly reads
@@ -73,14 +74,17 @@ enum ELASNOTEKIND : int32_t {
     LASNOTE_SECTION_SKIPPED = 1,  // a section nothing reads was passed over
     LASNOTE_SHORT_ROW = 2,        // a row with fewer values than curves was filled
     LASNOTE_LONG_ROW = 3,         // values behind the last curve were dropped
-    LASNOTE_NOT_A_NUMBER = 4,     // a numeric token that is no number was read as 0
+    LASNOTE_NOT_A_NUMBER = 4,     // a numeric token that is no number was read as 0;
+                                  // leniently, once its column is read, a token that no
+                                  // rule reads as one whole number is NaN ("-", "ERR",
+                                  // "(null)", "12.5ft", "1.2.3"), one note on its line
     LASNOTE_VALUE_CUT = 5,        // a parameter value ended at a colon inside a time (12:30)
     LASNOTE_HEADER_AT_END = 6,    // a section header is the last line of the file
     LASNOTE_BUDGET_EXCEEDED = 7,  // the read passed CLasReadOptions::maxBytes
     LASNOTE_MORE_NOTES = 8,       // notes of one kind past the cap, counted here
     LASNOTE_NUMBER_IN_PART = 9,   // a numeric token of which only a leading number counts
                                   // ("123,420", "12.5ft", "1.2.3", "5-3": 123, 12.5, 1.2, 5);
-                                  // leniently, only for tokens no rule of a column reads whole
+                                  // strict reads only: leniently such a token is NaN
     // Made only in lenient reads, one kind for each relaxed rule.
     LASNOTE_DECODED = 16,               // a UTF-8 byte-order mark passed over, UTF-16/32 text
                                         // (with a mark, or UTF-16 seen by its zero bytes) read
@@ -127,8 +131,8 @@ enum ELASNOTEKIND : int32_t {
                                         // numeric; the note is on the data section's header
     LASNOTE_TEXT_COLUMN = 29,           // a numeric curve none of whose tokens is a number
                                         // (dates, names) holds them as text; the note is on
-                                        // the data section's header, and the NOT_A_NUMBER
-                                        // notes of its tokens stay
+                                        // the data section's header, and its tokens have
+                                        // no notes of their own
     LASNOTE_DECIMAL_COMMA = 30,         // a numeric curve whose tokens are whole numbers and
                                         // numbers with a comma ("12,5", "-0,25") and never a
                                         // period, in a file whose delimiter is not the comma,
@@ -138,8 +142,9 @@ enum ELASNOTEKIND : int32_t {
                                         // whose other values have decimals (a period), each
                                         // token of digits, one comma and digits is read with
                                         // the comma as the decimal mark ("123,420" is 123.42),
-                                        // a note on its line. A comma with a period ("1,500.25")
-                                        // is no decimal comma: atof reads it (1)
+                                        // a note on its line. A comma with a period ("1,500.25"),
+                                        // and a comma that may group thousands, is no decimal
+                                        // comma: NaN with LASNOTE_NOT_A_NUMBER
     LASNOTE_MNEMONIC_PERIODS = 31,      // a mnemonic that holds periods ends at a double period:
                                         // "Cond..MS/M" is mnemonic "Cond.", unit "MS/M"
     LASNOTE_NEAREST_DEFINITION = 32,    // a data section takes the nearest definition section of
@@ -396,6 +401,8 @@ private:
     ELASFILEERROR ReadDataEnds(CLasSection& section);
     void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
                           uint64_t headerLine);
+    void NoNumbersAsNaN(CLasSection& section, const detail::KeptTokens& kept);
+    void NoNumberAsNaN(CLasCurve& curve, size_t row, uint64_t line, const std::string& text);
 
     CTextFile m_file;
     LasStatusCallback m_statusCallback;

@@ -94,8 +94,9 @@ def test_null_values():
     # Only the Well section's NULL value is null: 9999 stays a number.
     assert read("null_policy_9999.las").df()["DT"].iloc[1] == 9999
     errors = read("null_policy_ERR.las")
-    # A token that is no number reads as 0 with a note, and its neighbours are kept.
-    assert errors["RHOB"][2] == 0 and errors["ILD"][2] == 105.6
+    # A token that is no number reads as NaN with a note (0 strictly), and its neighbours are kept.
+    assert np.isnan(errors["RHOB"][2]) and errors["ILD"][2] == 105.6
+    assert read("null_policy_ERR.las", strict=True)["RHOB"][2] == 0
     assert any(n.kind_name == "LASNOTE_NOT_A_NUMBER" for n in errors.notes)
 
 
