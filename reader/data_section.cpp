@@ -2,12 +2,15 @@
 // file are cut into tokens and each token is appended to its curve at once.
 #include <quarl/reader.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "foundation/number_parse.h"
 #include "foundation/platform.h"
@@ -81,6 +84,7 @@ public:
         std::string text;
     };
     explicit KeptTokens(size_t curves) : m_tokens(curves) {}
+    void AddCurves(size_t count) { m_tokens.resize(m_tokens.size() + count); }
     // The bytes the kept token costs against the budget.
     uint64_t Keep(size_t column, size_t row, uint64_t line, const char* begin, const char* end)
     {
@@ -269,6 +273,14 @@ bool WellNullValue(const CLasSection& well, double& value)
     return true;
 }
 
+// Leniently, the text of a data header behind its name ("~A  DEPTH DT").
+std::string HeaderWords(const char* line)
+{
+    while (*line == '~' || *line == ' ' || *line == '\t') ++line;
+    while (*line && *line != ' ' && *line != '\t') ++line;
+    return line;
+}
+
 }  // namespace
 
 // Leniently, a data section without a definition whose header line names
@@ -338,6 +350,8 @@ ELASFILEERROR CLasReader::ReadDataSection()
 
     auto stored = std::make_shared<CLasSection>(std::move(section));
     StoreSection(stored);
+    m_columnComment = m_commentAbove;
+    m_headerWords = m_options.lenient ? HeaderWords(Line()) : std::string();
     m_fillValue = 0.0;
     int32_t well = m_options.lenient ? FindSectionIndexByName("Well") : -1;
     if (well < 0 && m_options.lenient) well = FindSectionIndexByName("W");
@@ -350,6 +364,7 @@ ELASFILEERROR CLasReader::ReadDataSection()
     const ELASFILEERROR result = ReadLine();
     if (result == LASFILE_IO_FAILED) return HeaderAtEnd(stored->m_name);
     if (result != LASFILE_OK) return result;
+    if (!m_commentAbove.empty()) m_columnComment = m_commentAbove;
     return ReadDataRows(*stored, headerLine);
 }
 
@@ -468,7 +483,8 @@ ELASFILEERROR CLasReader::PassDataRows(const std::string& name)
 ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine)
 {
     const detail::RowBytes bytes(m_isLas3, m_delimiter);
-    const uint64_t rowBytes = RowBytes(section.m_curves);
+    uint64_t rowBytes = RowBytes(section.m_curves);
+    size_t curveCount = section.m_curves.size();
     std::unique_ptr<detail::KeptTokens> kept;
     if (m_options.lenient) kept.reset(new detail::KeptTokens(section.m_curves.size()));
     ELASFILEERROR result = LASFILE_OK;
@@ -480,6 +496,10 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
             bool headerReached = false;
             result = ReadDataRow(bytes, section, headerReached, kept.get());
             if (result != LASFILE_OK || headerReached) break;
+            if (section.m_curves.size() != curveCount) {  // leniently, columns were added
+                curveCount = section.m_curves.size();
+                rowBytes = RowBytes(section.m_curves);
+            }
         }
         result = ReadLine();
         if (result == LASFILE_IO_FAILED) {
@@ -599,6 +619,112 @@ void CLasReader::FillShortRow(std::vector<CLasCurve>& curves, size_t column)
                                    (withNull ? std::string("NULL ") : std::string()) + fill});
 }
 
+namespace {
+
+// How many values stand in the rest of a row from `p`, which is the
+// delimiter behind a value (or, for blanks, the next value); 0 for a
+// delimiter alone or text that is not behind a delimiter.
+size_t ValuesBehind(const detail::RowBytes& bytes, const char* p)
+{
+    const bool delimited = bytes.delimiter() != ' ';
+    if (delimited) {
+        if (*p != bytes.delimiter()) return 0;
+        p = bytes.SkipBlanks(p + 1);
+        if (*p == '\0') return 0;
+    }
+    size_t count = 0;
+    while (*p != '\0') {
+        const char* end = bytes.TokenEnd(p);
+        p = bytes.SkipBlanks(end);
+        ++count;
+        if (delimited && *p == bytes.delimiter())
+            p = bytes.SkipBlanks(p + 1);
+        else if (delimited && *p != '\0')
+            return 0;  // no delimiter between two values
+        else if (p == end && *p != '\0')
+            ++p;  // a byte that ends a token and is no blank
+    }
+    return count;
+}
+
+// The words of a comment line, split on blanks.
+std::vector<std::string> Words(const std::string& text)
+{
+    std::vector<std::string> words;
+    size_t at = 0;
+    for (;;) {
+        at = text.find_first_not_of(" \t\r", at);
+        if (at == std::string::npos) return words;
+        const size_t end = std::min(text.find_first_of(" \t\r", at), text.size());
+        words.push_back(text.substr(at, end - at));
+        at = end;
+    }
+}
+
+}  // namespace
+
+// Leniently, the names of `added` curves behind `curves`: from the comment
+// above the rows when it names every column or every added one, else from
+// the words behind the data header's name ("~A  DEPTH DT RHOB") the same
+// way, else "UNKNOWN:n" counted on from the names already there.
+std::vector<std::string> CLasReader::ExtraCurveNames(const std::vector<CLasCurve>& curves,
+                                                     size_t added) const
+{
+    std::vector<std::string> names;
+    for (const std::string& text : {m_columnComment, m_headerWords}) {
+        const std::vector<std::string> words = Words(text);
+        if (words.size() == curves.size() + added)
+            names.assign(words.end() - static_cast<std::ptrdiff_t>(added), words.end());
+        else if (words.size() == added)
+            names = words;
+        if (!names.empty()) return names;
+    }
+    std::vector<std::string> taken;
+    for (const CLasCurve& curve : curves) taken.push_back(curve.m_definition.m_mnemonic);
+    for (size_t i = 0; i < added; ++i) {
+        names.push_back(
+            NextUnknownName(taken, [](const std::string& s) -> const std::string& { return s; }));
+        taken.push_back(names.back());
+    }
+    return names;
+}
+
+// Leniently, a row with `added` values behind its last curve: a numeric
+// curve for each, filled in the rows above as a short row is, and a
+// definition line for each in the definition section. False, with the row
+// taken back, when the budget has no room for them.
+bool CLasReader::AddExtraCurves(CLasSection& section, size_t added, detail::KeptTokens& kept)
+{
+    std::vector<CLasCurve>& curves = section.m_curves;
+    const size_t rowsAbove = static_cast<size_t>(curves.front().size()) - 1;
+    const std::vector<std::string> names = ExtraCurveNames(curves, added);
+    uint64_t bytes = 0;
+    for (const std::string& name : names)
+        bytes +=
+            sizeof(CLasCurve) + sizeof(CLasParam) + 2 * name.size() + rowsAbove * sizeof(double);
+    if (!Spend(bytes)) {
+        DropRow(curves, rowsAbove);
+        return false;
+    }
+    const int32_t definition = section.m_association.empty()
+                                   ? -1
+                                   : FindNearestSectionIndexByName(section.m_association.c_str());
+    std::string list;
+    for (const std::string& name : names) {
+        CLasCurve curve;
+        curve.m_definition.m_mnemonic = name;
+        curve.m_numbers.assign(rowsAbove, m_fillValue);
+        if (definition >= 0)
+            m_sections[static_cast<size_t>(definition)]->m_params.push_back(curve.m_definition);
+        curves.push_back(std::move(curve));
+        list += (list.empty() ? "" : " ") + name;
+    }
+    kept.AddCurves(added);
+    Note(LASNOTE_EXTRA_COLUMNS,
+         std::to_string(added) + " values behind the last curve kept as curves " + list);
+    return true;
+}
+
 // What stands behind the last value of a row: a delimiter alone is nothing,
 // anything else values that were dropped.
 void CLasReader::NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count)
@@ -621,7 +747,7 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
 {
     const bool checkDelimiter = bytes.delimiter() != ' ';
     std::vector<CLasCurve>& curves = section.m_curves;
-    const size_t count = curves.size();
+    size_t count = curves.size();
     const char* p = Line();
     if (*p == '\t' && m_options.lenient && m_isLas3 && bytes.delimiter() == '\t') {
         ++p;
@@ -690,6 +816,14 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
         } else {
             curve.m_strings.emplace_back(begin, static_cast<size_t>(end - begin));
             m_bytesKept += static_cast<uint64_t>(end - begin);
+        }
+        // Leniently, values behind the last curve become curves of their own.
+        if (column + 1 == count && kept && !m_isWrapped && *p != '\0') {
+            const size_t added = ValuesBehind(bytes, p);
+            if (added > 0 && !AddExtraCurves(section, added, *kept)) return LASFILE_OUT_OF_MEMORY;
+            if (added > 0 && checkDelimiter) p = bytes.SkipBlanks(p + 1);
+            afterDelimiter = added > 0 && checkDelimiter;
+            count = curves.size();
         }
     }
     if (*p != '\0') NoteRowEnd(bytes, p, count);

@@ -114,7 +114,7 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         {"short row, no NULL", kHeadNoNull + kCurves + "~A\n4 5\n", "A", LASFILE_OK, "A:2/16|Curve{4;5;0}", LASFILE_OK,
          "A:2/16|Curve{4;5;0}", LASNOTE_SHORT_ROW, 11, true},
         {"long row", kHead + kCurves + "~A\n1 2 3 4\n", "A", LASFILE_OK, "A:2/16|Curve{1;2;3}", LASFILE_OK,
-         "A:2/16|Curve{1;2;3}", LASNOTE_LONG_ROW, 11, true},
+         "A:2/16|Curve{1;2;3;4}", LASNOTE_EXTRA_COLUMNS, 11, false},
         {"not a number", kHead + kCurves + "~A\n1 x 3\n", "A", LASFILE_OK, "A:2/16|Curve{1;0;3}", LASFILE_OK,
          "A:2/16|Curve{1;\"x\";3}", LASNOTE_TEXT_COLUMN, 10, false},
         {"header at end", kHead + kCurves + "~A\n", "A", LASFILE_IO_FAILED, "A:2/16|Curve{;;}", LASFILE_OK,
@@ -252,6 +252,113 @@ TEST(Lenient, TokensThatAreNoNumberReadAsNaN)
     EXPECT_EQ(y.at(4), 7.020101130);
     EXPECT_EQ(y.at(5), 12.5);
     EXPECT_EQ(CountNotes(strict, LASNOTE_NOT_A_NUMBER), 11u) << NoteList(strict);
+}
+
+// The mnemonics of the curves of the last section and of the parameter lines
+// of `definition`, "A B|A B".
+std::string CurveNames(const CLasReader& reader, const char* definition)
+{
+    std::string names;
+    for (const CLasCurve& curve : reader.GetSection(reader.size() - 1).m_curves)
+        names += (names.empty() ? "" : " ") + curve.m_definition.m_mnemonic;
+    names += "|";
+    CLasSection section;
+    if (reader.GetSection(definition, section) != LASFILE_OK) return names + "(none)";
+    for (size_t i = 0; i < section.m_params.size(); ++i) names += (i ? " " : "") + section.m_params[i].m_mnemonic;
+    return names;
+}
+
+// Leniently the values behind the last defined curve are curves of their
+// own, named by the comment above the rows or the data header when it names
+// one column per value (all of them, or the added ones alone), else
+// UNKNOWN:n; the definition section gets their lines; rows above are filled.
+TEST(Lenient, ValuesBehindTheLastCurveBecomeCurves)
+{
+    const std::string survey = Las30Head("MD.M : d\n");  // definition on line 8, ~Log_Data on 9
+    const struct {
+        const char* name;
+        std::string text;
+        const char* definition;
+        const char* names;
+        const char* values;
+        uint64_t line;  // of the note; 0 for none
+        size_t added;
+    } cases[] = {
+        {"all columns named", survey + "~Log_Data\n#  MD  INC  AZI\n100 1.5 20\n200 2.5 30\n", "Log_Definition",
+         "MD INC AZI|MD INC AZI", "{100,200;1.5,2.5;20,30}", 11, 2},
+        {"added columns named", survey + "~Log_Data\n#INC\tAZI\n100 1.5 20\n", "Log_Definition",
+         "MD INC AZI|MD INC AZI", "{100;1.5;20}", 11, 2},
+        {"comment above the header", survey + "# MD INC AZI\n~Log_Data\n100 1.5 20\n", "Log_Definition",
+         "MD INC AZI|MD INC AZI", "{100;1.5;20}", 11, 2},
+        {"comment of other words", survey + "~Log_Data\n# a survey made in 2021\n100 1.5 20\n", "Log_Definition",
+         "MD UNKNOWN:1 UNKNOWN:2|MD UNKNOWN:1 UNKNOWN:2", "{100;1.5;20}", 11, 2},
+        {"comma rows", Las30Head("MD.M : d\n", "COMMA") + "~Log_Data\n100, 1.5,20\n200,2.5,\n", "Log_Definition",
+         "MD UNKNOWN:1 UNKNOWN:2|MD UNKNOWN:1 UNKNOWN:2", "{100,200;1.5,2.5;20,0}", 10, 2},
+        {"named by the data header", kHead + "~Curve\nDEPT.M : d\n~A  DEPT GR NP\n1 2 3\n", "Curve",
+         "DEPT GR NP|DEPT GR NP", "{1;2;3}", 9, 2},
+        {"a later row", kHead + kCurves + "~A\n1 2 3\n4 5 6 7\n8 9 10\n", "Curve",
+         "DEPT GR NP UNKNOWN:1|DEPT GR NP UNKNOWN:1", "{1,4,8;2,5,9;3,6,10;-999.25,7,-999.25}", 12, 1},
+        {"curves without mnemonics", kHead + "~Curve\nDEPT.M : d\n.M : a\n .V : b\n~A\n1 2 3 4\n", "Curve",
+         "DEPT UNKNOWN:1 UNKNOWN:2 UNKNOWN:3|DEPT UNKNOWN:1 UNKNOWN:2 UNKNOWN:3", "{1;2;3;4}", 11, 1},
+        {"a delimiter alone behind", Las30Head("MD.M : d\n", "COMMA") + "~Log_Data\n100,\n", "Log_Definition", "MD|MD",
+         "{100}", 0, 0},
+    };
+    for (const auto& c : cases) {
+        CLasReader reader;
+        ASSERT_TRUE(ReadLeniently(reader, c.text)) << c.name << '\n' << NoteList(reader);
+        EXPECT_EQ(CurveNames(reader, c.definition), c.names) << c.name;
+        const std::string dump = Dump(reader.GetSection(reader.size() - 1));
+        EXPECT_EQ(dump.substr(dump.find('{')), c.values) << c.name;
+        EXPECT_EQ(CountNotes(reader, LASNOTE_EXTRA_COLUMNS), c.line ? 1u : 0u) << c.name << '\n' << NoteList(reader);
+        if (c.line) {
+            EXPECT_TRUE(HasNote(reader, LASNOTE_EXTRA_COLUMNS, c.line)) << c.name << '\n' << NoteList(reader);
+        }
+        EXPECT_EQ(CountNotes(reader, LASNOTE_LONG_ROW), 0u) << c.name;
+        // Strictly the values are dropped and the definitions stay as written.
+        CLasReader strict;
+        ASSERT_EQ(OpenText(strict, c.text), LASFILE_OK) << c.name;
+        EXPECT_EQ(strict.GetSection(strict.size() - 1).m_curves.size() + c.added,
+                  reader.GetSection(reader.size() - 1).m_curves.size())
+            << c.name;
+        EXPECT_EQ(HasNote(strict, LASNOTE_LONG_ROW, c.line), c.added > 0) << c.name;
+    }
+}
+
+// A definition line without a mnemonic names its curve UNKNOWN:n leniently,
+// with a note on its line; strictly the mnemonic stays empty.
+TEST(Lenient, CurvesWithoutMnemonicAreNumbered)
+{
+    const std::string text = kHead + "~Curve\nDEPT.M : d\n.M : a\nGR.API : g\n .V : b\n~A\n1 2 3 4\n";
+    CLasReader reader, strict;
+    ASSERT_TRUE(ReadLeniently(reader, text)) << NoteList(reader);
+    EXPECT_EQ(CurveNames(reader, "Curve"), "DEPT UNKNOWN:1 GR UNKNOWN:2|DEPT UNKNOWN:1 GR UNKNOWN:2");
+    EXPECT_TRUE(HasNote(reader, LASNOTE_UNNAMED_CURVE, 8)) << NoteList(reader);
+    EXPECT_TRUE(HasNote(reader, LASNOTE_UNNAMED_CURVE, 10)) << NoteList(reader);
+    ASSERT_EQ(OpenText(strict, text), LASFILE_OK);
+    EXPECT_EQ(CurveNames(strict, "Curve"), "DEPT  GR |DEPT  GR ");
+    EXPECT_EQ(CountNotes(strict, LASNOTE_UNNAMED_CURVE), 0u);
+}
+
+// Under any budget a read that adds curves ends with every curve one length.
+TEST(Lenient, AddedCurvesKeepTheBudget)
+{
+    std::string text = kHead + kCurves + "~A\n";
+    for (int i = 0; i < 20; ++i) text += std::to_string(i) + " 2 3" + (i >= 10 ? " 4 5\n" : "\n");
+    bool cut = false;
+    for (uint64_t budget = 2000; budget < 6000; budget += 16) {
+        CLasReader reader;
+        CLasReadOptions options;
+        options.lenient = true;
+        options.maxBytes = budget;
+        reader.SetOptions(options);
+        const ELASFILEERROR result = OpenText(reader, text);
+        ASSERT_TRUE(result == LASFILE_OK || result == LASFILE_OUT_OF_MEMORY) << budget;
+        const CLasSection& last = reader.GetSection(reader.size() - 1);
+        if (last.m_type != LASSECTION_DATA) continue;
+        for (const CLasCurve& curve : last.m_curves) EXPECT_EQ(curve.size(), last.m_curves[0].size()) << budget;
+        cut = cut || (result == LASFILE_OUT_OF_MEMORY && last.m_curves.size() == 3 && last.m_curves[0].size() == 10);
+    }
+    EXPECT_TRUE(cut);  // some budget ended the read on the row that adds curves
 }
 
 // The fields of one Well line read leniently, "unit|value|description", and
@@ -408,6 +515,9 @@ TEST(Lenient, DataEndsGiveTheFirstAndLastRows)
         const CLasSection& a = **full.rbegin();
         const CLasSection& b = **ends.rbegin();
         if (a.m_type != LASSECTION_DATA || LastDataValues(ends).find(',') == std::string::npos) continue;
+        // Curves added for values behind the last curve of rows between the
+        // two ends are not seen by the ends alone.
+        if (a.m_curves.size() > b.m_curves.size() && CountNotes(full, LASNOTE_EXTRA_COLUMNS) > 0) continue;
         ASSERT_EQ(a.m_curves.size(), b.m_curves.size()) << path;
         ++fast;
         for (size_t c = 0; c < a.m_curves.size(); ++c) {
@@ -579,7 +689,8 @@ TEST(Lenient, HeadersOnlyKeepsEverySectionAndNoValue)
     const std::string texts[] = {
         kHead + kCurves + "~A\n" + big,
         kHead + kCurves + "~A\n1 2 3\n\r\r~Parameter\nBHT.C 35 : t",
-        Las30Head("DEPT.M : d\n") + "~Log_Data\n" + big + "~Core_Definition\nD.M : d\n~Core_Data\n1\n2\n\n",
+        Las30Head("DEPT.M : d\nA. : a\nB. : b\n") + "~Log_Data\n" + big +
+            "~Core_Definition\nD.M : d\n~Core_Data\n1\n2\n\n",
         kHead + kCurves + "~A\n",
     };
     for (int k = 0; k < 8; ++k) {

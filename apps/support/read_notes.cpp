@@ -72,6 +72,8 @@ std::string NoteKindTitle(ELASNOTEKIND kind)
         {LASNOTE_MNEMONIC_PERIODS, "mnemonic with periods"},
         {LASNOTE_NEAREST_DEFINITION, "curves from the nearest definition"},
         {LASNOTE_UNIT_WITH_COLONS, "unit keeps its colons"},
+        {LASNOTE_EXTRA_COLUMNS, "values behind the last curve kept as curves"},
+        {LASNOTE_UNNAMED_CURVE, "curve without a mnemonic named"},
     };
     for (const Title& title : titles)
         if (title.kind == kind) return title.words;

@@ -33,7 +33,8 @@ struct CLasReadOptions {
     // each rule is told. Off, the result of every read is exactly the strict one.
     bool lenient = false;
     // Reads every section but keeps no data values: the curves of a data
-    // section have their definitions and no values. The rows are passed
+    // section have their definitions and no values (no curves are added for
+    // values behind the last curve, as a full lenient read does). The rows are passed
     // over without being cut into values, so a row that a full read would
     // refuse (a missing delimiter) does not end the read, a data header
     // followed by nothing but blank and comment lines is not the last line
@@ -50,7 +51,8 @@ struct CLasReadOptions {
     // the first and the last row's (one for a section of one row, none for
     // a section of none); a lenient read's column rules (text columns,
     // decimal commas) are not applied to them, but a token that is no number
-    // is NaN as in a full lenient read. Notes of the last row have
+    // is NaN as in a full lenient read, and values behind the last curve make
+    // curves only when one of the two rows holds them. Notes of the last row have
     // line 0, and GetLineNumber() gives the first row's line. Every other
     // file (LAS 3.0, wrapped, a section header near the end, text decoded
     // from UTF-16 or read by carriage returns) is read as headersOnly reads
@@ -73,7 +75,8 @@ enum ELASNOTEKIND : int32_t {
     LASNOTE_READ_STOPPED = 0,     // the read failed here; the text says why
     LASNOTE_SECTION_SKIPPED = 1,  // a section nothing reads was passed over
     LASNOTE_SHORT_ROW = 2,        // a row with fewer values than curves was filled
-    LASNOTE_LONG_ROW = 3,         // values behind the last curve were dropped
+    LASNOTE_LONG_ROW = 3,         // values behind the last curve were dropped (strict reads
+                                  // only: leniently they are kept, LASNOTE_EXTRA_COLUMNS)
     LASNOTE_NOT_A_NUMBER = 4,     // a numeric token that is no number was read as 0;
                                   // leniently, once its column is read, a token that no
                                   // rule reads as one whole number is NaN ("-", "ERR",
@@ -154,6 +157,19 @@ enum ELASNOTEKIND : int32_t {
                                         // the line has a colon behind that blank:
                                         // "STRT.DD/MM/YYYY-HH:MM:SS 03/09/2021-00:00:00 : Start"
                                         // has unit "DD/MM/YYYY-HH:MM:SS" and the date as value
+    LASNOTE_EXTRA_COLUMNS = 34,         // a row with values behind the last curve gets a numeric
+                                        // curve for each, appended to the definition section
+                                        // too; earlier rows are filled as a short row is (the
+                                        // Well section's NULL, else 0). The curves are named by
+                                        // the last "#" line between the data header and the
+                                        // first row, else the one right above the header, when
+                                        // its words (split on blanks) are one per value of the
+                                        // row, or one per added curve; else by the words
+                                        // behind the data header's name ("~A DEPT GR") the
+                                        // same way; else "UNKNOWN:1",
+                                        // "UNKNOWN:2", ... (LASNOTE_LONG_ROW strictly)
+    LASNOTE_UNNAMED_CURVE = 35,         // a definition line without a mnemonic names its curve
+                                        // "UNKNOWN:1", "UNKNOWN:2", ... in the order of the section
 };
 
 // The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
@@ -396,6 +412,10 @@ private:
     void FillShortRow(std::vector<CLasCurve>& curves, size_t column);
     void NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count);
     void NoteLoneReturn();
+    void KeepComment(const char* line);
+    bool AddExtraCurves(CLasSection& section, size_t added, detail::KeptTokens& kept);
+    std::vector<std::string> ExtraCurveNames(const std::vector<CLasCurve>& curves,
+                                             size_t added) const;
     ELASFILEERROR PassDataRows(const std::string& name);
     int32_t DefinitionIndex(const std::string& name);
     ELASFILEERROR ReadDataEnds(CLasSection& section);
@@ -430,6 +450,11 @@ private:
     bool m_loneReturnNoted = false;
     // What a short row is filled with: 0, or leniently the NULL value.
     double m_fillValue = 0.0;
+    // Leniently, the last comment line right above the current line, and
+    // the one that names the columns of the data section being read.
+    std::string m_commentAbove;
+    std::string m_columnComment;
+    std::string m_headerWords;
     // The sections by name while Open reads, null otherwise.
     std::unique_ptr<detail::SectionNameIndex> m_nameIndex;
 };
