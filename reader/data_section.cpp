@@ -477,12 +477,37 @@ ELASFILEERROR CLasReader::PassDataRows(const std::string& name)
     return result == LASFILE_IO_FAILED ? LASFILE_OK : result;
 }
 
+namespace {
+
+// A row of values run together by commas alone ("1000.0,12.5,33.1"): no
+// blank between its first and last byte, and one comma fewer than `curves`.
+bool IsCommaRow(const char* line, size_t curves)
+{
+    while (*line == ' ' || *line == '\t') ++line;
+    size_t commas = 0;
+    for (; *line && *line != ' ' && *line != '\t'; ++line) commas += *line == ',';
+    while (*line == ' ' || *line == '\t' || *line == '\r') ++line;
+    return *line == '\0' && curves > 1 && commas + 1 == curves;
+}
+
+}  // namespace
+
+// The delimiter of the rows of a data section: the file's; leniently the
+// comma when the file says blanks and the first row is a comma row.
+char CLasReader::RowDelimiter(size_t curves)
+{
+    if (!m_options.lenient || m_delimiter != ' ' || m_isWrapped || !IsCommaRow(Line(), curves))
+        return m_delimiter;
+    Note(LASNOTE_COMMA_ROWS, "rows read by their commas: the file names no comma delimiter");
+    return ',';
+}
+
 // Row after row up to the next header or the end of the file. A section
 // without curves passes over its lines. Leniently, the odd tokens of numeric
 // curves are kept aside and looked at once the section is read.
 ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine)
 {
-    const detail::RowBytes bytes(m_isLas3, m_delimiter);
+    const detail::RowBytes bytes(m_isLas3, RowDelimiter(section.m_curves.size()));
     uint64_t rowBytes = RowBytes(section.m_curves);
     size_t curveCount = section.m_curves.size();
     std::unique_ptr<detail::KeptTokens> kept;
@@ -508,7 +533,8 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
         }
         if (result != LASFILE_OK) break;
     }
-    if (result == LASFILE_OK && kept) ApplyColumnRules(section, *kept, headerLine);
+    if (result == LASFILE_OK && kept)
+        ApplyColumnRules(section, *kept, headerLine, bytes.delimiter());
     return result;
 }
 
@@ -520,7 +546,7 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
 // no rule reads as one whole number is NaN, with a note on its line: the
 // notes tell what each value finally became.
 void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
-                                  uint64_t headerLine)
+                                  uint64_t headerLine, char delimiter)
 {
     for (size_t i = 0; i < section.m_curves.size(); ++i) {
         CLasCurve& curve = section.m_curves[i];
@@ -535,13 +561,13 @@ void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens
                    "curve " + curve.m_definition.m_mnemonic + " holds no number: read as text");
             continue;
         }
-        if (m_delimiter != ',' && AllCommaDecimals(curve, tokens)) {
+        if (delimiter != ',' && AllCommaDecimals(curve, tokens)) {
             for (const auto& token : tokens) curve.m_numbers[token.row] = CommaDecimal(token.text);
             NoteAt(headerLine, LASNOTE_DECIMAL_COMMA,
                    "curve " + curve.m_definition.m_mnemonic + " read with a decimal comma");
             continue;
         }
-        const bool periods = m_delimiter != ',' && ColumnUsesPeriods(curve, tokens);
+        const bool periods = delimiter != ',' && ColumnUsesPeriods(curve, tokens);
         for (const auto& token : tokens) {
             if (periods && IsCommaDecimal(token.text)) {
                 curve.m_numbers[token.row] = CommaDecimal(token.text);
@@ -797,6 +823,9 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
             p = bytes.SkipBlanks(p + 1);
             afterDelimiter = true;
         }
+        // Leniently, blanks in front of a delimiter are no part of a number.
+        if (kept && curve.m_isNumeric)
+            while (end > begin && (end[-1] == ' ' || end[-1] == '\t')) --end;
         if (kept && curve.m_isNumeric && begin != end && number != end) {
             const size_t row = curve.m_numbers.size();
             if (!Spend(kept->Keep(column, row, m_lineNumber, begin, end))) {

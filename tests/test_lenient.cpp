@@ -151,6 +151,12 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
         {"numbers in part", kHead + kCurves + "~A\n1 12.5ft 1.2.3\n2 5-3 7\n3 4 8\n", "A", LASFILE_OK,
          "A:2/16|Curve{1,2,3;12.5,5,4;1.2,7,8}", LASFILE_OK, "A:2/16|Curve{1,2,3;nan,nan,4;nan,7,8}",
          LASNOTE_NOT_A_NUMBER, 12, false},
+        {"comma rows", kHead + kCurves + "~A\n1000.0,12.5,33.1\n1001.0, 13,34 \n", "A", LASFILE_OK,
+         "A:2/16|Curve{1000,1001;0,13;0,0}", LASFILE_OK, "A:2/16|Curve{1000,1001;12.5,13;33.1,34}", LASNOTE_COMMA_ROWS,
+         11, false},
+        {"comma rows, one comma short", kHead + kCurves + "~A\n1000.0,12.5\n1001 5 6\n", "A", LASFILE_OK,
+         "A:2/16|Curve{1000,1001;0,5;0,6}", LASFILE_OK, "A:2/16|Curve{nan,1001;-999.25,5;-999.25,6}",
+         LASNOTE_NOT_A_NUMBER, 11, false},
         {"lone carriage return",
          "~Version\r\nVERS. 2.0 : v\r\nWRAP. NO : w\r\n~Well\r\nSTRT.M 1 : s\rSTOP.M 2 : t\r"
          "NULL. -999.25 : n\r\n",

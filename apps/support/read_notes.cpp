@@ -74,6 +74,7 @@ std::string NoteKindTitle(ELASNOTEKIND kind)
         {LASNOTE_UNIT_WITH_COLONS, "unit keeps its colons"},
         {LASNOTE_EXTRA_COLUMNS, "values behind the last curve kept as curves"},
         {LASNOTE_UNNAMED_CURVE, "curve without a mnemonic named"},
+        {LASNOTE_COMMA_ROWS, "rows read by their commas"},
     };
     for (const Title& title : titles)
         if (title.kind == kind) return title.words;

@@ -170,6 +170,11 @@ enum ELASNOTEKIND : int32_t {
                                         // "UNKNOWN:2", ... (LASNOTE_LONG_ROW strictly)
     LASNOTE_UNNAMED_CURVE = 35,         // a definition line without a mnemonic names its curve
                                         // "UNKNOWN:1", "UNKNOWN:2", ... in the order of the section
+    LASNOTE_COMMA_ROWS = 36,            // a data section whose first row is values run together
+                                        // by commas alone, one per curve ("1000.0,12.5,33.1"),
+                                        // in a file whose delimiter is blanks and that is not
+                                        // wrapped, has its rows read with the comma as the
+                                        // delimiter; the note is on that first row
 };
 
 // The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
@@ -419,8 +424,9 @@ private:
     ELASFILEERROR PassDataRows(const std::string& name);
     int32_t DefinitionIndex(const std::string& name);
     ELASFILEERROR ReadDataEnds(CLasSection& section);
-    void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
-                          uint64_t headerLine);
+    void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept, uint64_t headerLine,
+                          char delimiter);
+    char RowDelimiter(size_t curves);
     void NoNumbersAsNaN(CLasSection& section, const detail::KeptTokens& kept);
     void NoNumberAsNaN(CLasCurve& curve, size_t row, uint64_t line, const std::string& text);
 
