@@ -751,6 +751,46 @@ bool CLasReader::AddExtraCurves(CLasSection& section, size_t added, detail::Kept
     return true;
 }
 
+// Leniently, a value in quotes from `p` on: the text up to the closing
+// quote, blanks and delimiters included, without the quotes. Single quotes
+// close on their line; a value in double quotes that runs over several lines takes them, joined by
+// one blank, up to the line with the closing quote; a header or the end of the file ends it and
+// sets `sectionEnded`. `p` goes on behind the closing quote. One note, on the
+// line where the value starts.
+ELASFILEERROR CLasReader::ReadQuoted(const char*& p, std::string& text, bool& sectionEnded)
+{
+    static const char kNothing[] = "";
+    const char quote = *p;
+    const uint64_t first = m_lineNumber;
+    const char* close = std::strchr(p + 1, quote);
+    text.assign(p + 1, close ? static_cast<size_t>(close - p - 1) : std::strlen(p + 1));
+    size_t lines = 1;
+    while (!close) {
+        const ELASFILEERROR result = ReadLine();
+        if (result != LASFILE_OK && result != LASFILE_IO_FAILED) return result;
+        if (result == LASFILE_IO_FAILED || Line()[0] == '~') {
+            sectionEnded = true;
+            p = kNothing;
+            NoteAt(first, LASNOTE_QUOTED_VALUE,
+                   "a quoted value of " + std::to_string(lines) + " lines has no closing quote");
+            return LASFILE_OK;
+        }
+        const char* line = Line();
+        while (*line == ' ' || *line == '\t') ++line;
+        close = std::strchr(line, quote);
+        while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.pop_back();
+        text += ' ';
+        text.append(line, close ? static_cast<size_t>(close - line) : std::strlen(line));
+        ++lines;
+    }
+    p = close + 1;
+    NoteAt(first, LASNOTE_QUOTED_VALUE,
+           "a quoted value" +
+               (lines > 1 ? " of " + std::to_string(lines) + " lines" : std::string()) +
+               " read as one value: " + text.substr(0, 40));
+    return LASFILE_OK;
+}
+
 // What stands behind the last value of a row: a delimiter alone is nothing,
 // anything else values that were dropped.
 void CLasReader::NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count)
@@ -780,6 +820,7 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
         Note(LASNOTE_LEADING_TAB, "a tab in front of the first value passed over");
     }
     bool afterDelimiter = false;
+    std::string quoted;
 
     for (size_t column = 0; column < count; ++column) {
         p = bytes.SkipBlanks(p);
@@ -812,11 +853,21 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
         // whole token is that number. Every other token is cut first and
         // converted by OddNumber.
         double value = 0.0;
-        const char* number =
-            curve.m_isNumeric && bytes.plainNumbers() ? ParsePlainDecimal(p, &value) : nullptr;
+        const char* number = nullptr;
         const char* begin = p;
-        const char* end = bytes.TokenEnd(number ? number : p);
-        p = bytes.SkipBlanks(end);
+        const char* end = nullptr;
+        if (kept && (*p == '"' || (*p == '\'' && std::strchr(p + 1, '\'')))) {
+            const ELASFILEERROR result = ReadQuoted(p, quoted, headerReached);
+            if (result != LASFILE_OK) return result;
+            begin = quoted.data();
+            end = begin + quoted.size();
+        } else {
+            number =
+                curve.m_isNumeric && bytes.plainNumbers() ? ParsePlainDecimal(p, &value) : nullptr;
+            end = bytes.TokenEnd(number ? number : p);
+            p = end;
+        }
+        p = bytes.SkipBlanks(p);
         if (checkDelimiter && *p != '\0' && column + 1 < count) {
             if (*p != bytes.delimiter())
                 return Stop(LASFILE_BAD_FORMAT, "no delimiter between two values of a row");
@@ -845,6 +896,10 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
         } else {
             curve.m_strings.emplace_back(begin, static_cast<size_t>(end - begin));
             m_bytesKept += static_cast<uint64_t>(end - begin);
+        }
+        if (headerReached) {  // a quoted value ran into the next header or the end
+            if (column + 1 < count) FillShortRow(curves, column + 1);
+            return LASFILE_OK;
         }
         // Leniently, values behind the last curve become curves of their own.
         if (column + 1 == count && kept && !m_isWrapped && *p != '\0') {

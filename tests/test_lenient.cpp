@@ -367,6 +367,42 @@ TEST(Lenient, AddedCurvesKeepTheBudget)
     EXPECT_TRUE(cut);  // some budget ended the read on the row that adds curves
 }
 
+// Leniently a value in double quotes is one value without its quotes, also
+// over several lines (a description of cuttings); a header or the end of
+// the file ends one that is not closed. Strictly each line is a row.
+TEST(Lenient, QuotedValuesAreOneValue)
+{
+    const std::string head = kHead + "~Curve\nDEPT.M : d\nDESC. : c {S}\nX. : x\n~A\n";  // rows from line 11
+    const struct {
+        const char* name;
+        std::string rows;
+        const char* values;
+        uint64_t line;
+        size_t strictRows;
+    } cases[] = {
+        {"blanks inside", "1 \"pick gamma\" 3\n2 beta 4\n", "{1,2;\"pick gamma\",\"beta\";3,4}", 11, 2},
+        {"over lines", "100 \"grey shale,\n   with sand  \n  streaks\" 5\n101 \"sand\" 6\n",
+         "{100,101;\"grey shale, with sand streaks\",\"sand\";5,6}", 11, 4},
+        {"single quotes", "1 'pick delta' 3\n2 'b 4\n", "{1,2;\"pick delta\",\"'b\";3,4}", 11, 2},
+        {"a number in quotes", "1 a \"12.5\"\n2 b 7\n", "{1,2;\"a\",\"b\";12.5,7}", 11, 2},
+        {"a header ends it", "1 \"open\n~Other\nx\n", "{1;\"open\";-999.25}", 11, 1},
+        {"the end of the file ends it", "1 \"open\nend", "{1;\"open end\";-999.25}", 11, 2},
+    };
+    for (const auto& c : cases) {
+        CLasReader reader;
+        ASSERT_TRUE(ReadLeniently(reader, head + c.rows)) << c.name << '\n' << NoteList(reader);
+        const CLasSection& data = reader.GetSection(3);
+        const std::string dump = Dump(data);
+        EXPECT_EQ(dump.substr(dump.find('{')), c.values) << c.name << '\n' << NoteList(reader);
+        EXPECT_TRUE(HasNote(reader, LASNOTE_QUOTED_VALUE, c.line)) << c.name << '\n' << NoteList(reader);
+        EXPECT_EQ(CountNotes(reader, LASNOTE_EXTRA_COLUMNS), 0u) << c.name;
+        CLasReader strict;
+        ASSERT_EQ(OpenText(strict, head + c.rows), LASFILE_OK) << c.name;
+        EXPECT_EQ(strict.GetSection(3).m_curves.at(0).size(), static_cast<int32_t>(c.strictRows)) << c.name;
+        EXPECT_EQ(CountNotes(strict, LASNOTE_QUOTED_VALUE), 0u) << c.name;
+    }
+}
+
 // The fields of one Well line read leniently, "unit|value|description", and
 // whether the unit kept colons with a note on line 6.
 std::string LenientWellLine(const std::string& line, bool& noted)

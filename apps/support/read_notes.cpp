@@ -75,6 +75,7 @@ std::string NoteKindTitle(ELASNOTEKIND kind)
         {LASNOTE_EXTRA_COLUMNS, "values behind the last curve kept as curves"},
         {LASNOTE_UNNAMED_CURVE, "curve without a mnemonic named"},
         {LASNOTE_COMMA_ROWS, "rows read by their commas"},
+        {LASNOTE_QUOTED_VALUE, "quoted value read as one"},
     };
     for (const Title& title : titles)
         if (title.kind == kind) return title.words;

@@ -175,6 +175,13 @@ enum ELASNOTEKIND : int32_t {
                                         // in a file whose delimiter is blanks and that is not
                                         // wrapped, has its rows read with the comma as the
                                         // delimiter; the note is on that first row
+    LASNOTE_QUOTED_VALUE = 37,          // a data value in quotes is one value, blanks and
+                                        // delimiters included, stored without its quotes
+                                        // ("pick gamma", or 'pick delta' closed on its line);
+                                        // one in double quotes that runs over several lines
+                                        // takes them, joined by one blank, up to the closing
+                                        // quote (a header or the file's end ends it too); the
+                                        // note is on the line where it starts
 };
 
 // The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
@@ -427,6 +434,7 @@ private:
     void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept, uint64_t headerLine,
                           char delimiter);
     char RowDelimiter(size_t curves);
+    ELASFILEERROR ReadQuoted(const char*& p, std::string& text, bool& sectionEnded);
     void NoNumbersAsNaN(CLasSection& section, const detail::KeptTokens& kept);
     void NoNumberAsNaN(CLasCurve& curve, size_t row, uint64_t line, const std::string& text);
 
