@@ -655,28 +655,18 @@ void CLasReader::FillShortRow(std::vector<CLasCurve>& curves, size_t column)
 namespace {
 
 // How many values stand in the rest of a row from `p`, which is the
-// delimiter behind a value (or, for blanks, the next value); 0 for a
-// delimiter alone or text that is not behind a delimiter.
+// delimiter behind a value (or, for blanks, the next value): as the row is
+// cut, an empty value behind a delimiter counts, a delimiter alone is none.
 size_t ValuesBehind(const detail::RowBytes& bytes, const char* p)
 {
-    const bool delimited = bytes.delimiter() != ' ';
-    if (delimited) {
-        if (*p != bytes.delimiter()) return 0;
+    size_t count = 0;
+    if (bytes.delimiter() != ' ') {
         p = bytes.SkipBlanks(p + 1);
         if (*p == '\0') return 0;
+        for (count = 1; *p; ++p) count += *p == bytes.delimiter();
+        return count;
     }
-    size_t count = 0;
-    while (*p != '\0') {
-        const char* end = bytes.TokenEnd(p);
-        p = bytes.SkipBlanks(end);
-        ++count;
-        if (delimited && *p == bytes.delimiter())
-            p = bytes.SkipBlanks(p + 1);
-        else if (delimited && *p != '\0')
-            return 0;  // no delimiter between two values
-        else if (p == end && *p != '\0')
-            ++p;  // a byte that ends a token and is no blank
-    }
+    for (; *p != '\0'; ++count) p = bytes.SkipBlanks(bytes.TokenEnd(p));
     return count;
 }
 

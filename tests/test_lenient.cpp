@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <sstream>
 
+#include "reader/reader_rules.h"
 #include "support/reader_access.h"
 
 namespace quarl::test {
@@ -328,6 +329,23 @@ TEST(Lenient, ValuesBehindTheLastCurveBecomeCurves)
             << c.name;
         EXPECT_EQ(HasNote(strict, LASNOTE_LONG_ROW, c.line), c.added > 0) << c.name;
     }
+}
+
+// The numbers of the names given to curves without one, and the next name.
+TEST(Lenient, UnknownNamesCountOn)
+{
+    const std::pair<const char*, size_t> names[] = {
+        {"UNKNOWN:12", 12}, {"UNKNOWN:", 0}, {"UNKNOWN:1x", 0}, {"GR", 0}, {"UNKNOWN:123456789", 0}, {"unknown:3", 0},
+    };
+    for (const auto& n : names) EXPECT_EQ(UnknownNumber(n.first), n.second) << n.first;
+    const std::vector<std::string> taken = {"DEPT", "UNKNOWN:2", "UNKNOWN:7x", "UNKNOWN:1"};
+    EXPECT_EQ(NextUnknownName(taken, [](const std::string& s) -> const std::string& { return s; }), "UNKNOWN:3");
+    // Without a definition section (columns named by the data header) the
+    // added curve has no definition line to join.
+    CLasReader reader;
+    ASSERT_TRUE(ReadLeniently(reader, "~A DEPT GR\n1 2 3\n4 5 6\n")) << NoteList(reader);
+    EXPECT_EQ(CurveNames(reader, "Curve"), "DEPT GR UNKNOWN:1|(none)");
+    EXPECT_TRUE(HasNote(reader, LASNOTE_EXTRA_COLUMNS, 2)) << NoteList(reader);
 }
 
 // A definition line without a mnemonic names its curve UNKNOWN:n leniently,
