@@ -743,8 +743,12 @@ bool CLasReader::AddExtraCurves(CLasSection& section, size_t added, detail::Kept
         list += (list.empty() ? "" : " ") + name;
     }
     kept.AddCurves(added);
+    std::string fill;
+    if (rowsAbove > 0)
+        fill = "; the " + std::to_string(rowsAbove) + " rows above hold " +
+               (m_fillValue != 0.0 ? "NULL " : "") + FormatValue(m_fillValue);
     Note(LASNOTE_EXTRA_COLUMNS,
-         std::to_string(added) + " values behind the last curve kept as curves " + list);
+         std::to_string(added) + " values behind the last curve kept as curves " + list + fill);
     return true;
 }
 
