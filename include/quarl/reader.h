@@ -153,35 +153,35 @@ enum ELASNOTEKIND : int32_t {
     LASNOTE_NEAREST_DEFINITION = 32,    // a data section takes the nearest definition section of
                                         // its name above it (files that repeat ~Curve and ~Ascii
                                         // for each logging run), not the first
-    LASNOTE_UNIT_WITH_COLONS = 33,      // a unit that holds colons ends at its first blank when
-                                        // the line has a colon behind that blank:
+    LASNOTE_UNIT_WITH_COLONS = 33,      // a unit that holds colons ends at its first blank when the
+                                        // line has a colon behind that blank:
                                         // "STRT.DD/MM/YYYY-HH:MM:SS 03/09/2021-00:00:00 : Start"
                                         // has unit "DD/MM/YYYY-HH:MM:SS" and the date as value
-    LASNOTE_EXTRA_COLUMNS = 34,         // a row with values behind the last curve gets a numeric
-                                        // curve for each, appended to the definition section
-                                        // too; earlier rows are filled as a short row is (the
-                                        // Well section's NULL, else 0). The curves are named by
-                                        // the last "#" line between the data header and the
-                                        // first row, else the one right above the header, when
-                                        // its words (split on blanks) are one per value of the
-                                        // row, or one per added curve; else by the words
-                                        // behind the data header's name ("~A DEPT GR") the
-                                        // same way; else "UNKNOWN:1",
-                                        // "UNKNOWN:2", ... (LASNOTE_LONG_ROW strictly)
+    LASNOTE_EXTRA_COLUMNS = 34,         // a row with values behind the last curve (in a file that
+                                        // is not wrapped) gets a numeric curve for each, appended
+                                        // to the definition section too; earlier rows are filled as
+                                        // a short row is (the Well section's NULL, else 0). The
+                                        // curves are named by the last "#" line between the data
+                                        // header and the first row, else the one right above the
+                                        // header, when its words (split on blanks) are one per
+                                        // value of the row, or one per added curve; else by the
+                                        // words behind the data header's name ("~A DEPT GR") the
+                                        // same way; else "UNKNOWN:1", "UNKNOWN:2", ...
+                                        // (LASNOTE_LONG_ROW strictly)
     LASNOTE_UNNAMED_CURVE = 35,         // a definition line without a mnemonic names its curve
                                         // "UNKNOWN:1", "UNKNOWN:2", ... in the order of the section
-    LASNOTE_COMMA_ROWS = 36,            // a data section whose first row is values run together
-                                        // by commas alone, one per curve ("1000.0,12.5,33.1"),
-                                        // in a file whose delimiter is blanks and that is not
-                                        // wrapped, has its rows read with the comma as the
-                                        // delimiter; the note is on that first row
+    LASNOTE_COMMA_ROWS = 36,            // a data section whose first row is values run together by
+                                        // commas alone, one per curve ("1000.0,12.5,33.1"), in a
+                                        // file whose delimiter is blanks and that is not wrapped,
+                                        // has its rows read with the comma as the delimiter; the
+                                        // note is on that first row
     LASNOTE_QUOTED_VALUE = 37,          // a data value in quotes is one value, blanks and
-                                        // delimiters included, stored without its quotes
-                                        // ("pick gamma", or 'pick delta' closed on its line);
-                                        // one in double quotes that runs over several lines
-                                        // takes them, joined by one blank, up to the closing
-                                        // quote (a header or the file's end ends it too); the
-                                        // note is on the line where it starts
+                                        // delimiters included, stored without its quotes ("pick
+                                        // gamma", or 'pick delta' closed on its line); one in
+                                        // double quotes that runs over several lines takes them,
+                                        // joined by one blank, up to the closing quote (a header or
+                                        // the file's end ends it too); the note is on the line
+                                        // where it starts
 };
 
 // The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
