@@ -661,6 +661,7 @@ size_t ValuesBehind(const detail::RowBytes& bytes, const char* p)
 {
     size_t count = 0;
     if (bytes.delimiter() != ' ') {
+        if (*p != bytes.delimiter()) return 0;  // text glued to a closing quote
         p = bytes.SkipBlanks(p + 1);
         if (*p == '\0') return 0;
         for (count = 1; *p; ++p) count += *p == bytes.delimiter();
@@ -821,101 +822,95 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
         Note(LASNOTE_LEADING_TAB, "a tab in front of the first value passed over");
     }
     bool afterDelimiter = false;
-    bool sectionEnded = false;
+    std::string quoted;
 
-    size_t column = 0;
-    for (;;) {
-        for (; column < count; ++column) {
-            p = bytes.SkipBlanks(p);
-            if (*p == '\0') {
-                if (!m_isWrapped) {
-                    if (!afterDelimiter) {
-                        FillShortRow(curves, column);
+    for (size_t column = 0; column < count; ++column) {
+        p = bytes.SkipBlanks(p);
+        if (*p == '\0') {
+            if (!m_isWrapped) {
+                if (!afterDelimiter) {
+                    FillShortRow(curves, column);
+                    return LASFILE_OK;
+                }
+            } else {
+                do {
+                    const ELASFILEERROR result = ReadLine();
+                    if (result == LASFILE_IO_FAILED)
+                        return Stop(result, "the file ends inside a wrapped row");
+                    if (result != LASFILE_OK) return result;
+                    const char* next = Line();
+                    if (next[0] == '~') {
+                        if (column > 0) FillShortRow(curves, column);
+                        headerReached = true;
                         return LASFILE_OK;
                     }
-                } else {
-                    do {
-                        const ELASFILEERROR result = ReadLine();
-                        if (result == LASFILE_IO_FAILED)
-                            return Stop(result, "the file ends inside a wrapped row");
-                        if (result != LASFILE_OK) return result;
-                        const char* next = Line();
-                        if (next[0] == '~') {
-                            if (column > 0) FillShortRow(curves, column);
-                            headerReached = true;
-                            return LASFILE_OK;
-                        }
-                        p = bytes.SkipBlanks(next);
-                    } while (*p == '\0');
-                }
-            }
-            afterDelimiter = false;
-            CLasCurve& curve = curves[column];
-            // A number in its common form is converted while the token is cut:
-            // the token goes on from where the number ended, and atof of the
-            // whole token is that number. Every other token is cut first and
-            // converted by OddNumber.
-            double value = 0.0;
-            const char* number = nullptr;
-            const char* begin = p;
-            const char* end = nullptr;
-            if (kept && IsQuote(p)) {  // leniently, a quoted value is one value
-                const ELASFILEERROR result = ReadQuoted(p, m_quoted, sectionEnded);
-                if (result != LASFILE_OK) return result;
-                if (sectionEnded) count = column + 1;  // the row ends with this value
-                begin = m_quoted.data();
-                end = begin + m_quoted.size();
-            } else {
-                number = curve.m_isNumeric && bytes.plainNumbers() ? ParsePlainDecimal(p, &value)
-                                                                   : nullptr;
-                end = bytes.TokenEnd(number ? number : p);
-                p = end;
-            }
-            p = bytes.SkipBlanks(p);
-            if (checkDelimiter && *p != '\0' && column + 1 < count) {
-                if (*p != bytes.delimiter())
-                    return Stop(LASFILE_BAD_FORMAT, "no delimiter between two values of a row");
-                p = bytes.SkipBlanks(p + 1);
-                afterDelimiter = true;
-            }
-            if (kept && number != end && curve.m_isNumeric) {
-                // Leniently, blanks in front of a delimiter are no part of a number.
-                while (end > begin && (end[-1] == ' ' || end[-1] == '\t')) --end;
-                const size_t row = curve.m_numbers.size();
-                if (begin != end && number != end &&
-                    !Spend(kept->Keep(column, row, m_lineNumber, begin, end))) {
-                    DropRow(curves, row);
-                    return LASFILE_OUT_OF_MEMORY;
-                }
-            }
-            if (number) {
-                if (!kept && number != end)
-                    NoteNumberInPart(curve, m_lineNumber, std::string(begin, end));
-                curve.m_numbers.push_back(value);
-            } else if (curve.m_isNumeric) {
-                // Leniently an odd token is kept and decided once the whole
-                // column is known; until then it holds what atof reads.
-                curve.m_numbers.push_back(kept && begin != end
-                                              ? ParseNumber(begin, end)
-                                              : OddNumber(curve, begin, end, !kept));
-            } else {
-                curve.m_strings.emplace_back(begin, static_cast<size_t>(end - begin));
-                m_bytesKept += static_cast<uint64_t>(end - begin);
+                    p = bytes.SkipBlanks(next);
+                } while (*p == '\0');
             }
         }
-        if (sectionEnded) {  // a quoted value ran into the next header or the end
-            if (count < curves.size()) FillShortRow(curves, count);
-            headerReached = true;
+        afterDelimiter = false;
+        CLasCurve& curve = curves[column];
+        // A number in its common form is converted while the token is cut:
+        // the token goes on from where the number ended, and atof of the
+        // whole token is that number. Every other token is cut first and
+        // converted by OddNumber.
+        double value = 0.0;
+        const char* number = nullptr;
+        const char* begin = p;
+        const char* end = nullptr;
+        if (kept && IsQuote(p)) {  // leniently, a quoted value is one value
+            const ELASFILEERROR result = ReadQuoted(p, quoted, headerReached);
+            if (result != LASFILE_OK) return result;
+            begin = quoted.data();
+            end = begin + quoted.size();
+        } else {
+            number =
+                curve.m_isNumeric && bytes.plainNumbers() ? ParsePlainDecimal(p, &value) : nullptr;
+            end = bytes.TokenEnd(number ? number : p);
+            p = end;
+        }
+        p = bytes.SkipBlanks(p);
+        if (checkDelimiter && *p != '\0' && column + 1 < count) {
+            if (*p != bytes.delimiter())
+                return Stop(LASFILE_BAD_FORMAT, "no delimiter between two values of a row");
+            p = bytes.SkipBlanks(p + 1);
+            afterDelimiter = true;
+        }
+        // Leniently, blanks in front of a delimiter are no part of a number.
+        if (kept && curve.m_isNumeric && number != end)
+            while (end > begin && (end[-1] == ' ' || end[-1] == '\t')) --end;
+        if (kept && curve.m_isNumeric && begin != end && number != end) {
+            const size_t row = curve.m_numbers.size();
+            if (!Spend(kept->Keep(column, row, m_lineNumber, begin, end))) {
+                DropRow(curves, row);
+                return LASFILE_OUT_OF_MEMORY;
+            }
+        }
+        if (number) {
+            if (!kept && number != end)
+                NoteNumberInPart(curve, m_lineNumber, std::string(begin, end));
+            curve.m_numbers.push_back(value);
+        } else if (curve.m_isNumeric) {
+            // Leniently an odd token is kept and decided once the whole
+            // column is known; until then it holds what atof reads.
+            curve.m_numbers.push_back(kept && begin != end ? ParseNumber(begin, end)
+                                                           : OddNumber(curve, begin, end, !kept));
+        } else {
+            curve.m_strings.emplace_back(begin, static_cast<size_t>(end - begin));
+            m_bytesKept += static_cast<uint64_t>(end - begin);
+        }
+        if (headerReached) {  // a quoted value ran into the next header or the end
+            if (column + 1 < count) FillShortRow(curves, column + 1);
             return LASFILE_OK;
         }
         // Leniently, values behind the last curve become curves of their own.
-        if (!kept || m_isWrapped || *p == '\0') break;
-        const size_t added = ValuesBehind(bytes, p);
-        if (added == 0) break;
-        if (!AddExtraCurves(section, added, *kept)) return LASFILE_OUT_OF_MEMORY;
-        if (checkDelimiter) p = bytes.SkipBlanks(p + 1);
-        afterDelimiter = checkDelimiter;
-        count = curves.size();
+        if (column + 1 == count && kept && !m_isWrapped && *p != '\0') {
+            const size_t added = ValuesBehind(bytes, p);
+            if (added > 0 && !AddExtraCurves(section, added, *kept)) return LASFILE_OUT_OF_MEMORY;
+            if (added > 0 && checkDelimiter) p = bytes.SkipBlanks(p + 1);
+            afterDelimiter = added > 0 && checkDelimiter;
+            count = curves.size();
+        }
     }
     if (*p != '\0') NoteRowEnd(bytes, p, count);
     return LASFILE_OK;

@@ -423,6 +423,13 @@ TEST(Lenient, QuotedValuesAreOneValue)
         EXPECT_EQ(strict.GetSection(3).m_curves.at(0).size(), static_cast<int32_t>(c.strictRows)) << c.name;
         EXPECT_EQ(CountNotes(strict, LASNOTE_QUOTED_VALUE), 0u) << c.name;
     }
+    // Text glued to the closing quote of the last value is dropped, with a
+    // note, as values behind the last curve are strictly.
+    CLasReader glued;
+    ASSERT_TRUE(ReadLeniently(glued, Las30Head("MD.M : d\nP. : p {S}\n", "COMMA") + "~Log_Data\n1,\"a, b\"x\n"))
+        << NoteList(glued);
+    EXPECT_EQ(Dump(glued.GetSection(3)), "Log_Data:2/16|Log_Definition{1;\"a, b\"}");
+    EXPECT_TRUE(HasNote(glued, LASNOTE_LONG_ROW, 11)) << NoteList(glued);
 }
 
 // The fields of one Well line read leniently, "unit|value|description", and

@@ -469,8 +469,6 @@ private:
     std::string m_commentAbove;
     std::string m_columnComment;
     std::string m_headerWords;
-    // Leniently, the text of the quoted value being read.
-    std::string m_quoted;
     // The sections by name while Open reads, null otherwise.
     std::unique_ptr<detail::SectionNameIndex> m_nameIndex;
 };
