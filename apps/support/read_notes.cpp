@@ -49,7 +49,7 @@ std::string NoteKindTitle(ELASNOTEKIND kind)
         {LASNOTE_SECTION_SKIPPED, "section passed over"},
         {LASNOTE_SHORT_ROW, "short row filled"},
         {LASNOTE_LONG_ROW, "values behind the last curve dropped"},
-        {LASNOTE_NOT_A_NUMBER, "no number, read as 0"},
+        {LASNOTE_NOT_A_NUMBER, "no number, read as 0 (leniently NaN)"},
         {LASNOTE_VALUE_CUT, "value cut at a time's colon"},
         {LASNOTE_HEADER_AT_END, "section header at the end of the file"},
         {LASNOTE_BUDGET_EXCEEDED, "read past its budget"},

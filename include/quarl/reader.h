@@ -169,7 +169,11 @@ enum ELASNOTEKIND : int32_t {
                                         // same way; else "UNKNOWN:1", "UNKNOWN:2", ...
                                         // (LASNOTE_LONG_ROW strictly)
     LASNOTE_UNNAMED_CURVE = 35,         // a definition line without a mnemonic names its curve
-                                        // "UNKNOWN:1", "UNKNOWN:2", ... in the order of the section
+                                        // "UNKNOWN:1", "UNKNOWN:2", ... in the order of the
+                                        // section. These names, and those of LASNOTE_EXTRA_COLUMNS,
+                                        // hold a colon, which CLasWriter refuses in a mnemonic
+                                        // (LASFILE_BAD_NAME): a host renames them before writing,
+                                        // as quarl-convert does
     LASNOTE_COMMA_ROWS = 36,            // a data section whose first row is values run together by
                                         // commas alone, one per curve ("1000.0,12.5,33.1"), in a
                                         // file whose delimiter is blanks and that is not wrapped,
