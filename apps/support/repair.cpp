@@ -18,6 +18,9 @@ ConvertResult Attempt(const std::string& in, const std::string& out, bool las3, 
     options.read = read;
     options.keepPartial = true;
     options.dropRefusedLines = drop;
+    // A lenient read names curves without a mnemonic "UNKNOWN:1": renamed
+    // legally ("UNKNOWN_1") rather than losing their section.
+    options.legalNames = true;
     return ConvertFile(in, out, options);
 }
 
