@@ -805,11 +805,13 @@ void CLasReader::NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t
 }
 
 // One row from the current line: one token per curve, in order; the rest of
-// the line is ignored. A short row gets empty tokens (0.0 or ""); an empty
-// token right behind a delimiter is a value of its own. In wrap mode a row
-// goes on over the following lines until every curve has a value; a header
-// that comes first ends the section and fills the row's missing values, so
-// that all curves keep one length.
+// the line is ignored (leniently, values there become curves of their own).
+// A short row gets empty tokens (0.0 or ""); an empty token right behind a
+// delimiter is a value of its own. In wrap mode a row goes on over the
+// following lines until every curve has a value; a header that comes first
+// ends the section and fills the row's missing values, so that all curves
+// keep one length. Leniently a quoted value is one token, and one that runs
+// into a header or the file's end ends the row the same way.
 ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
                                       bool& headerReached, detail::KeptTokens* kept)
 {
