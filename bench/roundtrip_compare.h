@@ -61,7 +61,11 @@ inline bool LineRepaired(const std::vector<CLasRepair>& repairs, const std::stri
 {
     if (LeftOut(repairs, section)) return true;
     for (const CLasRepair& r : repairs) {
-        if (r.mnemonic.empty() && r.kind != LASREPAIR_MNEMONIC) continue;
+        // A line without a mnemonic can have its unit, value or format
+        // repaired; other records without one are the section's own.
+        const bool ofLine = r.kind == LASREPAIR_MNEMONIC || r.kind == LASREPAIR_UNIT ||
+                            r.kind == LASREPAIR_VALUE || r.kind == LASREPAIR_FORMAT;
+        if (r.mnemonic.empty() && !ofLine) continue;
         if (r.section != section && r.kind != LASREPAIR_CURVE_LEFT_OUT) continue;
         if (r.mnemonic == mnemonic || r.from == mnemonic) return true;
     }
@@ -81,6 +85,7 @@ inline bool SameName(const std::string& a, const std::string& b)
 {
     if (a.size() != b.size()) return false;
     std::map<const CLasSection*, std::vector<bool>> usedLines;
+    std::map<std::string, int> seen;
     for (size_t i = 0; i < a.size(); ++i) {
         const auto lower = [](char c) {
             return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -153,16 +158,31 @@ inline std::string CompareCurves(const CLasSection& a, const CLasSection& b,
     return "";
 }
 
+// The name under which the `occurrence`-th section of a name is written: the
+// first under its own, a later one under the name a repair gave it as the
+// next run of its group (the renames of a name in the order they were made).
+inline std::string RunName(const std::vector<CLasRepair>& repairs, const std::string& name,
+                           int occurrence)
+{
+    for (const CLasRepair& r : repairs)
+        if (r.kind == LASREPAIR_SECTION_NEXT_RUN && SameName(r.from, name) && --occurrence == 1)
+            return r.to;
+    return name;
+}
+
 // Document `a` (as read) against `b` (read back from what the writer made of
 // `a` in the version), given the writer's repairs; "" when they agree.
 inline std::string Compare(const std::vector<CLasSection>& a, const std::vector<CLasSection>& b,
                            const std::vector<CLasRepair>& repairs, bool las3)
 {
     std::map<const CLasSection*, std::vector<bool>> usedLines;
+    std::map<std::string, int> seen;
     for (size_t i = 0; i < a.size(); ++i) {
-        if (i == 0 && (a[i].m_name == "Version" || a[i].m_name == "V" || a[i].m_name == "VERSION"))
-            continue;
-        const std::string name = LasSectionNameIn(a[i].m_name.c_str(), las3);
+        // The writer makes its own version block; a Version section that held
+        // more is recorded as left out.
+        if (SameName(a[i].m_name, "Version") || SameName(a[i].m_name, "V")) continue;
+        const std::string first = LasSectionNameIn(a[i].m_name.c_str(), las3);
+        const std::string name = RunName(repairs, first, ++seen[first]);
         if (LeftOut(repairs, name)) continue;
         const CLasSection* other = FindSection(b, name);
         if (!other) return "section " + name + " is missing";

@@ -42,6 +42,10 @@ FULL_NAMES = {"V": "VERSION", "W": "WELL", "C": "CURVE", "P": "PARAMETER", "O": 
 # The Python layer sets these Well lines from the data before a write.
 # Repair kinds that change no value nor text of the named section.
 HARMLESS_KINDS = ("DELIMITER",)
+# Repair kinds of one line, also of a line without a mnemonic.
+LINE_KINDS = ("MNEMONIC", "UNIT", "VALUE", "FORMAT")
+# Repair kinds, without a mnemonic, that change a whole section.
+SECTION_KINDS = ("LEFT_OUT", "NOT_WRITTEN", "MERGED")
 
 
 def canonical(name: str) -> str:
@@ -96,6 +100,7 @@ class Exemptions:
     sections: Set[str] = field(default_factory=set)
     lines: Set[Tuple[str, str]] = field(default_factory=set)
     partners: Dict[str, Set[str]] = field(default_factory=dict)
+    runs: Dict[str, List[str]] = field(default_factory=dict)
 
     @classmethod
     def of(cls, repairs: Iterable[Repair]) -> "Exemptions":
@@ -108,19 +113,25 @@ class Exemptions:
         kind, section = repair.kind.upper(), canonical(repair.section)
         if any(harmless in kind for harmless in HARMLESS_KINDS):
             return
-        if repair.mnemonic.strip():
+        if repair.mnemonic.strip() or any(k in kind for k in LINE_KINDS):
             names = {repair.mnemonic}
             if "MNEMONIC" in kind:
                 names |= {repair.old, repair.new}  # an empty mnemonic given a name too
             self.lines |= {(section, n.strip().upper()) for n in names}
+        elif "NEXT_RUN" in kind:
+            self.runs.setdefault(canonical(repair.old), []).append(canonical(repair.new))
         elif "RENAME" in kind and repair.old.strip() and repair.new.strip():
             self.renamed[canonical(repair.old)] = canonical(repair.new)
-        elif section:
+        elif any(k in kind for k in SECTION_KINDS):
             self.sections.add(section)
 
-    def stored_name(self, name: str) -> str:
-        """The canonical name a section of the lenient read has after the write."""
-        return self.renamed.get(canonical(name), canonical(name))
+    def stored_name(self, name: str, occurrence: int = 1) -> str:
+        """The canonical name the `occurrence`-th section of a name in the
+        lenient read has after the write: a later one of a group is the next
+        run of it ("LOG2_DEFINITION")."""
+        stored = self.renamed.get(canonical(name), canonical(name))
+        runs = self.runs.get(stored, [])
+        return runs[occurrence - 2] if 2 <= occurrence <= len(runs) + 1 else stored
 
     def skips_line(self, section: str, mnemonic: str) -> bool:
         """Whether a repair names the line, in its section or in the section
@@ -196,19 +207,22 @@ def text_changes(section: str, before: Sequence[quarl.Param], after: Sequence[qu
     return None, added + len(new) - at
 
 
-def curve_columns(section: quarl.Section, exempt: Exemptions) -> List[Tuple[str, int]]:
-    """The (mnemonic, column) of a data section's curves that are compared."""
-    name = canonical(section.name)
+def curve_columns(section: quarl.Section, exempt: Exemptions,
+                  name: str) -> List[Tuple[str, int]]:
+    """The (mnemonic, column) of a data section's curves that are compared,
+    the section known under `name` after the write."""
     mnemonics = [as_in_file(section.curve_definition(i).mnemonic)
                  for i in range(section.curve_count)]
     return [(m, i) for i, m in enumerate(mnemonics) if not exempt.skips_line(name, m)]
 
 
 def first_curve_difference(before: quarl.Section, after: quarl.Section,
-                           exempt: Exemptions) -> Optional[str]:
-    """The first curve of a data section whose name or values differ."""
-    name = canonical(after.name)
-    old, new = curve_columns(before, exempt), curve_columns(after, exempt)
+                           exempt: Exemptions, name: str = "") -> Optional[str]:
+    """The first curve of a data section whose name or values differ; the
+    section is `name` after the write (by default, the name it was read back
+    under)."""
+    name = name or canonical(after.name)
+    old, new = curve_columns(before, exempt, name), curve_columns(after, exempt, name)
     if [m for m, _ in old] != [m for m, _ in new]:
         return f"~{name} curves {[m for m, _ in old]} became {[m for m, _ in new]}"
     for (mnemonic, i), (_, j) in zip(old, new):
@@ -227,21 +241,25 @@ def first_difference(original: Sequence[quarl.Section], back: Sequence[quarl.Sec
     written = {canonical(s.name): s for s in back}
     exempt.pair(original)
     added = 0
+    seen: Counter[str] = Counter()
     for section in original:
-        name = exempt.stored_name(section.name)
+        first = exempt.stored_name(section.name)
+        seen[first] += 1
+        name = exempt.stored_name(section.name, seen[first])
         if name == "VERSION" or name in exempt.sections:
             continue
         after = written.get(name)
         if after is None:
             return f"~{section.name} is missing", added
         if section.type == quarl.DATA:
-            why, more = first_curve_difference(section, after, exempt), 0
+            why, more = first_curve_difference(section, after, exempt, name), 0
         else:
             why, more = text_changes(name, section.params, after.params, exempt)
         added += more
         if why:
             return why, added
-    kept = {exempt.stored_name(s.name) for s in original} | exempt.sections | {"VERSION"}
+    runs = {n for names in exempt.runs.values() for n in names}
+    kept = {exempt.stored_name(s.name) for s in original} | exempt.sections | runs | {"VERSION"}
     return None, added + sum(1 for s in back if canonical(s.name) not in kept)
 
 

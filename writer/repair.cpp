@@ -134,6 +134,7 @@ const char* LasRepairKindName(ELASREPAIRKIND kind)
         "LASREPAIR_DELIMITER",
         "LASREPAIR_WELL_RANGE",
         "LASREPAIR_CURVE_PADDED",
+        "LASREPAIR_SECTION_NEXT_RUN",
     };
     const auto index = static_cast<size_t>(kind);
     if (kind < 0 || index >= sizeof kNames / sizeof kNames[0]) return "LASREPAIR_UNKNOWN";
@@ -181,10 +182,13 @@ ELASFILEERROR CLasWriter::AddRepaired(const CLasSection& input)
             return SetLastError(LASFILE_BAD_VALUE, section.m_name.c_str(), nullptr,
                                 static_cast<int32_t>(i), -1);
     }
-    if (HasSectionNamed(section.m_name.c_str())) {
-        if (!isData && MergeIntoStored(section, input.m_name)) return LASFILE_OK;
+    if (HasSectionNamed(section.m_name.c_str()) && !NameNextRun(section)) {
+        const bool merges =
+            section.m_type == LASSECTION_PARAMETER || section.m_type == LASSECTION_HEADER;
+        if (merges && MergeIntoStored(section, input.m_name)) return LASFILE_OK;
         Record(LASREPAIR_SECTION_LEFT_OUT, section.m_name, "", input.m_name, "",
-               "a second section " + input.m_name + " left out: only parameter lines merge");
+               "a second section " + input.m_name +
+                   " left out: only parameter lines merge, and LAS 2.0 holds one log");
         return LASFILE_OK;
     }
     RepairParams(section);
@@ -199,16 +203,21 @@ ELASFILEERROR CLasWriter::AddRepaired(const CLasSection& input)
 // record, when the version cannot hold the section at all.
 bool CLasWriter::RepairSectionName(CLasSection& section)
 {
+    // A LAS 2.0 writer writes one-letter names out in any mode, and a LAS 2.0
+    // file holds no links: neither is a change to record.
     const std::string name = RepairedSectionName(section.m_name, m_isLas3);
     if (name != section.m_name) {
-        Record(LASREPAIR_SECTION_RENAMED, name, "", section.m_name, name,
-               "section " + section.m_name + " written as " + name);
+        if (m_isLas3 || section.m_name.size() != 1)
+            Record(LASREPAIR_SECTION_RENAMED, name, "", section.m_name, name,
+                   "section " + section.m_name + " written as " + name);
         section.m_name = name;
     }
     const std::string link = RepairedSectionName(section.m_association, m_isLas3);
     if (section.m_type == LASSECTION_DATA && link != section.m_association) {
-        Record(LASREPAIR_ASSOCIATION, name, "", section.m_association, link,
-               "section " + name + " linked to " + link + " rather than " + section.m_association);
+        if (m_isLas3)
+            Record(
+                LASREPAIR_ASSOCIATION, name, "", section.m_association, link,
+                "section " + name + " linked to " + link + " rather than " + section.m_association);
         section.m_association = link;
     }
     const bool typeKnown =
@@ -220,6 +229,41 @@ bool CLasWriter::RepairSectionName(CLasSection& section)
                                  : "LAS 2.0 knows only the sections Well, Curve, Parameter, "
                                    "ASCII, Other and Downhole";
     Record(LASREPAIR_SECTION_LEFT_OUT, name, "", name, "", "section " + name + " left out: " + why);
+    return false;
+}
+
+// In LAS 3.0 a second section of a group ("Log_Definition" again, as files
+// that repeat ~Curve and ~Ascii for each logging run have it) becomes the
+// next run of the group: "Log2_Definition", with "Log2_Parameter" and
+// "Log2_Data" beside it, the data linked to the definition of its own run.
+// False, with nothing changed, in LAS 2.0 and for names of no group.
+bool CLasWriter::NameNextRun(CLasSection& section)
+{
+    static const char* const kSuffixes[] = {"_Parameter", "_Definition", "_Data"};
+    const std::string& name = section.m_name;
+    for (const char* suffix : kSuffixes) {
+        const size_t length = std::char_traits<char>::length(suffix);
+        if (!m_isLas3 || name.size() <= length ||
+            !AsciiEqualNoCase(name.c_str() + name.size() - length, suffix))
+            continue;
+        const std::string base = name.substr(0, name.size() - length);
+        int run = 2;
+        while (HasSectionNamed((base + std::to_string(run) + suffix).c_str())) ++run;
+        const std::string runName = base + std::to_string(run) + suffix;
+        Record(
+            LASREPAIR_SECTION_NEXT_RUN, runName, "", name, runName,
+            "a second section " + name + " written as " + runName + ", the next run of its group");
+        section.m_name = runName;
+        const std::string definition = base + std::to_string(run) + "_Definition";
+        if (section.m_type == LASSECTION_DATA && HasSectionNamed(definition.c_str()) &&
+            section.m_association != definition) {
+            Record(LASREPAIR_ASSOCIATION, runName, "", section.m_association, definition,
+                   "section " + runName + " linked to " + definition + " rather than " +
+                       section.m_association);
+            section.m_association = definition;
+        }
+        return true;
+    }
     return false;
 }
 

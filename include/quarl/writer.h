@@ -42,7 +42,7 @@ enum ELASREPAIRKIND : int32_t {
     // A section the version cannot hold, or a Version section with lines the
     // writer does not make itself, left out.
     LASREPAIR_SECTION_LEFT_OUT = 1,
-    // A second section of a name: its lines appended to the first.
+    // A second parameter section of a name: its lines appended to the first.
     LASREPAIR_SECTION_MERGED = 2,
     // A section that holds nothing (no lines, no rows) at the end of the
     // document, not written: a file cannot end in a section header. A
@@ -77,6 +77,10 @@ enum ELASREPAIRKIND : int32_t {
     LASREPAIR_WELL_RANGE = 14,
     // A short curve padded to the length of the longest one.
     LASREPAIR_CURVE_PADDED = 15,
+    // In LAS 3.0, a second section of a group ("Log_Definition" again, as
+    // files that repeat ~Curve and ~Ascii for each logging run have them)
+    // renamed as the next run of its group: "Log2_Definition".
+    LASREPAIR_SECTION_NEXT_RUN = 16,
 };
 
 // The name of a kind as written above ("LASREPAIR_SECTION_RENAMED");
@@ -324,6 +328,7 @@ private:
     void RepairParams(CLasSection& section);
     void RepairParam(CLasParam& param, const std::string& section);
     bool MergeIntoStored(const CLasSection& section, const std::string& given);
+    bool NameNextRun(CLasSection& section);
     void RepairDocument();
     void RepairDataSection(CLasSection& data);
     void DropTextCurves(CLasSection& data, CLasSection* definition);
