@@ -32,8 +32,9 @@ export class LasReadError extends Error {
 }
 
 class LasDocument {
-  constructor(core, handle) {
+  constructor(core, handle, name) {
     this._core = core;
+    this.name = name;
     this._handle = handle;
     const header = handle.header();
     this.version = header.version;
@@ -74,12 +75,13 @@ class LasDocument {
   // The document as LAS text ("2.0" or "3.0"), written by quarl's writer in
   // repair mode: what the version cannot hold is changed, and each change is
   // in `repairs` of toLasWithRepairs.
-  toLas(version = "2.0") {
-    return this.toLasWithRepairs(version).text;
+  // `name` is the file name the text gives in its first comment lines.
+  toLas(version = "2.0", name = this.name) {
+    return this.toLasWithRepairs(version, name).text;
   }
-  toLasWithRepairs(version = "2.0") {
+  toLasWithRepairs(version = "2.0", name = this.name) {
     if (version !== "2.0" && version !== "3.0") throw new Error(`no LAS version ${version}`);
-    const out = this._live().toLas(version === "3.0");
+    const out = this._live().toLas(version === "3.0", name);
     if (out.error !== undefined) throw new Error(`writing LAS ${version} failed: ${out.error}`);
     return { text: out.text, repairs: out.repairs };
   }
@@ -132,7 +134,7 @@ class Quarl {
       handle.delete();
       throw error;
     }
-    return new LasDocument(core, handle);
+    return new LasDocument(core, handle, options.name || "");
   }
 }
 

@@ -204,9 +204,9 @@ public:
         return list;
     }
 
-    // The document as LAS 2.0 or 3.0 text, by the writer in repair mode:
-    // {text, repairs} or {error}.
-    val ToLas(bool las3) const
+    // The document as LAS 2.0 or 3.0 text, by the writer in repair mode,
+    // named `name` in its comment: {text, repairs} or {error}.
+    val ToLas(bool las3, const std::string& name) const
     {
         val out = val::object();
         CLasWriter writer;
@@ -221,7 +221,7 @@ public:
             }
         }
         std::string text;
-        if (writer.WriteToString(text, tessel::TxString(m_name)) != LASFILE_OK) {
+        if (writer.WriteToString(text, tessel::TxString(name)) != LASFILE_OK) {
             out.set("error", WriterError(writer));
             return out;
         }
