@@ -174,3 +174,37 @@ test("CSV and the log plot of quarl-plot", () => {
   assert.throws(() => doc.plot({ tracks: [["NOPE"]] }), /plot:/);
   doc.free();
 });
+
+test("damaged files read or fail with a result, and never break the module", () => {
+  // A small generator of its own, so that a failure repeats.
+  let seed = 20261125;
+  const random = (n) => {
+    seed = (seed * 1103515245 + 12345) % 2147483648;
+    return seed % n;
+  };
+  const pieces = [0, 10, 13, 32, 46, 58, 126, 35, 45, 48, 57, 255, 0x7e, 0x5c];
+  let read = 0, failed = 0;
+  for (let round = 0; round < 300; ++round) {
+    const bytes = new Uint8Array(sample.subarray(0, 400 + random(sample.length - 400)));
+    for (let k = 1 + random(12); k > 0; --k) bytes[random(bytes.length)] = pieces[random(pieces.length)];
+    for (const strict of [false, true]) {
+      try {
+        const doc = quarl.read(bytes, { strict });
+        for (const name of doc.curveNames) doc.curve(name);
+        const data = doc.sections.find((x) => x.logData) ?? doc.sections.find((x) => x.type === "data");
+        if (data && doc.curveNames.length) assert.equal(doc.toCsv().split("\n").length, data.rows + 2);
+        try { doc.toLas("3.0"); } catch (e) { assert.match(e.message, /^writing LAS 3.0 failed: LASFILE_/); }
+        doc.free();
+        ++read;
+      } catch (e) {
+        assert.ok(e instanceof LasReadError, String(e));
+        assert.match(e.result, /^LASFILE_/);
+        ++failed;
+      }
+    }
+  }
+  assert.ok(read > 0 && failed > 0, `${read} read, ${failed} failed`);
+  const doc = quarl.read(sample);
+  assert.equal(doc.curve("DEPT").length, 400);
+  doc.free();
+});
