@@ -208,3 +208,23 @@ test("damaged files read or fail with a result, and never break the module", () 
   assert.equal(doc.curve("DEPT").length, 400);
   doc.free();
 });
+
+test("every data section of a LAS 3.0 file, with its text curves", () => {
+  const doc = quarl.read(readFileSync(path.join(root, "examples/data/sample_las30.las")));
+  assert.equal(doc.version, "3.0");
+  assert.ok(doc.las3);
+  const data = doc.sections.map((s, i) => [s, i]).filter(([s]) => s.type === "data");
+  assert.deepEqual(data.map(([s]) => [s.name, s.association, s.rows]),
+    [["Log_Data", "Log_Definition", 50], ["Core_Data", "Core_Definition", 4]]);
+  const core = data[1][1];
+  assert.deepEqual(doc.curveNamesOf(core), ["CORETOP", "COREBOT", "DESC", "PERM"]);
+  assert.equal(doc.curve("DESC", core), null, "a text curve has no numbers");
+  assert.equal(doc.curveInfoOf(core).find((c) => c.name === "DESC").numeric, false);
+  assert.equal(doc.curve("PERM", core).length, 4);
+  assert.equal(doc.curve("PERM"), null, "the log data has no PERM");
+  assert.deepEqual(doc.curveNamesOf(0), [], "the Version section holds no curves");
+  const csv = doc.toCsv(core).split("\n");
+  assert.equal(csv[0], "CORETOP,COREBOT,DESC,PERM");
+  assert.equal(csv.length, 6);
+  doc.free();
+});
