@@ -3,8 +3,9 @@ developers use, and against the native reader.
 
 A generated LAS 2.0 file of 170,000 rows of 25 curves (about 43 MB, made by
 bench_read --make) is picked in one page and read from its File by both, in
-turns, best of three each: quarl.mjs strictly and leniently (the bytes of the
-File, then the read), las-js 3.4.2 (new Lasjs(file), then data()). las-js is
+turns, best of six each: quarl.mjs strictly and leniently (readFile: the
+File streamed into the module's memory, then the read), las-js 3.4.2 (new
+Las(file), then data()). las-js is
 installed from npm into a scratch folder by this script alone, never kept.
 Then the ratios: las-js over quarl.mjs, and quarl.mjs over the native strict
 read of the same file (bench_read --time).
@@ -97,7 +98,7 @@ def main():
             driver.quit()
             server.shutdown()
         best = result["best"]
-        print("%.1f MB LAS 2.0, %d rows of 25 curves; best of 3 in headless Chromium (WebAssembly SIMD: %s)"
+        print("%.1f MB LAS 2.0, %d rows of 25 curves; best of 6 in headless Chromium (WebAssembly SIMD: %s)"
               % (megabytes, args.rows, "yes" if result["simd"] else "no"))
         print("  native strict read   %8.3f s" % native)
         for kind in ("strict", "lenient"):

@@ -78,6 +78,9 @@ export interface ReadOptions {
 export interface Quarl {
   /** Throws LasReadError when the read fails. */
   read(bytes: Uint8Array, options?: ReadOptions): LasDocument;
+  /** Streams a File or Blob into the module's memory, then reads it as read() does. */
+  readFile(file: Blob & { name?: string },
+           options?: ReadOptions & { onProgress?: (done: number, total: number) => void }): Promise<LasDocument>;
 }
 
 export class LasReadError extends Error {

@@ -117,24 +117,53 @@ class Quarl {
   // fails.
   read(bytes, options = {}) {
     if (!(bytes instanceof Uint8Array)) throw new TypeError("read wants a Uint8Array");
-    const core = this._core;
-    const size = bytes.length;
-    const pointer = core._malloc(Math.max(size, 1));
-    if (!pointer) throw new LasReadError("LASFILE_OUT_OF_MEMORY", 0, []);
-    const handle = new core.Document();
-    let code;
+    const pointer = this._allocate(bytes.length);
     try {
-      core.HEAPU8.set(bytes, pointer);
-      code = handle.read(pointer, size, !!options.strict, options.name || "");
+      this._core.HEAPU8.set(bytes, pointer);
+      return this._readAt(pointer, bytes.length, options);
     } finally {
-      core._free(pointer);
+      this._core._free(pointer);
     }
+  }
+
+  // Reads a File or Blob as read() reads bytes, streaming it straight into
+  // the module's memory without a copy of the whole file on the side.
+  // options.onProgress(done, total) hears of each piece.
+  async readFile(file, options = {}) {
+    const total = file.size;
+    const pointer = this._allocate(total);
+    try {
+      const reader = file.stream().getReader();
+      let offset = 0;
+      for (;;) {
+        const { done, value } = await reader.read();
+        if (done) break;
+        if (offset + value.length > total) throw new Error("the file grew while it was read");
+        this._core.HEAPU8.set(value, pointer + offset);  // the view is fetched again: memory may grow
+        offset += value.length;
+        if (options.onProgress) options.onProgress(offset, total);
+      }
+      return this._readAt(pointer, offset, { name: file.name, ...options });
+    } finally {
+      this._core._free(pointer);
+    }
+  }
+
+  _allocate(size) {
+    const pointer = this._core._malloc(Math.max(size, 1));
+    if (!pointer) throw new LasReadError("LASFILE_OUT_OF_MEMORY", 0, []);
+    return pointer;
+  }
+
+  _readAt(pointer, size, options) {
+    const handle = new this._core.Document();
+    const code = handle.read(pointer, size, !!options.strict, options.name || "");
     if (code !== 0) {
       const error = new LasReadError(handle.result(), handle.line(), handle.notes());
       handle.delete();
       throw error;
     }
-    return new LasDocument(core, handle, options.name || "");
+    return new LasDocument(this._core, handle, options.name || "");
   }
 }
 

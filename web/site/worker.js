@@ -5,24 +5,6 @@ import { load } from "./quarl.mjs";
 const quarlReady = load();
 const documents = new Map();
 
-// The bytes of a File, with progress reports while they come in.
-async function bytesOf(id, file) {
-  const bytes = new Uint8Array(file.size);
-  const reader = file.stream().getReader();
-  let offset = 0, reported = 0;
-  for (;;) {
-    const { done, value } = await reader.read();
-    if (done) break;
-    bytes.set(value, offset);
-    offset += value.length;
-    if (offset - reported > (1 << 20)) {
-      reported = offset;
-      postMessage({ type: "progress", id, done: offset, total: file.size, stage: "loading" });
-    }
-  }
-  return bytes.subarray(0, offset);
-}
-
 function summary(doc) {
   return {
     name: doc.name, version: doc.version, las3: doc.las3, wrapped: doc.wrapped, null: doc.null,
@@ -41,11 +23,15 @@ function plotOf(doc, options) {
 
 const handlers = {
   async open({ id, file, strict }) {
-    const bytes = await bytesOf(id, file);
-    postMessage({ type: "progress", id, done: bytes.length, total: bytes.length, stage: "reading" });
     const quarl = await quarlReady;
+    let reported = 0;
+    const onProgress = (done, total) => {
+      if (done - reported < (1 << 20) && done < total) return;
+      reported = done;
+      postMessage({ type: "progress", id, done, total, stage: done < total ? "loading" : "reading" });
+    };
     const started = performance.now();
-    const doc = quarl.read(bytes, { name: file.name, strict });
+    const doc = await quarl.readFile(file, { strict, onProgress });
     const ms = performance.now() - started;
     documents.set(id, doc);
     return { document: summary(doc), ms, plot: plotOf(doc, {}) };

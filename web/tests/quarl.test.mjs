@@ -228,3 +228,13 @@ test("every data section of a LAS 3.0 file, with its text curves", () => {
   assert.equal(csv.length, 6);
   doc.free();
 });
+
+test("readFile streams a Blob into the module and reads it as read() does", async () => {
+  const seen = [];
+  const doc = await quarl.readFile(new Blob([sample]), { name: "blob.las", onProgress: (d, t) => seen.push([d, t]) });
+  assert.equal(doc.name, "blob.las");
+  assert.equal(doc.curve("DEPT").length, 400);
+  assert.deepEqual(seen.at(-1), [sample.length, sample.length]);
+  doc.free();
+  await assert.rejects(quarl.readFile(new Blob(["~Version\n"]), { strict: true }), LasReadError);
+});
