@@ -46,9 +46,15 @@ class LasDocument {
     this.params = header.params;
     this.sections = header.sections;
     this.curveNames = handle.curveList(-1);
-    this.curves = handle.curveInfo(-1);
     this.notes = handle.notes();
     this.notesSummary = handle.notesSummary();
+  }
+
+  // The facts of each curve of the log data (unit, description, min, max,
+  // NULLs), worked out on first use.
+  get curves() {
+    if (!this._curves) this._curves = this._live().curveInfo(-1);
+    return this._curves;
   }
 
   _live() {
