@@ -73,6 +73,8 @@ export interface ReadOptions {
   strict?: boolean;
   /** The file's name, for the notes and the written text. */
   name?: string;
+  /** Hears how far the read is (0 to 100), at each whole percent. */
+  onReadProgress?: (percent: number) => void;
 }
 
 export interface Quarl {

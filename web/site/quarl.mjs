@@ -119,8 +119,9 @@ class Quarl {
   }
 
   // Reads the bytes of a LAS file: leniently by default, exactly by the
-  // format's rules with {strict: true}. Throws LasReadError when the read
-  // fails.
+  // format's rules with {strict: true}. options.onReadProgress(percent)
+  // hears how far the read is, at each whole percent. Throws LasReadError
+  // when the read fails.
   read(bytes, options = {}) {
     if (!(bytes instanceof Uint8Array)) throw new TypeError("read wants a Uint8Array");
     const pointer = this._allocate(bytes.length);
@@ -134,7 +135,8 @@ class Quarl {
 
   // Reads a File or Blob as read() reads bytes, streaming it straight into
   // the module's memory without a copy of the whole file on the side.
-  // options.onProgress(done, total) hears of each piece.
+  // options.onProgress(done, total) hears of each piece that comes in, and
+  // options.onReadProgress(percent), as with read(), of the read after it.
   async readFile(file, options = {}) {
     const total = file.size;
     const pointer = this._allocate(total);
@@ -163,7 +165,24 @@ class Quarl {
 
   _readAt(pointer, size, options) {
     const handle = new this._core.Document();
-    const code = handle.read(pointer, size, !!options.strict, options.name || "");
+    // What the caller's function throws stops the read and is thrown again
+    // here; it never crosses the module's frames.
+    let thrown = null;
+    const listener = options.onReadProgress;
+    const report = typeof listener !== "function" ? undefined : (percent) => {
+      try {
+        listener(percent);
+        return false;
+      } catch (e) {
+        thrown = { error: e };
+        return true;
+      }
+    };
+    const code = handle.read(pointer, size, !!options.strict, options.name || "", report);
+    if (thrown) {
+      handle.delete();
+      throw thrown.error;
+    }
     if (code !== 0) {
       const error = new LasReadError(handle.result(), handle.line(), handle.notes());
       handle.delete();

@@ -42,7 +42,8 @@ worker.onmessage = (event) => {
 function showProgress({ done, total, stage }) {
   $("progress").hidden = false;
   $("bar").value = total ? done / total : 1;
-  $("progress-text").textContent = stage === "reading" ? "reading..." : `loading ${(done / 1048576).toFixed(1)} of ${(total / 1048576).toFixed(1)} MB`;
+  $("progress-text").textContent = stage === "reading" ? `reading: ${Math.round((100 * done) / total)} %`
+    : `loading ${(done / 1048576).toFixed(1)} of ${(total / 1048576).toFixed(1)} MB`;
 }
 
 async function open(file) {

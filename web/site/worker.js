@@ -28,10 +28,16 @@ const handlers = {
     const onProgress = (done, total) => {
       if (done - reported < (1 << 20) && done < total) return;
       reported = done;
-      postMessage({ type: "progress", id, done, total, stage: done < total ? "loading" : "reading" });
+      postMessage({ type: "progress", id, done, total, stage: "loading" });
     };
     const started = performance.now();
-    const doc = await quarl.readFile(file, { strict, onProgress });
+    let percentShown = -1;
+    const onReadProgress = (percent) => {
+      if (percent < percentShown + 5 && percent < 100) return;
+      percentShown = percent;
+      postMessage({ type: "progress", id, done: percent, total: 100, stage: "reading" });
+    };
+    const doc = await quarl.readFile(file, { strict, onProgress, onReadProgress });
     const ms = performance.now() - started;
     documents.set(id, doc);
     return { document: summary(doc), ms, plot: plotOf(doc, {}) };

@@ -97,8 +97,14 @@ class Document {
 public:
     // Reads `size` bytes at `data` (module memory the caller owns); returns
     // the result code. Lenient unless `strict`, bounded as the programs are.
-    int Read(uintptr_t data, size_t size, bool strict, const std::string& name)
+    // `onProgress`, a function or undefined, hears the share read (0 to 100)
+    // each time it has grown by a whole percent, and stops the read by
+    // returning true.
+    int Read(uintptr_t data, size_t size, bool strict, const std::string& name, val onProgress)
     {
+        Progress progress{onProgress, -1.0};
+        const bool report = onProgress.typeOf().as<std::string>() == "function";
+        m_reader.SetStatusCallback(&progress, report ? &Progress::Report : nullptr);
         CLasReadOptions options;
         if (!strict) {
             options.lenient = true;
@@ -108,6 +114,7 @@ public:
         m_name = name;
         m_result =
             m_reader.OpenBuffer(reinterpret_cast<const void*>(data), size, tessel::TxString(name));
+        m_reader.SetStatusCallback(nullptr, nullptr);
         if (m_result != LASFILE_OK) return m_result;
         m_well = m_reader.size() > 1 ? m_reader.GetWellHeadersPtr() : nullptr;
         m_hasNull = common::NullValueOf(m_well.get(), &m_nullValue);
@@ -297,6 +304,19 @@ public:
     }
 
 private:
+    struct Progress {
+        val function;
+        double last;
+        static int32_t Report(void* context, double percent, const char*)
+        {
+            Progress& self = *static_cast<Progress*>(context);
+            if (percent < self.last + 1.0 && percent < 100.0) return 0;
+            self.last = percent;
+            // True from the function stops the read (LASFILE_CANCELLED).
+            return self.function(percent).as<bool>() ? 1 : 0;
+        }
+    };
+
     val Sections() const
     {
         val list = val::array();

@@ -238,3 +238,19 @@ test("readFile streams a Blob into the module and reads it as read() does", asyn
   doc.free();
   await assert.rejects(quarl.readFile(new Blob(["~Version\n"]), { strict: true }), LasReadError);
 });
+
+test("the read reports how far it is, once for each whole percent at most", () => {
+  const seen = [];
+  const doc = quarl.read(sample, { onReadProgress: (p) => seen.push(p) });
+  assert.ok(seen.length >= 10, `${seen.length} reports`);
+  assert.equal(seen.at(-1), 100);
+  for (let i = 1; i < seen.length; ++i) assert.ok(seen[i] >= seen[i - 1] + 1 || seen[i] === 100, `${seen[i - 1]} then ${seen[i]}`);
+  doc.free();
+  // What the function throws stops the read at once and comes back out.
+  let calls = 0;
+  assert.throws(() => quarl.read(sample, { onReadProgress: () => { ++calls; throw new Error("stop"); } }), /stop/);
+  assert.equal(calls, 1);
+  const again = quarl.read(sample, { onReadProgress: 5 });  // not a function: no reports
+  assert.equal(again.curveNames.length, 9);
+  again.free();
+});
