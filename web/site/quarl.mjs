@@ -170,6 +170,7 @@ class Quarl {
     let thrown = null;
     const listener = options.onReadProgress;
     const report = typeof listener !== "function" ? undefined : (percent) => {
+      if (thrown) return true;  // the reader's last report, after the stop
       try {
         listener(percent);
         return false;
