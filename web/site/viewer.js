@@ -199,6 +199,17 @@ async function download(entry, format) {
   link.click();
   link.remove();
   setTimeout(() => URL.revokeObjectURL(url), 10000);
+  entry.written = { name, repairs: answer.repairs };
+  if (current === entry) showWritten(entry);
+}
+
+// What the writer changed so that the version could hold the file.
+function showWritten(entry) {
+  const box = $("written");
+  if (!box || !entry.written) return;
+  const { name, repairs } = entry.written;
+  box.replaceChildren(repairs.length ? `${name}: ${repairs.length} change(s) by the writer` : `${name}: written as read`,
+    repairs.length ? element("ul", {}, repairs.map((r) => element("li", {}, r))) : null);
 }
 
 function render() {
@@ -227,7 +238,8 @@ function render() {
     element("div", { class: "downloads" }, "Download as ",
       element("button", { id: "download-las20", onclick: () => download(entry, "2.0") }, "LAS 2.0"),
       element("button", { id: "download-las30", onclick: () => download(entry, "3.0") }, "LAS 3.0"),
-      element("button", { id: "download-csv", onclick: () => download(entry, "csv") }, "CSV")),
+      element("button", { id: "download-csv", onclick: () => download(entry, "csv") }, "CSV"),
+      element("div", { id: "written", class: "hint" })),
     element("div", { class: "layout" },
       element("div", {},
         element("h2", {}, "Well"), paramTable(doc.well, "well"),
@@ -235,6 +247,7 @@ function render() {
         element("h2", {}, "Curves"), curveTable(entry),
         element("h2", {}, "Notes"), notesView(doc.notes, doc.notesSummary)),
       element("div", {}, element("h2", {}, "Log"), plotControls(entry), plot)));
+  showWritten(entry);
 }
 
 $("files").addEventListener("change", (e) => {

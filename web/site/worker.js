@@ -47,7 +47,8 @@ const handlers = {
   },
   download({ id, format }) {
     const doc = documents.get(id);
-    return { text: format === "csv" ? doc.toCsv() : doc.toLas(format), format };
+    if (format === "csv") return { text: doc.toCsv(), format, repairs: [] };
+    return { ...doc.toLasWithRepairs(format), format };
   },
   close({ id }) {
     documents.get(id)?.free();

@@ -131,6 +131,7 @@ class Viewer(unittest.TestCase):
     def test_4_download_las30_and_csv(self):
         self.pick(SAMPLE)
         self.driver.find_element(By.ID, "download-las30").click()
+        self.wait(lambda: "sample_las20_las30.las" in self.driver.find_element(By.ID, "written").text)
         self.driver.find_element(By.ID, "download-csv").click()
         las = os.path.join(self.downloads, "sample_las20_las30.las")
         csv = os.path.join(self.downloads, "sample_las20.csv")
