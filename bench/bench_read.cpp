@@ -12,6 +12,8 @@
 //                                      comma, 2 wrapped) for profiling
 //   bench_read --options ROWS          strict, lenient, headersOnly and dataEnds reads
 //                                      of one LAS 2.0 file side by side
+//   bench_read --time PATH             the median seconds of a strict read of PATH
+//                                      (bench_web.py compares the browser's with it)
 #include <fcntl.h>
 #include <quarl/reader.h>
 #include <sys/mman.h>
@@ -424,6 +426,16 @@ int main(int argc, char** argv)
         return ReadWithLibrary(argv[2], values) < 0 ? 1 : 0;
     }
     if (argc == 2 && std::strcmp(argv[1], "--idle") == 0) return 0;
+    if (argc == 3 && std::strcmp(argv[1], "--time") == 0) {
+        std::vector<double> seconds;
+        for (int run = 0; run < kRuns; ++run) {
+            size_t values = 0;
+            seconds.push_back(ReadWithLibrary(argv[2], values));
+            if (seconds.back() < 0) return 1;
+        }
+        std::printf("%.4f\n", Median(seconds));
+        return 0;
+    }
     if (argc == 3 && std::strcmp(argv[1], "--options") == 0) {
         const char* base = std::getenv("TMPDIR");
         Options(base && *base ? base : "/tmp", std::atol(argv[2]));

@@ -10,23 +10,43 @@
 #include <cstddef>
 #include <cstdint>
 
+// A standard library without the floating-point std::from_chars (the libc++
+// of the WebAssembly build) reads decimal numbers with fast_float, which
+// rounds them as exactly; QUARL_FAST_FLOAT chooses it everywhere.
+#if !defined(__cpp_lib_to_chars) || defined(QUARL_FAST_FLOAT)
+#include <fast_float/fast_float.h>
+#define QUARL_NUMBERS_BY_FAST_FLOAT 1
+#endif
+
 namespace quarl {
 
 // The general case: white space, '+', hexadecimal, infinity and NaN forms,
 // and numbers out of range, through strtod in the "C" locale.
 double ParseNumberSlow(const char* begin, const char* end);
 
-// atof of the bytes [begin, end). Decimal numbers take std::from_chars, which
-// gives the correctly rounded result that strtod gives; everything else goes
-// to the general case.
+// A decimal number at the start of [begin, end), correctly rounded as strtod
+// rounds it: where it ends, or null when none stands there or it is out of
+// range.
+inline const char* ParseDecimal(const char* begin, const char* end, double& value)
+{
+#if defined(QUARL_NUMBERS_BY_FAST_FLOAT)
+    const fast_float::from_chars_result r = fast_float::from_chars(begin, end, value);
+#else
+    const std::from_chars_result r = std::from_chars(begin, end, value);
+#endif
+    return r.ec == std::errc() ? r.ptr : nullptr;
+}
+
+// atof of the bytes [begin, end). Decimal numbers take ParseDecimal;
+// everything else goes to the general case.
 inline double ParseNumber(const char* begin, const char* end)
 {
     const char* p = begin;
     if (p < end && *p == '-') ++p;
     if (p < end && ((*p >= '0' && *p <= '9') || *p == '.')) {
         double value = 0.0;
-        const std::from_chars_result r = std::from_chars(begin, end, value);
-        if (r.ec == std::errc() && (r.ptr == end || (*r.ptr != 'x' && *r.ptr != 'X'))) return value;
+        const char* stop = ParseDecimal(begin, end, value);
+        if (stop && (stop == end || (*stop != 'x' && *stop != 'X'))) return value;
     }
     return ParseNumberSlow(begin, end);
 }

@@ -16,6 +16,9 @@
 #include <vector>
 
 #include "foundation/number_parse.h"
+#if __has_include(<fast_float/fast_float.h>)
+#include <fast_float/fast_float.h>
+#endif
 #include "writer/number_format.h"
 
 namespace quarl {
@@ -141,6 +144,63 @@ TEST(NumberFormat, General15AndFixed8MatchPrintfAndTheFastPathTheSlowOne)
     EXPECT_EQ(mismatches, 0u);
     EXPECT_GT(answered, samples.size() / 3);
 }
+
+// The routes of a standard library without floating-point std::to_chars
+// (the WebAssembly build) give the bytes std::to_chars gives: the shortest
+// text that reads back, "%.*g" and "%.8f". Powers of two are where the
+// shortest text may lie on the far side of the nearest one.
+TEST(NumberFormat, PortableRoutesGiveTheBytesOfToChars)
+{
+    // Every 32nd sample: the routes run printf and strtod many times a value.
+    std::vector<double> values;
+    const std::vector<double> samples = Samples();
+    for (size_t i = 0; i < samples.size(); i += 32) values.push_back(samples[i]);
+    for (int e = -1074; e <= 1023; ++e) values.push_back(std::ldexp(1.0, e));
+    for (double v :
+         {0.0, -0.0, 5e-324, 1.7976931348623157e308, 1e21, 1e22, 1e23, 123456789012345680000.0, 0.0001, 0.001, 100.0,
+          -2.5e-7, std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(), std::nan("")})
+        values.push_back(v);
+    char want[detail::kFixedNumberMax], got[detail::kFixedNumberMax];
+    size_t mismatches = 0;
+    auto expect = [&](const char* what, double value, char* wantEnd, char* gotEnd) {
+        if (std::string(want, wantEnd) != std::string(got, gotEnd) && ++mismatches < 10)
+            ADD_FAILURE() << what << " of " << Bits(value) << ": " << std::string(got, gotEnd) << " instead of "
+                          << std::string(want, wantEnd);
+    };
+    for (double value : values) {
+        expect("shortest", value, std::to_chars(want, want + sizeof want, value).ptr,
+               detail::FormatShortestPortable(got, value));
+        for (int digits : {1, 6, 10, 15, 17})
+            expect("general", value,
+                   std::to_chars(want, want + sizeof want, value, std::chars_format::general, digits).ptr,
+                   detail::FormatGeneralPortable(got, value, digits));
+        expect("fixed", value, std::to_chars(want, want + sizeof want, value, std::chars_format::fixed, 8).ptr,
+               detail::FormatFixed8Portable(got, value));
+    }
+    EXPECT_EQ(mismatches, 0u);
+}
+
+#if __has_include(<fast_float/fast_float.h>)
+// fast_float, which reads the numbers where std::from_chars has no floating
+// point, rounds every decimal text as strtod does.
+TEST(NumberParse, FastFloatEqualsStrtod)
+{
+    size_t mismatches = 0;
+    const std::vector<double> samples = Samples();
+    for (size_t i = 0; i < samples.size(); i += 16) {
+        const double value = samples[i];
+        for (const std::string& text :
+             {Printf("%.17g", value), Printf("%.15g", value), Printf("%.25e", value), Printf("%.3f", value)}) {
+            double got = -1.0;
+            const auto r = fast_float::from_chars(text.data(), text.data() + text.size(), got);
+            const double want = strtod_l(text.c_str(), nullptr, kC);
+            if (r.ec != std::errc() || Bits(got) != Bits(want))
+                if (++mismatches < 10) ADD_FAILURE() << text << ": " << Bits(got) << " vs " << Bits(want);
+        }
+    }
+    EXPECT_EQ(mismatches, 0u);
+}
+#endif
 
 TEST(Numbers, HostDecimalCommaChangesNothing)
 {

@@ -7,7 +7,9 @@
 # virtual environment, as the README shows). With --all also what the rest
 # of CI uses: clang 14 with libFuzzer, clang-format, gcovr, valgrind, and two
 # host locales (de_DE.UTF-8 with a decimal comma, tr_TR.ISO-8859-9) for the
-# tests that prove the library ignores the host's locale. Runs as root, or
+# tests that prove the library ignores the host's locale. With --web what
+# tools/build-web.sh and the browser tests need: emscripten (with node),
+# fast_float, chromium, chromium-driver and Selenium. Runs as root, or
 # through sudo.
 set -eu
 
@@ -16,10 +18,18 @@ packages="cmake ninja-build g++ libgtest-dev pkg-config
   python3-fsspec python3-charset-normalizer python3-pip python3-setuptools python3-venv python3-mypy
   libsqlite3-dev sqlite3 libssl-dev"
 all=no
-if [ "${1:-}" = "--all" ]; then
-  all=yes
-  packages="$packages clang-14 libclang-rt-14-dev clang-format gcovr valgrind locales"
-fi
+for option in "$@"; do
+  case $option in
+    --all)
+      all=yes
+      packages="$packages clang-14 libclang-rt-14-dev clang-format gcovr valgrind locales" ;;
+    --web)
+      packages="$packages emscripten libfast-float-dev chromium chromium-driver python3-selenium" ;;
+    *)
+      echo "usage: tools/install-deps.sh [--all] [--web]" >&2
+      exit 2 ;;
+  esac
+done
 
 if [ "$(id -u)" = 0 ]; then
   as_root=""

@@ -1,6 +1,10 @@
 #include "writer/number_format.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #if defined(__SSE2__) && defined(__x86_64__)
@@ -349,8 +353,169 @@ char* FormatGeneral15Row(char* out, const double* const* columns, size_t count, 
 
 char* FormatGeneral15Slow(char* out, double value)
 {
-    return std::to_chars(out, out + kGeneralNumberMax, value, std::chars_format::general, 15).ptr;
+    return FormatGeneral(out, value, 15);
 }
+
+namespace {
+
+// printf into `out` (room for `size` bytes). The C library's conversions
+// are exact; they follow the host's locale, but the "C" locale is the only
+// one a WebAssembly module has, and natively these routes serve the tests.
+template <typename... Args>
+char* Print(char* out, size_t size, const char* format, Args... args)
+{
+    const int n = std::snprintf(out, size, format, args...);
+    return out + (n < 0 ? 0 : std::min(static_cast<size_t>(n), size - 1));
+}
+
+// A decimal number as its significant digits and the exponent of the first
+// one: 1.25e+2 is "125" and 2.
+struct Decimal {
+    char digits[24] = {};
+    int count = 0;
+    int exponent = 0;
+};
+
+// The digits of `text` as "%.*e" writes it: "-1.25e+02".
+Decimal FromScientific(const char* text)
+{
+    Decimal d;
+    const char* p = text + (*text == '-' ? 1 : 0);
+    for (; *p != 'e'; ++p)
+        if (*p != '.') d.digits[d.count++] = *p;
+    d.exponent = std::atoi(p + 1);
+    return d;
+}
+
+// `d` with one unit added to (up) or taken from its last digit.
+Decimal Neighbour(Decimal d, bool up)
+{
+    int i = d.count - 1;
+    for (; i >= 0 && d.digits[i] == (up ? '9' : '0'); --i) d.digits[i] = up ? '0' : '9';
+    if (i >= 0) {
+        d.digits[i] = static_cast<char>(d.digits[i] + (up ? 1 : -1));
+    } else {  // 99 became 100
+        std::memmove(d.digits + 1, d.digits, static_cast<size_t>(d.count));
+        d.digits[0] = '1';
+        ++d.count;
+        ++d.exponent;
+    }
+    if (d.digits[0] == '0' && d.count > 1) {  // 10 became 09
+        std::memmove(d.digits, d.digits + 1, static_cast<size_t>(d.count));
+        --d.count;
+        --d.exponent;
+    }
+    return d;
+}
+
+double ValueOf(const Decimal& d, bool negative)
+{
+    char text[48];
+    Print(text, sizeof text, "%s0.%.*se%d", negative ? "-" : "", d.count, d.digits, d.exponent + 1);
+    return std::strtod(text, nullptr);
+}
+
+// The fewest digits that read back as `value`, the nearest such number
+// when there are two (near a power of two the neighbour on the far side may
+// be the one inside the value's rounding interval).
+Decimal ShortestDigits(double value)
+{
+    const bool negative = std::signbit(value);
+    char text[48];
+    Decimal d;
+    for (int digits = 1; digits <= 17; ++digits) {
+        Print(text, sizeof text, "%.*e", digits - 1, value);
+        d = FromScientific(text);
+        const double near = ValueOf(d, negative);
+        if (near == value) break;
+        const Decimal other = Neighbour(d, (std::fabs(near) < std::fabs(value)));
+        if (ValueOf(other, negative) == value) return other;
+    }
+    while (d.count > 1 && d.digits[d.count - 1] == '0') --d.count;
+    return d;
+}
+
+// `d` as std::to_chars writes it: fixed notation unless the scientific one
+// is shorter. A whole number in fixed notation has all its exact digits,
+// not the shortest ones padded with zeros.
+char* WriteShortest(char* out, const Decimal& d, double magnitude)
+{
+    char fixed[kGeneralNumberMax], scientific[kGeneralNumberMax];
+    char* f = fixed;
+    if (d.exponent < 0) {
+        f = Print(f, sizeof fixed, "0.%0*d%.*s", -d.exponent - 1, 0, d.count, d.digits);
+        if (d.exponent == -1) f = Print(fixed, sizeof fixed, "0.%.*s", d.count, d.digits);
+    } else if (d.count <= d.exponent + 1) {
+        f = Print(f, sizeof fixed, "%.*s%0*d", d.count, d.digits, d.exponent + 1 - d.count, 0);
+        if (d.count == d.exponent + 1) f = Print(fixed, sizeof fixed, "%.*s", d.count, d.digits);
+    } else {
+        f = Print(f, sizeof fixed, "%.*s.%.*s", d.exponent + 1, d.digits, d.count - d.exponent - 1,
+                  d.digits + d.exponent + 1);
+    }
+    char* s = d.count == 1
+                  ? Print(scientific, sizeof scientific, "%ce%+03d", d.digits[0], d.exponent)
+                  : Print(scientific, sizeof scientific, "%c.%.*se%+03d", d.digits[0], d.count - 1,
+                          d.digits + 1, d.exponent);
+    const bool useFixed = f - fixed <= s - scientific;
+    if (useFixed && d.count <= d.exponent + 1)
+        return Print(out, kGeneralNumberMax, "%.0f", magnitude);
+    const char* from = useFixed ? fixed : scientific;
+    const size_t length = static_cast<size_t>(useFixed ? f - fixed : s - scientific);
+    std::memcpy(out, from, length);
+    return out + length;
+}
+
+}  // namespace
+
+char* FormatShortestPortable(char* out, double value)
+{
+    if (!std::isfinite(value) || value == 0.0) return Print(out, kGeneralNumberMax, "%g", value);
+    if (std::signbit(value)) *out++ = '-';
+    return WriteShortest(out, ShortestDigits(value), std::fabs(value));
+}
+
+char* FormatGeneralPortable(char* out, double value, int digits)
+{
+    return Print(out, kGeneralNumberMax, "%.*g", digits, value);
+}
+
+char* FormatFixed8Portable(char* out, double value)
+{
+    return Print(out, kFixedNumberMax, "%.8f", value);
+}
+
+#if defined(__cpp_lib_to_chars)
+char* FormatShortest(char* out, double value)
+{
+    return std::to_chars(out, out + kGeneralNumberMax, value).ptr;
+}
+
+char* FormatGeneral(char* out, double value, int digits)
+{
+    return std::to_chars(out, out + kGeneralNumberMax, value, std::chars_format::general, digits)
+        .ptr;
+}
+
+static char* FormatFixed8(char* out, double value)
+{
+    return std::to_chars(out, out + kFixedNumberMax, value, std::chars_format::fixed, 8).ptr;
+}
+#else
+char* FormatShortest(char* out, double value)
+{
+    return FormatShortestPortable(out, value);
+}
+
+char* FormatGeneral(char* out, double value, int digits)
+{
+    return FormatGeneralPortable(out, value, digits);
+}
+
+static char* FormatFixed8(char* out, double value)
+{
+    return FormatFixed8Portable(out, value);
+}
+#endif
 
 std::string General15(double value)
 {
@@ -361,9 +526,7 @@ std::string General15(double value)
 std::string Fixed8(double value)
 {
     char buffer[kFixedNumberMax];
-    const std::to_chars_result r =
-        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 8);
-    return std::string(buffer, r.ptr);
+    return std::string(buffer, FormatFixed8(buffer, value));
 }
 
 }  // namespace quarl::detail

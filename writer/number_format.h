@@ -43,6 +43,19 @@ char* FormatGeneral15Fixed(char* out, double value);
 char* FormatGeneral15FixedPortable(char* out, double value);
 char* FormatGeneral15Slow(char* out, double value);
 
+// The same bytes as std::to_chars of `value` at `out`, which has room for
+// kGeneralNumberMax bytes: the shortest text that reads back as `value`, or
+// with `digits` (1 to 17) significant digits as "%.*g" has them. Where the
+// standard library has no floating-point std::to_chars (the WebAssembly
+// build) the Portable forms serve, built on the C library's exact printf
+// and strtod; the tests hold them to the same bytes.
+char* FormatShortest(char* out, double value);
+char* FormatGeneral(char* out, double value, int digits);
+char* FormatShortestPortable(char* out, double value);
+char* FormatGeneralPortable(char* out, double value, int digits);
+// "%.8f" of `value` at `out`, which has room for kFixedNumberMax bytes.
+char* FormatFixed8Portable(char* out, double value);
+
 // "%.15g" of `value` as a string.
 std::string General15(double value);
 // "%.8f" of `value` as a string.

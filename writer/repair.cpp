@@ -12,6 +12,7 @@
 #include "foundation/section_index.h"
 #include "foundation/section_names.h"
 #include "writer/curve_limit.h"
+#include "writer/number_format.h"
 
 namespace quarl {
 
@@ -63,11 +64,9 @@ std::string Quoted(const std::string& text)
 // digits when `digits` is above 0.
 std::string NumberText(double value, int digits = 0)
 {
-    char buffer[64];
-    const auto result = digits > 0 ? std::to_chars(buffer, buffer + sizeof buffer, value,
-                                                   std::chars_format::general, digits)
-                                   : std::to_chars(buffer, buffer + sizeof buffer, value);
-    return std::string(buffer, result.ptr);
+    char buffer[detail::kGeneralNumberMax];
+    return std::string(buffer, digits > 0 ? detail::FormatGeneral(buffer, value, digits)
+                                          : detail::FormatShortest(buffer, value));
 }
 
 bool IsVersionLine(const CLasParam& param)

@@ -1,0 +1,200 @@
+// quarl.mjs: reads LAS 2.0 and 3.0 files in a page, a worker or node, with
+// quarl's reader compiled to WebAssembly, and writes them back.
+//
+//   import { load } from "./quarl.mjs";
+//   const quarl = await load();
+//   const doc = quarl.read(bytes);          // a Uint8Array; {strict: true}
+//   doc.well.WELL.value; doc.curve("GR");   // a Float64Array, NULL as NaN
+//   doc.free();
+import createQuarlCore from "./quarl_core.mjs";
+
+const isNode = typeof process === "object" && process.versions != null && process.versions.node != null;
+
+// The module's binary: handed in under node, whose fetch refuses file
+// paths; a page and a worker fetch it beside this file.
+async function coreOptions(options) {
+  if (options.wasmBinary) return { wasmBinary: options.wasmBinary };
+  if (!isNode) return {};
+  const { readFile } = await import("node:fs/promises");
+  return { wasmBinary: await readFile(new URL("./quarl_core.wasm", import.meta.url)) };
+}
+
+// A failed read: an Error whose message names the result and the line, with
+// both as properties and the document's notes.
+export class LasReadError extends Error {
+  constructor(result, line, notes) {
+    super(`${result} at line ${line}`);
+    this.name = "LasReadError";
+    this.result = result;
+    this.line = line;
+    this.notes = notes;
+  }
+}
+
+class LasDocument {
+  constructor(core, handle, name) {
+    this._core = core;
+    this.name = name;
+    this._handle = handle;
+    const header = handle.header();
+    this.version = header.version;
+    this.las3 = header.las3;
+    this.wrapped = header.wrapped;
+    this.delimiter = header.delimiter;
+    this.null = header.null;
+    this.well = header.well;
+    this.params = header.params;
+    this.sections = header.sections;
+    this.curveNames = handle.curveList(-1);
+    this.notes = handle.notes();
+    this.notesSummary = handle.notesSummary();
+  }
+
+  // The facts of each curve of the log data (unit, description, min, max,
+  // NULLs), worked out on first use.
+  get curves() {
+    if (!this._curves) this._curves = this._live().curveInfo(-1);
+    return this._curves;
+  }
+
+  _live() {
+    if (!this._handle) throw new Error("the document was freed");
+    return this._handle;
+  }
+
+  // The values of a curve of the log data (or of data section `section`,
+  // by its index in `sections`) as a view of the module's memory, NULL as
+  // NaN: no copy. Null for a text curve or an unknown name. Valid until
+  // free(); copy it (slice()) to keep it longer.
+  curve(name, section = -1) {
+    return this._live().curve(section, name);
+  }
+
+  // Names and facts of the curves of data section `section`.
+  curveNamesOf(section) {
+    return this._live().curveList(section);
+  }
+  curveInfoOf(section) {
+    return this._live().curveInfo(section);
+  }
+
+  // The document as LAS text ("2.0" or "3.0"), written by quarl's writer in
+  // repair mode: what the version cannot hold is changed, and each change is
+  // in `repairs` of toLasWithRepairs.
+  // `name` is the file name the text gives in its first comment lines.
+  toLas(version = "2.0", name = this.name) {
+    return this.toLasWithRepairs(version, name).text;
+  }
+  toLasWithRepairs(version = "2.0", name = this.name) {
+    if (version !== "2.0" && version !== "3.0") throw new Error(`no LAS version ${version}`);
+    const out = this._live().toLas(version === "3.0", name);
+    if (out.error !== undefined) throw new Error(`writing LAS ${version} failed: ${out.error}`);
+    return { text: out.text, repairs: out.repairs };
+  }
+
+  // A data section (default: the log data) as CSV, NULL as an empty field.
+  toCsv(section = -1) {
+    return this._live().csv(section);
+  }
+
+  // The log plot as quarl-plot draws it, as SVG text. options: tracks
+  // ([["GR", "SP"], ["ILD", "ILM:log"]]), top and bottom depth, height and
+  // trackWidth in pixels.
+  plot(options = {}) {
+    const out = this._live().plot(options);
+    if (out.error !== undefined) throw new Error(`plot: ${out.error}`);
+    return { svg: out.svg, notes: out.notes };
+  }
+
+  free() {
+    if (!this._handle) return;
+    this._handle.delete();
+    this._handle = null;
+  }
+}
+
+class Quarl {
+  constructor(core) {
+    this._core = core;
+  }
+
+  // Reads the bytes of a LAS file: leniently by default, exactly by the
+  // format's rules with {strict: true}. options.onReadProgress(percent)
+  // hears how far the read is, at each whole percent. Throws LasReadError
+  // when the read fails.
+  read(bytes, options = {}) {
+    if (!(bytes instanceof Uint8Array)) throw new TypeError("read wants a Uint8Array");
+    const pointer = this._allocate(bytes.length);
+    try {
+      this._core.HEAPU8.set(bytes, pointer);
+      return this._readAt(pointer, bytes.length, options);
+    } finally {
+      this._core._free(pointer);
+    }
+  }
+
+  // Reads a File or Blob as read() reads bytes, streaming it straight into
+  // the module's memory without a copy of the whole file on the side.
+  // options.onProgress(done, total) hears of each piece that comes in, and
+  // options.onReadProgress(percent), as with read(), of the read after it.
+  async readFile(file, options = {}) {
+    const total = file.size;
+    const pointer = this._allocate(total);
+    try {
+      const reader = file.stream().getReader();
+      let offset = 0;
+      for (;;) {
+        const { done, value } = await reader.read();
+        if (done) break;
+        if (offset + value.length > total) throw new Error("the file grew while it was read");
+        this._core.HEAPU8.set(value, pointer + offset);  // the view is fetched again: memory may grow
+        offset += value.length;
+        if (options.onProgress) options.onProgress(offset, total);
+      }
+      return this._readAt(pointer, offset, { name: file.name, ...options });
+    } finally {
+      this._core._free(pointer);
+    }
+  }
+
+  _allocate(size) {
+    const pointer = this._core._malloc(Math.max(size, 1));
+    if (!pointer) throw new LasReadError("LASFILE_OUT_OF_MEMORY", 0, []);
+    return pointer;
+  }
+
+  _readAt(pointer, size, options) {
+    const handle = new this._core.Document();
+    // What the caller's function throws stops the read and is thrown again
+    // here; it never crosses the module's frames.
+    let thrown = null;
+    const listener = options.onReadProgress;
+    const report = typeof listener !== "function" ? undefined : (percent) => {
+      if (thrown) return true;  // the reader's last report, after the stop
+      try {
+        listener(percent);
+        return false;
+      } catch (e) {
+        thrown = { error: e };
+        return true;
+      }
+    };
+    const code = handle.read(pointer, size, !!options.strict, options.name || "", report);
+    if (thrown) {
+      handle.delete();
+      throw thrown.error;
+    }
+    if (code !== 0) {
+      const error = new LasReadError(handle.result(), handle.line(), handle.notes());
+      handle.delete();
+      throw error;
+    }
+    return new LasDocument(this._core, handle, options.name || "");
+  }
+}
+
+// Loads the WebAssembly module once; options.wasmBinary hands its bytes in.
+export async function load(options = {}) {
+  const core = await createQuarlCore(await coreOptions(options));
+  return new Quarl(core);
+}

@@ -1,0 +1,25 @@
+#!/bin/sh
+# CTest's web_browser test: builds the site with tools/build-web.sh into
+# BUILD/web-site, then drives the viewer in headless chromium with Selenium
+# (browser_test.py). Exits 77 (skipped) with the reason when emscripten,
+# fast_float, chromium, chromium-driver or python3-selenium is missing.
+# QUARL_SCREENSHOTS=DIR saves the README's screenshots into DIR.
+set -eu
+root=$(cd "$(dirname "$0")/../.." && pwd)
+build=$1
+for tool in emcc node /usr/bin/chromium /usr/bin/chromedriver; do
+  if ! command -v $tool >/dev/null 2>&1; then
+    echo "skipped: $tool is missing (tools/install-deps.sh --web)"
+    exit 77
+  fi
+done
+if [ ! -f /usr/include/fast_float/fast_float.h ]; then
+  echo "skipped: fast_float is missing (tools/install-deps.sh --web)"
+  exit 77
+fi
+if ! /usr/bin/python3 -c "import selenium" 2>/dev/null; then
+  echo "skipped: python3-selenium is missing (tools/install-deps.sh --web)"
+  exit 77
+fi
+QUARL_WEB_BUILD="$build/web-build" "$root/tools/build-web.sh" "$build/web-site"
+QUARL_SITE="$build/web-site" /usr/bin/python3 "$root/web/tests/browser_test.py"
