@@ -1,0 +1,80 @@
+# Debian packages of the installed components: `cpack -G DEB` in a build
+# tree makes
+#   libquarl<soname version>  the shared libraries (component runtime)
+#   libquarl-dev              headers, the unversioned .so, CMake and pkg-config files
+#   quarl-tools               the programs and their man pages
+#   python3-quarl             the Python package
+# each with the license in /usr/share/doc/<package>/copyright. The packages
+# install where the build tree was configured to install (configure with
+# -DCMAKE_INSTALL_PREFIX=/usr for packages of the system's own layout).
+set(QUARL_DEB_RUNTIME libquarl${QUARL_SOVERSION})
+set(QUARL_DEB_DEV libquarl-dev)
+set(QUARL_DEB_PROGRAMS quarl-tools)
+set(QUARL_DEB_PYTHON python3-quarl)
+
+set(QUARL_COMPONENTS runtime dev)
+if(QUARL_BUILD_APPS)
+  list(APPEND QUARL_COMPONENTS programs)
+endif()
+if(QUARL_PYTHON)
+  list(APPEND QUARL_COMPONENTS python)
+endif()
+
+# Each package carries the license in Debian's copyright form.
+configure_file(${PROJECT_SOURCE_DIR}/cmake/copyright.in ${PROJECT_BINARY_DIR}/copyright @ONLY)
+foreach(component IN LISTS QUARL_COMPONENTS)
+  string(TOUPPER ${component} upper)
+  install(FILES ${PROJECT_BINARY_DIR}/copyright
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${QUARL_DEB_${upper}} COMPONENT ${component})
+endforeach()
+
+set(CPACK_PACKAGE_NAME quarl)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_VENDOR "The quarl developers")
+set(CPACK_PACKAGE_CONTACT "Seed 43652979 maintainers <maintainers@users.noreply.c-seed-43652979.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_COMPONENTS_ALL ${QUARL_COMPONENTS})
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${CPACK_PACKAGE_CONTACT}")
+set(CPACK_DEBIAN_PACKAGE_SECTION science)
+# The libraries' own dependencies found by dpkg-shlibdeps, the packages of
+# this project by the components each needs, at this exact version.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${QUARL_DEB_RUNTIME})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+# A shlibs file, and the ldconfig trigger, for the shared libraries.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+  "LAS well log reader and writer - shared library\nThe shared libraries libquarl and libtessel.")
+
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME ${QUARL_DEB_DEV})
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_COMPONENT_DEV_DEPENDS runtime)
+set(CPACK_COMPONENT_DEV_DESCRIPTION
+  "LAS well log reader and writer - development files\nHeaders, the CMake package quarl::quarl and the pkg-config file quarl.pc.")
+
+set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME ${QUARL_DEB_PROGRAMS})
+set(CPACK_COMPONENT_PROGRAMS_DEPENDS runtime)
+set(CPACK_COMPONENT_PROGRAMS_DESCRIPTION
+  "LAS well log programs\nquarl-info, quarl-convert, quarl-plot, quarl-check and quarl-catalog.")
+
+# The native module is built for one minor version of Python.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME ${QUARL_DEB_PYTHON})
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_COMPONENT_PYTHON_DEPENDS runtime)
+if(QUARL_PYTHON)
+  math(EXPR QUARL_PYTHON_NEXT "${Python3_VERSION_MINOR} + 1")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+    "python3 (>= ${Python3_VERSION_MAJOR}.${Python3_VERSION_MINOR}), python3 (<< ${Python3_VERSION_MAJOR}.${QUARL_PYTHON_NEXT}), python3-numpy")
+endif()
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+  "LAS well log reader and writer - Python 3 package\nThe package quarl: LAS files into numpy and pandas and back.")
+
+include(CPack)
