@@ -5,8 +5,9 @@
 #   quarl-tools               the programs and their man pages
 #   python3-quarl             the Python package
 # each with the license in /usr/share/doc/<package>/copyright. The packages
-# install where the build tree was configured to install (configure with
-# -DCMAKE_INSTALL_PREFIX=/usr for packages of the system's own layout).
+# install under /usr whatever prefix the tree was configured for: every
+# installed path is relative to the prefix, and the programs, the module,
+# quarl.pc and the CMake package find the rest from their own place.
 set(QUARL_DEB_RUNTIME libquarl${QUARL_SOVERSION})
 set(QUARL_DEB_DEV libquarl-dev)
 set(QUARL_DEB_PROGRAMS quarl-tools)
@@ -34,7 +35,7 @@ set(CPACK_PACKAGE_VENDOR "The quarl developers")
 set(CPACK_PACKAGE_CONTACT "Seed 43652979 maintainers <maintainers@users.noreply.c-seed-43652979.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
-set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_COMPONENTS_ALL ${QUARL_COMPONENTS})
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 
@@ -44,25 +45,29 @@ set(CPACK_DEBIAN_PACKAGE_SECTION science)
 # The libraries' own dependencies found by dpkg-shlibdeps, the packages of
 # this project by the components each needs, at this exact version.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# The programs and the module need this project's own libraries, which
+# dpkg-shlibdeps finds in the build tree and leaves to the component
+# dependencies below.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR} ${PROJECT_BINARY_DIR}/tessel)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${QUARL_DEB_RUNTIME})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 # A shlibs file, and the ldconfig trigger, for the shared libraries.
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
   "LAS well log reader and writer - shared library\nThe shared libraries libquarl and libtessel.")
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME ${QUARL_DEB_DEV})
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEV_DEPENDS runtime)
-set(CPACK_COMPONENT_DEV_DESCRIPTION
+set(CPACK_DEBIAN_DEV_DESCRIPTION
   "LAS well log reader and writer - development files\nHeaders, the CMake package quarl::quarl and the pkg-config file quarl.pc.")
 
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME ${QUARL_DEB_PROGRAMS})
 set(CPACK_COMPONENT_PROGRAMS_DEPENDS runtime)
-set(CPACK_COMPONENT_PROGRAMS_DESCRIPTION
+set(CPACK_DEBIAN_PROGRAMS_DESCRIPTION
   "LAS well log programs\nquarl-info, quarl-convert, quarl-plot, quarl-check and quarl-catalog.")
 
 # The native module is built for one minor version of Python.
@@ -74,7 +79,7 @@ if(QUARL_PYTHON)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
     "python3 (>= ${Python3_VERSION_MAJOR}.${Python3_VERSION_MINOR}), python3 (<< ${Python3_VERSION_MAJOR}.${QUARL_PYTHON_NEXT}), python3-numpy")
 endif()
-set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION
   "LAS well log reader and writer - Python 3 package\nThe package quarl: LAS files into numpy and pandas and back.")
 
 include(CPack)

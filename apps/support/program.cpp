@@ -28,8 +28,10 @@ int RunGuarded(const char* name, int (*run)(int, char**), int argc, char** argv)
 
 void PrintVersion(const char* name)
 {
-    std::printf("%s (quarl) %s\nLicensed under the Apache License, Version 2.0.\n", name,
-                quarl::VersionString());
+    std::printf(
+        "%s (quarl) %s\nCopyright 2026 The quarl developers.\n"
+        "Licensed under the Apache License, Version 2.0.\n",
+        name, quarl::VersionString());
 }
 
 }  // namespace quarl::apps

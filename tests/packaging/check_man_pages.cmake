@@ -23,9 +23,10 @@ foreach(name IN LISTS PROGRAMS)
   string(REPLACE "-" "\\\\-" escaped ${name})
   string(REPLACE "." "\\." version ${VERSION})
   # the title line with the version from --version, the usage and the
-  # options from --help (man escapes each "-" as "\-")
+  # options from --help (man escapes each "-" as "\-"), the copyright that
+  # --version names
   foreach(part IN ITEMS "\n\\.TH ${upper} \"1\" \"[^\"]*\" \"quarl ${version}\"" "usage: ${escaped} "
-                        "\\\\-\\\\-help" "\\\\-\\\\-version")
+                        "\\\\-\\\\-help" "\\\\-\\\\-version" "\n\\.SH COPYRIGHT\n")
     if(NOT text MATCHES "${part}")
       list(APPEND failures "${name}.1 lacks '${part}'")
     endif()
