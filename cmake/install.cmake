@@ -29,7 +29,7 @@ install(EXPORT quarlTargets NAMESPACE quarl:: DESTINATION ${QUARL_CMAKE_DIR} COM
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/quarlConfig.cmake.in
   ${PROJECT_BINARY_DIR}/quarlConfig.cmake INSTALL_DESTINATION ${QUARL_CMAKE_DIR})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/quarlConfigVersion.cmake
-  VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
+  VERSION ${PROJECT_VERSION} COMPATIBILITY ${QUARL_PACKAGE_COMPATIBILITY})
 install(FILES ${PROJECT_BINARY_DIR}/quarlConfig.cmake ${PROJECT_BINARY_DIR}/quarlConfigVersion.cmake
   DESTINATION ${QUARL_CMAKE_DIR} COMPONENT dev)
 
