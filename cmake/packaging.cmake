@@ -21,12 +21,14 @@ if(QUARL_PYTHON)
   list(APPEND QUARL_COMPONENTS python)
 endif()
 
-# Each package carries the license in Debian's copyright form.
+# Each package carries the license in Debian's copyright form; a plain
+# `cmake --install` leaves these out (EXCLUDE_FROM_ALL: they are installed
+# only when their component is asked for, as cpack does).
 configure_file(${PROJECT_SOURCE_DIR}/cmake/copyright.in ${PROJECT_BINARY_DIR}/copyright @ONLY)
 foreach(component IN LISTS QUARL_COMPONENTS)
   string(TOUPPER ${component} upper)
   install(FILES ${PROJECT_BINARY_DIR}/copyright
-    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${QUARL_DEB_${upper}} COMPONENT ${component})
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${QUARL_DEB_${upper}} COMPONENT ${component} EXCLUDE_FROM_ALL)
 endforeach()
 
 set(CPACK_PACKAGE_NAME quarl)
