@@ -20,12 +20,11 @@ foreach(name IN LISTS PROGRAMS)
   endif()
   file(READ ${page} text)
   string(TOUPPER ${name} upper)
-  string(REPLACE "-" "\\\\-" escaped ${name})
   string(REPLACE "." "\\." version ${VERSION})
-  # the title line with the version from --version, the usage and the
-  # options from --help (man escapes each "-" as "\-"), the copyright that
-  # --version names
-  foreach(part IN ITEMS "\n\\.TH ${upper} \"1\" \"[^\"]*\" \"quarl ${version}\"" "usage: ${escaped} "
+  # the title line with the version from --version, the synopsis from the
+  # usage, the options from --help (man escapes their "-" as "\-") and the
+  # copyright that --version names
+  foreach(part IN ITEMS "\n\\.TH ${upper} \"1\" \"[^\"]*\" \"quarl ${version}\"" "\n\\.SH SYNOPSIS\n\\.B ${name}\n"
                         "\\\\-\\\\-help" "\\\\-\\\\-version" "\n\\.SH COPYRIGHT\n")
     if(NOT text MATCHES "${part}")
       list(APPEND failures "${name}.1 lacks '${part}'")
