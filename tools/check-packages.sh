@@ -54,11 +54,15 @@ assert quarl.__file__.startswith('/usr/lib/'), quarl.__file__; \
 assert quarl.__version__ == m.version('quarl') == sys.argv[2], (quarl.__version__, m.version('quarl')); \
 print('python3-quarl', quarl.__version__, quarl.read(sys.argv[1]).df().shape)" "$sample" "$version"
 
-# The README's host, built against the installed -dev package.
+# A host, and the README's first example, built against the installed -dev
+# package.
 [ "$(pkg-config --modversion quarl)" = "$version" ]
-# shellcheck disable=SC2046  # pkg-config's flags are split on purpose
-g++ -std=c++17 "$source/tests/consumer/main.cpp" $(pkg-config --cflags --libs quarl) -o consumer_pc
+# pkg-config's flags are split into words on purpose
+read -r -a flags <<<"$(pkg-config --cflags --libs quarl)"
+g++ -std=c++17 "$source/tests/consumer/main.cpp" "${flags[@]}" -o consumer_pc
 ./consumer_pc "$sample" | grep "consumer ok: .*, quarl $version"
+g++ -std=c++17 "$source/examples/read_las.cpp" "${flags[@]}" -o read_las
+./read_las "$sample" | grep "depths follow STEP: yes"
 cmake -S "$source/tests/consumer" -B consumer_cmake -G Ninja >/dev/null
 cmake --build consumer_cmake >/dev/null
 consumer_cmake/consumer "$sample" | grep "consumer ok: .*, quarl $version"
