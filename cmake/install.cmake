@@ -2,7 +2,8 @@
 # (quarl::quarl) and a pkg-config file. Each file belongs to one component,
 # which cmake/packaging.cmake makes a Debian package of: runtime (the
 # versioned libraries), dev (headers, the unversioned .so, the CMake and
-# pkg-config files), programs (with their man pages) and python.
+# pkg-config files), programs (with their man pages) and python (python_deb
+# for the Debian package, in Debian's folder: python/CMakeLists.txt).
 include(CMakePackageConfigHelpers)
 
 set(QUARL_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/quarl)

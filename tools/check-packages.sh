@@ -43,7 +43,7 @@ unset PYTHONPATH LD_LIBRARY_PATH PKG_CONFIG_PATH CMAKE_PREFIX_PATH
 for program in quarl-info quarl-convert quarl-plot quarl-check quarl-catalog; do
   [ "$(command -v "$program")" = "/usr/bin/$program" ]
   [ "$("$program" --version | head -n 1)" = "$program (quarl) $version" ]
-  [ -s "/usr/share/man/man1/$program.1" ]
+  gzip -dc "/usr/share/man/man1/$program.1.gz" | grep "^\.TH ${program^^} \"1\"" >/dev/null
 done
 quarl-info "$sample" | grep -q "Stepping: LASFILE_OK"
 quarl-convert "$sample" "$work/out.las" --las 3
