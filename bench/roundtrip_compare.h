@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -75,16 +76,38 @@ inline const CLasSection* FindSection(const std::vector<CLasSection>& sections,
     return nullptr;
 }
 
-// The lines of `a` against those of `b`, found by mnemonic: unit, value and
+// Two mnemonics alike but for the case of ASCII letters.
+inline bool SameName(const std::string& a, const std::string& b)
+{
+    if (a.size() != b.size()) return false;
+    std::map<const CLasSection*, std::vector<bool>> usedLines;
+    for (size_t i = 0; i < a.size(); ++i) {
+        const auto lower = [](char c) {
+            return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        };
+        if (lower(a[i]) != lower(b[i])) return false;
+    }
+    return true;
+}
+
+// The lines of `a` against those of `b`, found by mnemonic (the n-th line
+// of a mnemonic against the n-th of `b` not `used` yet: a second section
+// merged into `b` goes on where the first ended): unit, value and
 // description, trimmed.
 inline std::string CompareLines(const CLasSection& a, const CLasSection& b,
-                                const std::vector<CLasRepair>& repairs)
+                                const std::vector<CLasRepair>& repairs, std::vector<bool>& used)
 {
+    used.resize(b.m_params.size(), false);
     for (const CLasParam& line : a.m_params) {
         if (LineRepaired(repairs, b.m_name, line.m_mnemonic)) continue;
-        CLasParam other;
-        if (b.FindParameterByMnemonic(line.m_mnemonic.c_str(), &other) < 0)
+        size_t found = 0;
+        while (found < b.m_params.size() &&
+               (used[found] || !SameName(b.m_params[found].m_mnemonic, line.m_mnemonic)))
+            ++found;
+        if (found == b.m_params.size())
             return b.m_name + ": line " + line.m_mnemonic + " is missing";
+        used[found] = true;
+        const CLasParam& other = b.m_params[found];
         if (Trimmed(line.m_unit) != Trimmed(other.m_unit) ||
             Trimmed(line.m_value) != Trimmed(other.m_value) ||
             Trimmed(line.m_description) != Trimmed(other.m_description))
@@ -135,6 +158,7 @@ inline std::string CompareCurves(const CLasSection& a, const CLasSection& b,
 inline std::string Compare(const std::vector<CLasSection>& a, const std::vector<CLasSection>& b,
                            const std::vector<CLasRepair>& repairs, bool las3)
 {
+    std::map<const CLasSection*, std::vector<bool>> usedLines;
     for (size_t i = 0; i < a.size(); ++i) {
         if (i == 0 && (a[i].m_name == "Version" || a[i].m_name == "V" || a[i].m_name == "VERSION"))
             continue;
@@ -144,7 +168,7 @@ inline std::string Compare(const std::vector<CLasSection>& a, const std::vector<
         if (!other) return "section " + name + " is missing";
         const std::string difference = a[i].m_type == LASSECTION_DATA
                                            ? CompareCurves(a[i], *other, repairs)
-                                           : CompareLines(a[i], *other, repairs);
+                                           : CompareLines(a[i], *other, repairs, usedLines[other]);
         if (!difference.empty()) return difference;
     }
     return "";

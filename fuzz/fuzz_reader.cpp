@@ -72,9 +72,9 @@ void CheckNotes(const quarl::CLasReader& reader, quarl::ELASFILEERROR result)
         Check(notes.back().kind == quarl::LASNOTE_READ_STOPPED);
         Check(notes.back().line == reader.GetLineNumber());
     }
-    // The cap: at most 100 notes of each of the kinds, one count per kind,
-    // and the note of the stop.
-    Check(notes.size() <= 32 * 101 + 1);
+    // The cap: at most 100 notes of each of the kinds (the reader counts
+    // them in 40 slots), one count per kind, and the note of the stop.
+    Check(notes.size() <= 40 * 101 + 1);
 }
 
 // What two reads must share: result, sections, line and notes.

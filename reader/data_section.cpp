@@ -2,12 +2,15 @@
 // file are cut into tokens and each token is appended to its curve at once.
 #include <quarl/reader.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "foundation/number_parse.h"
 #include "foundation/platform.h"
@@ -81,6 +84,7 @@ public:
         std::string text;
     };
     explicit KeptTokens(size_t curves) : m_tokens(curves) {}
+    void AddCurves(size_t count) { m_tokens.resize(m_tokens.size() + count); }
     // The bytes the kept token costs against the budget.
     uint64_t Keep(size_t column, size_t row, uint64_t line, const char* begin, const char* end)
     {
@@ -269,6 +273,14 @@ bool WellNullValue(const CLasSection& well, double& value)
     return true;
 }
 
+// Leniently, the text of a data header behind its name ("~A  DEPTH DT").
+std::string HeaderWords(const char* line)
+{
+    while (*line == '~' || *line == ' ' || *line == '\t') ++line;
+    while (*line && *line != ' ' && *line != '\t') ++line;
+    return line;
+}
+
 }  // namespace
 
 // Leniently, a data section without a definition whose header line names
@@ -338,6 +350,8 @@ ELASFILEERROR CLasReader::ReadDataSection()
 
     auto stored = std::make_shared<CLasSection>(std::move(section));
     StoreSection(stored);
+    m_columnComment = m_commentAbove;
+    m_headerWords = m_options.lenient ? HeaderWords(Line()) : std::string();
     m_fillValue = 0.0;
     int32_t well = m_options.lenient ? FindSectionIndexByName("Well") : -1;
     if (well < 0 && m_options.lenient) well = FindSectionIndexByName("W");
@@ -350,6 +364,7 @@ ELASFILEERROR CLasReader::ReadDataSection()
     const ELASFILEERROR result = ReadLine();
     if (result == LASFILE_IO_FAILED) return HeaderAtEnd(stored->m_name);
     if (result != LASFILE_OK) return result;
+    if (!m_commentAbove.empty()) m_columnComment = m_commentAbove;
     return ReadDataRows(*stored, headerLine);
 }
 
@@ -417,19 +432,24 @@ ELASFILEERROR CLasReader::ReadDataEnds(CLasSection& section)
     if (result == LASFILE_IO_FAILED) return HeaderAtEnd(section.m_name);
     if (result != LASFILE_OK || Line()[0] == '~') return result;
     const detail::RowBytes bytes(m_isLas3, m_delimiter);
+    std::unique_ptr<detail::KeptTokens> kept;
+    if (m_options.lenient) kept.reset(new detail::KeptTokens(section.m_curves.size()));
     bool headerReached = false;
-    result = ReadDataRow(bytes, section, headerReached, nullptr);
+    result = ReadDataRow(bytes, section, headerReached, kept.get());
     if (result != LASFILE_OK) return result;
     const uint64_t lastOffset = lastLine ? tailStart + static_cast<uint64_t>(lastLine - begin) : 0;
-    if (!lastLine || lastOffset < m_file.GetOffset()) return LASFILE_OK;  // one row
-    const uint64_t firstRowLine = m_lineNumber;
-    m_lineNumber = 0;
-    result = m_file.ReadLineAt(lastOffset);
-    if (result == LASFILE_OK) result = ReadDataRow(bytes, section, headerReached, nullptr);
-    m_lineNumber = firstRowLine;
-    while (result == LASFILE_OK)
-        result = m_file.ReadLine();  // to the end: trailing blanks and comments
-    return result == LASFILE_IO_FAILED ? LASFILE_OK : result;
+    if (lastLine && lastOffset >= m_file.GetOffset()) {  // more than one row
+        const uint64_t firstRowLine = m_lineNumber;
+        m_lineNumber = 0;
+        result = m_file.ReadLineAt(lastOffset);
+        if (result == LASFILE_OK) result = ReadDataRow(bytes, section, headerReached, kept.get());
+        m_lineNumber = firstRowLine;
+        while (result == LASFILE_OK)
+            result = m_file.ReadLine();  // to the end: trailing blanks and comments
+        if (result != LASFILE_IO_FAILED) return result;
+    }
+    if (kept) NoNumbersAsNaN(section, *kept);
+    return LASFILE_OK;
 }
 
 // Without values: the lines up to the next header are passed over whole.
@@ -457,13 +477,46 @@ ELASFILEERROR CLasReader::PassDataRows(const std::string& name)
     return result == LASFILE_IO_FAILED ? LASFILE_OK : result;
 }
 
+namespace {
+
+// A quote that opens a value: a double quote, or a single quote that
+// closes on the same line.
+bool IsQuote(const char* p)
+{
+    return *p == '"' || (*p == '\'' && std::strchr(p + 1, '\''));
+}
+
+// A row of values run together by commas alone ("1000.0,12.5,33.1"): no
+// blank between its first and last byte, and one comma fewer than `curves`.
+bool IsCommaRow(const char* line, size_t curves)
+{
+    while (*line == ' ' || *line == '\t') ++line;
+    size_t commas = 0;
+    for (; *line && *line != ' ' && *line != '\t'; ++line) commas += *line == ',';
+    while (*line == ' ' || *line == '\t' || *line == '\r') ++line;
+    return *line == '\0' && curves > 1 && commas + 1 == curves;
+}
+
+}  // namespace
+
+// The delimiter of the rows of a data section: the file's; leniently the
+// comma when the file says blanks and the first row is a comma row.
+char CLasReader::RowDelimiter(size_t curves)
+{
+    if (!m_options.lenient || m_delimiter != ' ' || m_isWrapped || !IsCommaRow(Line(), curves))
+        return m_delimiter;
+    Note(LASNOTE_COMMA_ROWS, "rows read by their commas: the file names no comma delimiter");
+    return ',';
+}
+
 // Row after row up to the next header or the end of the file. A section
 // without curves passes over its lines. Leniently, the odd tokens of numeric
 // curves are kept aside and looked at once the section is read.
 ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine)
 {
-    const detail::RowBytes bytes(m_isLas3, m_delimiter);
-    const uint64_t rowBytes = RowBytes(section.m_curves);
+    const detail::RowBytes bytes(m_isLas3, RowDelimiter(section.m_curves.size()));
+    uint64_t rowBytes = RowBytes(section.m_curves);
+    size_t curveCount = section.m_curves.size();
     std::unique_ptr<detail::KeptTokens> kept;
     if (m_options.lenient) kept.reset(new detail::KeptTokens(section.m_curves.size()));
     ELASFILEERROR result = LASFILE_OK;
@@ -475,6 +528,10 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
             bool headerReached = false;
             result = ReadDataRow(bytes, section, headerReached, kept.get());
             if (result != LASFILE_OK || headerReached) break;
+            if (section.m_curves.size() != curveCount) {  // leniently, columns were added
+                curveCount = section.m_curves.size();
+                rowBytes = RowBytes(section.m_curves);
+            }
         }
         result = ReadLine();
         if (result == LASFILE_IO_FAILED) {
@@ -483,7 +540,8 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
         }
         if (result != LASFILE_OK) break;
     }
-    if (result == LASFILE_OK && kept) ApplyColumnRules(section, *kept, headerLine);
+    if (result == LASFILE_OK && kept)
+        ApplyColumnRules(section, *kept, headerLine, bytes.delimiter());
     return result;
 }
 
@@ -491,10 +549,11 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
 // non-numbers becomes a text curve, and one of whole numbers and numbers
 // with a decimal comma is read with the comma as the decimal mark; in a
 // curve whose values have decimals, a token with one comma and no period is
-// a decimal comma. A curve with numbers and non-numbers keeps its numbers
-// and their notes; a token read in part that no rule read whole is noted.
+// a decimal comma. In a curve with numbers and non-numbers, every token that
+// no rule reads as one whole number is NaN, with a note on its line: the
+// notes tell what each value finally became.
 void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
-                                  uint64_t headerLine)
+                                  uint64_t headerLine, char delimiter)
 {
     for (size_t i = 0; i < section.m_curves.size(); ++i) {
         CLasCurve& curve = section.m_curves[i];
@@ -509,13 +568,13 @@ void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens
                    "curve " + curve.m_definition.m_mnemonic + " holds no number: read as text");
             continue;
         }
-        if (m_delimiter != ',' && AllCommaDecimals(curve, tokens)) {
+        if (delimiter != ',' && AllCommaDecimals(curve, tokens)) {
             for (const auto& token : tokens) curve.m_numbers[token.row] = CommaDecimal(token.text);
             NoteAt(headerLine, LASNOTE_DECIMAL_COMMA,
                    "curve " + curve.m_definition.m_mnemonic + " read with a decimal comma");
             continue;
         }
-        const bool periods = m_delimiter != ',' && ColumnUsesPeriods(curve, tokens);
+        const bool periods = delimiter != ',' && ColumnUsesPeriods(curve, tokens);
         for (const auto& token : tokens) {
             if (periods && IsCommaDecimal(token.text)) {
                 curve.m_numbers[token.row] = CommaDecimal(token.text);
@@ -524,10 +583,31 @@ void CLasReader::ApplyColumnRules(CLasSection& section, const detail::KeptTokens
                            "\" as " + FormatValue(curve.m_numbers[token.row]) +
                            ": a decimal comma among periods");
             } else {
-                NoteNumberInPart(curve, token.line, token.text);
+                NoNumberAsNaN(curve, token.row, token.line, token.text);
             }
         }
     }
+}
+
+// Leniently, for the rows of a read of the data's ends, where no column rule
+// applies: each odd token that is no one whole number is NaN.
+void CLasReader::NoNumbersAsNaN(CLasSection& section, const detail::KeptTokens& kept)
+{
+    for (size_t i = 0; i < section.m_curves.size(); ++i) {
+        for (const auto& token : kept.Of(i))
+            NoNumberAsNaN(section.m_curves[i], token.row, token.line, token.text);
+    }
+}
+
+// A kept token that is no one whole number ("-", "ERR", "12.5ft", "1.2.3")
+// is NaN, with a note on its line.
+void CLasReader::NoNumberAsNaN(CLasCurve& curve, size_t row, uint64_t line, const std::string& text)
+{
+    if (IsWholeNumber(text)) return;
+    curve.m_numbers[row] = std::nan("");
+    NoteAt(line, LASNOTE_NOT_A_NUMBER,
+           "\"" + text + "\" in curve " + curve.m_definition.m_mnemonic +
+               " is no number: read as NaN");
 }
 
 // A token of which atof takes only a leading number, with what it read.
@@ -572,6 +652,147 @@ void CLasReader::FillShortRow(std::vector<CLasCurve>& curves, size_t column)
                                    (withNull ? std::string("NULL ") : std::string()) + fill});
 }
 
+namespace {
+
+// How many values stand in the rest of a row from `p`, which is the
+// delimiter behind a value (or, for blanks, the next value): as the row is
+// cut, an empty value behind a delimiter counts, a delimiter alone is none.
+size_t ValuesBehind(const detail::RowBytes& bytes, const char* p)
+{
+    size_t count = 0;
+    if (bytes.delimiter() != ' ') {
+        if (*p != bytes.delimiter()) return 0;  // text glued to a closing quote
+        p = bytes.SkipBlanks(p + 1);
+        if (*p == '\0') return 0;
+        for (count = 1; *p; ++p) count += *p == bytes.delimiter();
+        return count;
+    }
+    for (; *p != '\0'; ++count) p = bytes.SkipBlanks(bytes.TokenEnd(p));
+    return count;
+}
+
+// The words of a comment line, split on blanks.
+std::vector<std::string> Words(const std::string& text)
+{
+    std::vector<std::string> words;
+    size_t at = 0;
+    for (;;) {
+        at = text.find_first_not_of(" \t\r", at);
+        if (at == std::string::npos) return words;
+        const size_t end = std::min(text.find_first_of(" \t\r", at), text.size());
+        words.push_back(text.substr(at, end - at));
+        at = end;
+    }
+}
+
+}  // namespace
+
+// Leniently, the names of `added` curves behind `curves`: from the comment
+// above the rows when it names every column or every added one, else from
+// the words behind the data header's name ("~A  DEPTH DT RHOB") the same
+// way, else "UNKNOWN:n" counted on from the names already there.
+std::vector<std::string> CLasReader::ExtraCurveNames(const std::vector<CLasCurve>& curves,
+                                                     size_t added) const
+{
+    std::vector<std::string> names;
+    for (const std::string& text : {m_columnComment, m_headerWords}) {
+        const std::vector<std::string> words = Words(text);
+        if (words.size() == curves.size() + added)
+            names.assign(words.end() - static_cast<std::ptrdiff_t>(added), words.end());
+        else if (words.size() == added)
+            names = words;
+        if (!names.empty()) return names;
+    }
+    std::vector<std::string> taken;
+    for (const CLasCurve& curve : curves) taken.push_back(curve.m_definition.m_mnemonic);
+    for (size_t i = 0; i < added; ++i) {
+        names.push_back(
+            NextUnknownName(taken, [](const std::string& s) -> const std::string& { return s; }));
+        taken.push_back(names.back());
+    }
+    return names;
+}
+
+// Leniently, a row with `added` values behind its last curve: a numeric
+// curve for each, filled in the rows above as a short row is, and a
+// definition line for each in the definition section. False, with the row
+// taken back, when the budget has no room for them.
+bool CLasReader::AddExtraCurves(CLasSection& section, size_t added, detail::KeptTokens& kept)
+{
+    std::vector<CLasCurve>& curves = section.m_curves;
+    const size_t rowsAbove = static_cast<size_t>(curves.front().size()) - 1;
+    const std::vector<std::string> names = ExtraCurveNames(curves, added);
+    uint64_t bytes = 0;
+    for (const std::string& name : names)
+        bytes +=
+            sizeof(CLasCurve) + sizeof(CLasParam) + 2 * name.size() + rowsAbove * sizeof(double);
+    if (!Spend(bytes)) {
+        DropRow(curves, rowsAbove);
+        return false;
+    }
+    const int32_t definition = section.m_association.empty()
+                                   ? -1
+                                   : FindNearestSectionIndexByName(section.m_association.c_str());
+    std::string list;
+    for (const std::string& name : names) {
+        CLasCurve curve;
+        curve.m_definition.m_mnemonic = name;
+        curve.m_numbers.assign(rowsAbove, m_fillValue);
+        if (definition >= 0)
+            m_sections[static_cast<size_t>(definition)]->m_params.push_back(curve.m_definition);
+        curves.push_back(std::move(curve));
+        list += (list.empty() ? "" : " ") + name;
+    }
+    kept.AddCurves(added);
+    std::string fill;
+    if (rowsAbove > 0)
+        fill = "; the " + std::to_string(rowsAbove) + " rows above hold " +
+               (m_fillValue != 0.0 ? "NULL " : "") + FormatValue(m_fillValue);
+    Note(LASNOTE_EXTRA_COLUMNS,
+         std::to_string(added) + " values behind the last curve kept as curves " + list + fill);
+    return true;
+}
+
+// Leniently, a value in quotes from `p` on: the text up to the closing
+// quote, blanks and delimiters included, without the quotes. Single quotes
+// close on their line; a value in double quotes that runs over several lines takes them, joined by
+// one blank, up to the line with the closing quote; a header or the end of the file ends it and
+// sets `sectionEnded`. `p` goes on behind the closing quote. One note, on the
+// line where the value starts.
+ELASFILEERROR CLasReader::ReadQuoted(const char*& p, std::string& text, bool& sectionEnded)
+{
+    static const char kNothing[] = "";
+    const char quote = *p;
+    const uint64_t first = m_lineNumber;
+    const char* close = std::strchr(p + 1, quote);
+    text.assign(p + 1, close ? static_cast<size_t>(close - p - 1) : std::strlen(p + 1));
+    size_t lines = 1;
+    while (!close) {
+        const ELASFILEERROR result = ReadLine();
+        if (result != LASFILE_OK && result != LASFILE_IO_FAILED) return result;
+        if (result == LASFILE_IO_FAILED || Line()[0] == '~') {
+            sectionEnded = true;
+            p = kNothing;
+            NoteAt(first, LASNOTE_QUOTED_VALUE,
+                   "a quoted value of " + std::to_string(lines) + " lines has no closing quote");
+            return LASFILE_OK;
+        }
+        const char* line = Line();
+        while (*line == ' ' || *line == '\t') ++line;
+        close = std::strchr(line, quote);
+        while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.pop_back();
+        text += ' ';
+        text.append(line, close ? static_cast<size_t>(close - line) : std::strlen(line));
+        ++lines;
+    }
+    p = close + 1;
+    NoteAt(first, LASNOTE_QUOTED_VALUE,
+           "a quoted value" +
+               (lines > 1 ? " of " + std::to_string(lines) + " lines" : std::string()) +
+               " read as one value: " + text.substr(0, 40));
+    return LASFILE_OK;
+}
+
 // What stands behind the last value of a row: a delimiter alone is nothing,
 // anything else values that were dropped.
 void CLasReader::NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count)
@@ -584,23 +805,26 @@ void CLasReader::NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t
 }
 
 // One row from the current line: one token per curve, in order; the rest of
-// the line is ignored. A short row gets empty tokens (0.0 or ""); an empty
-// token right behind a delimiter is a value of its own. In wrap mode a row
-// goes on over the following lines until every curve has a value; a header
-// that comes first ends the section and fills the row's missing values, so
-// that all curves keep one length.
+// the line is ignored (leniently, values there become curves of their own).
+// A short row gets empty tokens (0.0 or ""); an empty token right behind a
+// delimiter is a value of its own. In wrap mode a row goes on over the
+// following lines until every curve has a value; a header that comes first
+// ends the section and fills the row's missing values, so that all curves
+// keep one length. Leniently a quoted value is one token, and one that runs
+// into a header or the file's end ends the row the same way.
 ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
                                       bool& headerReached, detail::KeptTokens* kept)
 {
     const bool checkDelimiter = bytes.delimiter() != ' ';
     std::vector<CLasCurve>& curves = section.m_curves;
-    const size_t count = curves.size();
+    size_t count = curves.size();
     const char* p = Line();
     if (*p == '\t' && m_options.lenient && m_isLas3 && bytes.delimiter() == '\t') {
         ++p;
         Note(LASNOTE_LEADING_TAB, "a tab in front of the first value passed over");
     }
     bool afterDelimiter = false;
+    std::string quoted;
 
     for (size_t column = 0; column < count; ++column) {
         p = bytes.SkipBlanks(p);
@@ -633,17 +857,30 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
         // whole token is that number. Every other token is cut first and
         // converted by OddNumber.
         double value = 0.0;
-        const char* number =
-            curve.m_isNumeric && bytes.plainNumbers() ? ParsePlainDecimal(p, &value) : nullptr;
+        const char* number = nullptr;
         const char* begin = p;
-        const char* end = bytes.TokenEnd(number ? number : p);
-        p = bytes.SkipBlanks(end);
+        const char* end = nullptr;
+        if (kept && IsQuote(p)) {  // leniently, a quoted value is one value
+            const ELASFILEERROR result = ReadQuoted(p, quoted, headerReached);
+            if (result != LASFILE_OK) return result;
+            begin = quoted.data();
+            end = begin + quoted.size();
+        } else {
+            number =
+                curve.m_isNumeric && bytes.plainNumbers() ? ParsePlainDecimal(p, &value) : nullptr;
+            end = bytes.TokenEnd(number ? number : p);
+            p = end;
+        }
+        p = bytes.SkipBlanks(p);
         if (checkDelimiter && *p != '\0' && column + 1 < count) {
             if (*p != bytes.delimiter())
                 return Stop(LASFILE_BAD_FORMAT, "no delimiter between two values of a row");
             p = bytes.SkipBlanks(p + 1);
             afterDelimiter = true;
         }
+        // Leniently, blanks in front of a delimiter are no part of a number.
+        if (kept && curve.m_isNumeric && number != end)
+            while (end > begin && (end[-1] == ' ' || end[-1] == '\t')) --end;
         if (kept && curve.m_isNumeric && begin != end && number != end) {
             const size_t row = curve.m_numbers.size();
             if (!Spend(kept->Keep(column, row, m_lineNumber, begin, end))) {
@@ -656,10 +893,25 @@ ELASFILEERROR CLasReader::ReadDataRow(const detail::RowBytes& bytes, CLasSection
                 NoteNumberInPart(curve, m_lineNumber, std::string(begin, end));
             curve.m_numbers.push_back(value);
         } else if (curve.m_isNumeric) {
-            curve.m_numbers.push_back(OddNumber(curve, begin, end, !kept));
+            // Leniently an odd token is kept and decided once the whole
+            // column is known; until then it holds what atof reads.
+            curve.m_numbers.push_back(kept && begin != end ? ParseNumber(begin, end)
+                                                           : OddNumber(curve, begin, end, !kept));
         } else {
             curve.m_strings.emplace_back(begin, static_cast<size_t>(end - begin));
             m_bytesKept += static_cast<uint64_t>(end - begin);
+        }
+        if (headerReached) {  // a quoted value ran into the next header or the end
+            if (column + 1 < count) FillShortRow(curves, column + 1);
+            return LASFILE_OK;
+        }
+        // Leniently, values behind the last curve become curves of their own.
+        if (column + 1 == count && kept && !m_isWrapped && *p != '\0') {
+            const size_t added = ValuesBehind(bytes, p);
+            if (added > 0 && !AddExtraCurves(section, added, *kept)) return LASFILE_OUT_OF_MEMORY;
+            if (added > 0 && checkDelimiter) p = bytes.SkipBlanks(p + 1);
+            afterDelimiter = added > 0 && checkDelimiter;
+            count = curves.size();
         }
     }
     if (*p != '\0') NoteRowEnd(bytes, p, count);

@@ -92,6 +92,24 @@ bool IsDigit(char c)
     return c >= '0' && c <= '9';
 }
 
+// Leniently, a unit that holds colons ("DD/MM/YYYY-HH:MM:SS") ends at its
+// first blank: when the text from the period to that blank has a colon with
+// more text behind it, no brace or bar, and the rest of the line still has a
+// colon for the description. Gives the end of the unit, or null.
+const char* UnitWithColons(const char* period)
+{
+    const char* start = period + 1;
+    const char* end = start;
+    while (*end && !IsBlank(*end)) ++end;
+    const char* colon =
+        static_cast<const char*>(std::memchr(start, ':', static_cast<size_t>(end - start)));
+    if (!colon || colon + 1 == end) return nullptr;
+    for (const char* q = start; q < end; ++q) {
+        if (IsBrace(*q) || *q == '|') return nullptr;
+    }
+    return std::strchr(end, ':') ? end : nullptr;
+}
+
 // Whether a number starts at `p`: a digit, behind a sign or a period.
 bool StartsNumber(const char* p)
 {
@@ -281,6 +299,12 @@ ELASFILEERROR CLasReader::ParseParameterLineAs(const char* line, CLasParam& para
         cursor = ScanUnit(unitPeriod, param.m_unit);
         if (!cursor) return LASFILE_BAD_FORMAT;
         relaxed |= kMnemonicPeriods;
+    } else if (const char* unitEnd = lenient && afterMnemonic && *afterMnemonic == '.'
+                                         ? UnitWithColons(afterMnemonic)
+                                         : nullptr) {
+        param.m_unit.assign(afterMnemonic + 1, static_cast<size_t>(unitEnd - afterMnemonic - 1));
+        cursor = SkipBlanks(unitEnd);
+        relaxed |= kUnitColons;
     } else if (afterMnemonic) {
         // "VERS" may do without a unit: the line then goes on from behind the
         // mnemonic, and the unit keeps what was gathered before the refusal.

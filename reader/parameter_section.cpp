@@ -132,6 +132,15 @@ ELASFILEERROR CLasReader::ReadParameterLine(CLasSection& section, bool isVersion
     if (relaxed & kColonsKept) Note(LASNOTE_VALUE_WITH_COLONS, "value keeps its colons: " + quoted);
     if (relaxed & kMnemonicPeriods)
         Note(LASNOTE_MNEMONIC_PERIODS, "mnemonic " + param.m_mnemonic + " ends at a double period");
+    if (relaxed & kUnitColons)
+        Note(LASNOTE_UNIT_WITH_COLONS,
+             "unit of " + param.m_mnemonic + " keeps its colons: \"" + param.m_unit + "\"");
+    if (m_options.lenient && section.m_type == LASSECTION_DEFINITION && param.m_mnemonic.empty()) {
+        param.m_mnemonic =
+            NextUnknownName(section.m_params,
+                            [](const CLasParam& p) -> const std::string& { return p.m_mnemonic; });
+        Note(LASNOTE_UNNAMED_CURVE, "a curve without a mnemonic named " + param.m_mnemonic);
+    }
     if (!Spend(ParamBytes(param))) return LASFILE_OUT_OF_MEMORY;
     section.m_params.push_back(std::move(param));
     if (isVersion)

@@ -107,17 +107,29 @@ ELASFILEERROR CLasReader::ReportProgress(double percent)
 ELASFILEERROR CLasReader::ReadLine()
 {
     m_lineOffset = 0;
+    if (m_options.lenient) m_commentAbove.clear();
     for (;;) {
         const ELASFILEERROR result = m_file.ReadLine();
         if (result != LASFILE_OK) return result;
         ++m_lineNumber;
         NoteLoneReturn();
         if (LineCounts(m_file.GetLine())) break;
+        if (m_options.lenient) KeepComment(m_file.GetLine());
     }
     if (m_options.lenient) LookAtLine();
     if (!m_statusCallback) return LASFILE_OK;
     if (m_file.GetLineCount() % 10 != 0) return LASFILE_OK;
     return ReportProgress(m_file.GetPercentRead());
+}
+
+// Leniently, the last "#" line passed over in front of the current line,
+// without its "#" marks: it may name the columns of the rows below it.
+void CLasReader::KeepComment(const char* line)
+{
+    while (*line == ' ' || *line == '\\' || *line == '\t') ++line;
+    if (*line != '#') return;
+    while (*line == '#') ++line;
+    m_commentAbove = line;
 }
 
 // Leniently, once: the first line ended by a carriage return alone, after
@@ -240,6 +252,9 @@ ELASFILEERROR CLasReader::OpenWith(OpenInput open)
     m_isVersion1 = false;
     m_loneReturnNoted = false;
     m_fillValue = 0.0;
+    m_commentAbove.clear();
+    m_columnComment.clear();
+    m_headerWords.clear();
     if (m_file.IsOpen()) m_file.Close();
 
     m_file.SetDecoding(m_options.lenient);

@@ -22,6 +22,7 @@ import argparse
 import json
 import math
 import os
+import re
 import sys
 import warnings
 from collections import Counter
@@ -138,8 +139,16 @@ class Exemptions:
                 self.partners.setdefault(b, set()).add(a)
 
 
+def as_in_file(mnemonic: str) -> str:
+    """A mnemonic as the file has it: the names a lenient read gives curves
+    without one ("UNKNOWN:1") are written without one again, as the file
+    had them, and compared so."""
+    mnemonic = mnemonic.strip()
+    return "" if re.fullmatch(r"UNKNOWN:[0-9]+", mnemonic) else mnemonic
+
+
 def texts(param: quarl.Param) -> Tuple[str, str, str, str]:
-    return (param.mnemonic.strip(), param.unit.strip(), param.value.strip(),
+    return (as_in_file(param.mnemonic), param.unit.strip(), param.value.strip(),
             param.description.strip())
 
 
@@ -190,7 +199,8 @@ def text_changes(section: str, before: Sequence[quarl.Param], after: Sequence[qu
 def curve_columns(section: quarl.Section, exempt: Exemptions) -> List[Tuple[str, int]]:
     """The (mnemonic, column) of a data section's curves that are compared."""
     name = canonical(section.name)
-    mnemonics = [section.curve_definition(i).mnemonic.strip() for i in range(section.curve_count)]
+    mnemonics = [as_in_file(section.curve_definition(i).mnemonic)
+                 for i in range(section.curve_count)]
     return [(m, i) for i, m in enumerate(mnemonics) if not exempt.skips_line(name, m)]
 
 

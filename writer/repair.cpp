@@ -49,13 +49,6 @@ constexpr NamePair kToLas2[] = {
     {"D", "Downhole"},
 };
 
-std::string Upper(std::string text)
-{
-    for (char& c : text)
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    return text;
-}
-
 bool IsTextFormat(const std::string& format)
 {
     return format.size() > 1 && (format[1] == 'S' || format[1] == 's' || format[1] == '}');
@@ -103,9 +96,8 @@ std::string RepairedSectionName(const std::string& name, bool las3)
 }
 
 // A mnemonic or unit the writer takes: every byte that separates the fields
-// of a line (". : { } |", blanks, control bytes) as "_"; a mnemonic of
-// nothing else is "UNKNOWN".
-std::string LegalFieldName(const std::string& name, bool isUnit)
+// of a line (". : { } |", blanks, control bytes) as "_".
+std::string LegalFieldName(const std::string& name)
 {
     std::string legal = name;
     for (char& c : legal) {
@@ -113,7 +105,6 @@ std::string LegalFieldName(const std::string& name, bool isUnit)
             static_cast<unsigned char>(c) <= ' ')
             c = '_';
     }
-    if (!isUnit && legal.find_first_not_of('_') == std::string::npos) legal = "UNKNOWN";
     return legal;
 }
 
@@ -196,11 +187,9 @@ ELASFILEERROR CLasWriter::AddRepaired(const CLasSection& input)
                "a second section " + input.m_name + " left out: only parameter lines merge");
         return LASFILE_OK;
     }
-    std::vector<std::string> taken;
-    RepairParams(section, taken);
-    taken.clear();
+    RepairParams(section);
     for (CLasCurve& curve : section.m_curves)
-        curve.m_definition.m_mnemonic = LegalFieldName(curve.m_definition.m_mnemonic, false);
+        curve.m_definition.m_mnemonic = LegalFieldName(curve.m_definition.m_mnemonic);
     Store(std::move(section));
     return LASFILE_OK;
 }
@@ -240,40 +229,33 @@ bool CLasWriter::MergeIntoStored(const CLasSection& section, const std::string& 
 {
     CLasSection* stored = FindStored(section.m_name);
     if (!stored || stored->m_type != section.m_type) return false;
-    std::vector<std::string> taken;
-    for (const CLasParam& param : stored->m_params) taken.push_back(Upper(param.m_mnemonic));
     CLasSection lines = section;
     lines.m_name = stored->m_name;
-    RepairParams(lines, taken);
+    RepairParams(lines);
     for (CLasParam& param : lines.m_params) stored->m_params.push_back(std::move(param));
     Record(LASREPAIR_SECTION_MERGED, stored->m_name, "", given, stored->m_name,
            "a second section " + given + ": its lines appended to " + stored->m_name);
     return true;
 }
 
-void CLasWriter::RepairParams(CLasSection& section, std::vector<std::string>& taken)
+void CLasWriter::RepairParams(CLasSection& section)
 {
-    for (CLasParam& param : section.m_params) RepairParam(param, section.m_name, taken);
+    for (CLasParam& param : section.m_params) RepairParam(param, section.m_name);
 }
 
-// A mnemonic and unit without separators, the mnemonic unique among `taken`;
-// a value without braces and bars; a format in braces; in LAS 2.0 no
-// association.
-void CLasWriter::RepairParam(CLasParam& param, const std::string& section,
-                             std::vector<std::string>& taken)
+// A mnemonic and unit without separators; a value without braces, bars and
+// colons; a format in braces; in LAS 2.0 no association. A mnemonic that
+// repeats, or an empty one, the writer takes as it is: it stays.
+void CLasWriter::RepairParam(CLasParam& param, const std::string& section)
 {
-    std::string mnemonic = LegalFieldName(param.m_mnemonic, false);
-    const std::string base = mnemonic;
-    for (int n = 2; std::find(taken.begin(), taken.end(), Upper(mnemonic)) != taken.end(); ++n)
-        mnemonic = base + "_" + std::to_string(n);
-    taken.push_back(Upper(mnemonic));
+    const std::string mnemonic = LegalFieldName(param.m_mnemonic);
     if (mnemonic != param.m_mnemonic) {
         Record(LASREPAIR_MNEMONIC, section, mnemonic, param.m_mnemonic, mnemonic,
                "mnemonic " + Quoted(param.m_mnemonic) + " of section " + section + " written as " +
                    mnemonic);
         param.m_mnemonic = mnemonic;
     }
-    const std::string unit = LegalFieldName(param.m_unit, true);
+    const std::string unit = LegalFieldName(param.m_unit);
     if (unit != param.m_unit) {
         Record(LASREPAIR_UNIT, section, mnemonic, param.m_unit, unit,
                "unit " + Quoted(param.m_unit) + " of " + mnemonic + " in section " + section +
@@ -470,11 +452,9 @@ void CLasWriter::AddMissingDefinitions(CLasSection& data, CLasSection& definitio
 {
     std::vector<CLasParam>& lines = definition.m_params;
     if (lines.empty()) return;  // Validate fills it from the curves
-    std::vector<std::string> taken;
-    for (const CLasParam& line : lines) taken.push_back(Upper(line.m_mnemonic));
     for (size_t c = lines.size(); c < data.m_curves.size(); ++c) {
         CLasParam line = data.m_curves[c].m_definition;
-        RepairParam(line, definition.m_name, taken);
+        RepairParam(line, definition.m_name);
         Record(LASREPAIR_DEFINITION_ADDED, definition.m_name, line.m_mnemonic, "", line.m_mnemonic,
                "curve " + std::to_string(c + 1) + " of " + data.m_name +
                    " had no definition line: " + line.m_mnemonic + " added");

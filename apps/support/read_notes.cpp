@@ -49,7 +49,7 @@ std::string NoteKindTitle(ELASNOTEKIND kind)
         {LASNOTE_SECTION_SKIPPED, "section passed over"},
         {LASNOTE_SHORT_ROW, "short row filled"},
         {LASNOTE_LONG_ROW, "values behind the last curve dropped"},
-        {LASNOTE_NOT_A_NUMBER, "no number, read as 0"},
+        {LASNOTE_NOT_A_NUMBER, "no number, read as 0 (leniently NaN)"},
         {LASNOTE_VALUE_CUT, "value cut at a time's colon"},
         {LASNOTE_HEADER_AT_END, "section header at the end of the file"},
         {LASNOTE_BUDGET_EXCEEDED, "read past its budget"},
@@ -71,6 +71,11 @@ std::string NoteKindTitle(ELASNOTEKIND kind)
         {LASNOTE_DECIMAL_COMMA, "decimal comma"},
         {LASNOTE_MNEMONIC_PERIODS, "mnemonic with periods"},
         {LASNOTE_NEAREST_DEFINITION, "curves from the nearest definition"},
+        {LASNOTE_UNIT_WITH_COLONS, "unit keeps its colons"},
+        {LASNOTE_EXTRA_COLUMNS, "values behind the last curve kept as curves"},
+        {LASNOTE_UNNAMED_CURVE, "curve without a mnemonic named"},
+        {LASNOTE_COMMA_ROWS, "rows read by their commas"},
+        {LASNOTE_QUOTED_VALUE, "quoted value read as one"},
     };
     for (const Title& title : titles)
         if (title.kind == kind) return title.words;

@@ -88,6 +88,29 @@ TEST(QuarlCheck, FixWritesTheLenientReadingSoThatItReadsStrictly)
     fs::remove_all(dir);
 }
 
+// Curves the lenient read names UNKNOWN:n (no mnemonic, values behind the
+// last curve) are written under legal names and read back strictly.
+TEST(QuarlCheck, FixRenamesCurvesNamedUnknown)
+{
+    const fs::path dir = OwnFolder("quarl_check_unknown");
+    fs::create_directories(dir);
+    const std::string in = (dir / "in.las").string(), out = (dir / "out.las").string();
+    std::ofstream(in, std::ios::binary)
+        << "~Version\nVERS. 2.0 :\nWRAP. NO :\n~Well\nSTRT.M 1 :\nSTOP.M 2 :\n"
+           "STEP.M 1 :\nNULL. -999.25 :\n~Curve\nDEPT.M :\n.OHMM : r\n~A\n1 5 7\n2 6 8\n";
+    double seconds = 0.0;
+    ASSERT_EQ(RunCheck("--fix " + Quoted(out) + " " + Quoted(in), &seconds), 0);
+    quarl::CLasReader back;
+    ASSERT_EQ(back.Open(tessel::TxString(out)), quarl::LASFILE_OK);
+    const quarl::CLasSection& data = back.GetSection(back.size() - 1);
+    ASSERT_EQ(data.m_curves.size(), 3u);
+    EXPECT_EQ(std::string(data.m_curves[1].m_definition.m_mnemonic), "UNKNOWN_1");
+    EXPECT_EQ(std::string(data.m_curves[2].m_definition.m_mnemonic), "UNKNOWN_2");
+    EXPECT_EQ(data.m_curves[2].m_numbers, (std::vector<double>{7, 8}));
+    back.Close();
+    fs::remove_all(dir);
+}
+
 // Fewer repairs than this would hide a --fix that fails everywhere.
 constexpr int kMinimumRepairs = 85;
 

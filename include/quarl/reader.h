@@ -29,11 +29,12 @@ class SectionNameIndex;
 struct CLasReadOptions {
     // Relaxes a few well-defined rules so that files written by real tools
     // read as they mean; each relaxed rule that fires leaves a note of its
-    // own kind, LASNOTE_DECODED to LASNOTE_NEAREST_DEFINITION below, where
+    // own kind, LASNOTE_DECODED and the kinds behind it below, where
     // each rule is told. Off, the result of every read is exactly the strict one.
     bool lenient = false;
     // Reads every section but keeps no data values: the curves of a data
-    // section have their definitions and no values. The rows are passed
+    // section have their definitions and no values (no curves are added for
+    // values behind the last curve, as a full lenient read does). The rows are passed
     // over without being cut into values, so a row that a full read would
     // refuse (a missing delimiter) does not end the read, a data header
     // followed by nothing but blank and comment lines is not the last line
@@ -49,7 +50,9 @@ struct CLasReadOptions {
     // passing the rows between. The curves of ~A then hold two values each,
     // the first and the last row's (one for a section of one row, none for
     // a section of none); a lenient read's column rules (text columns,
-    // decimal commas) are not applied to them. Notes of the last row have
+    // decimal commas) are not applied to them, but a token that is no number
+    // is NaN as in a full lenient read, and values behind the last curve make
+    // curves only when one of the two rows holds them. Notes of the last row have
     // line 0, and GetLineNumber() gives the first row's line. Every other
     // file (LAS 3.0, wrapped, a section header near the end, text decoded
     // from UTF-16 or read by carriage returns) is read as headersOnly reads
@@ -72,15 +75,19 @@ enum ELASNOTEKIND : int32_t {
     LASNOTE_READ_STOPPED = 0,     // the read failed here; the text says why
     LASNOTE_SECTION_SKIPPED = 1,  // a section nothing reads was passed over
     LASNOTE_SHORT_ROW = 2,        // a row with fewer values than curves was filled
-    LASNOTE_LONG_ROW = 3,         // values behind the last curve were dropped
-    LASNOTE_NOT_A_NUMBER = 4,     // a numeric token that is no number was read as 0
+    LASNOTE_LONG_ROW = 3,         // values behind the last curve were dropped (strict reads
+                                  // only: leniently they are kept, LASNOTE_EXTRA_COLUMNS)
+    LASNOTE_NOT_A_NUMBER = 4,     // a numeric token that is no number was read as 0;
+                                  // leniently, once its column is read, a token that no
+                                  // rule reads as one whole number is NaN ("-", "ERR",
+                                  // "(null)", "12.5ft", "1.2.3"), one note on its line
     LASNOTE_VALUE_CUT = 5,        // a parameter value ended at a colon inside a time (12:30)
     LASNOTE_HEADER_AT_END = 6,    // a section header is the last line of the file
     LASNOTE_BUDGET_EXCEEDED = 7,  // the read passed CLasReadOptions::maxBytes
     LASNOTE_MORE_NOTES = 8,       // notes of one kind past the cap, counted here
     LASNOTE_NUMBER_IN_PART = 9,   // a numeric token of which only a leading number counts
                                   // ("123,420", "12.5ft", "1.2.3", "5-3": 123, 12.5, 1.2, 5);
-                                  // leniently, only for tokens no rule of a column reads whole
+                                  // strict reads only: leniently such a token is NaN
     // Made only in lenient reads, one kind for each relaxed rule.
     LASNOTE_DECODED = 16,               // a UTF-8 byte-order mark passed over, UTF-16/32 text
                                         // (with a mark, or UTF-16 seen by its zero bytes) read
@@ -127,8 +134,8 @@ enum ELASNOTEKIND : int32_t {
                                         // numeric; the note is on the data section's header
     LASNOTE_TEXT_COLUMN = 29,           // a numeric curve none of whose tokens is a number
                                         // (dates, names) holds them as text; the note is on
-                                        // the data section's header, and the NOT_A_NUMBER
-                                        // notes of its tokens stay
+                                        // the data section's header, and its tokens have
+                                        // no notes of their own
     LASNOTE_DECIMAL_COMMA = 30,         // a numeric curve whose tokens are whole numbers and
                                         // numbers with a comma ("12,5", "-0,25") and never a
                                         // period, in a file whose delimiter is not the comma,
@@ -138,13 +145,47 @@ enum ELASNOTEKIND : int32_t {
                                         // whose other values have decimals (a period), each
                                         // token of digits, one comma and digits is read with
                                         // the comma as the decimal mark ("123,420" is 123.42),
-                                        // a note on its line. A comma with a period ("1,500.25")
-                                        // is no decimal comma: atof reads it (1)
+                                        // a note on its line. A comma with a period ("1,500.25"),
+                                        // and a comma that may group thousands, is no decimal
+                                        // comma: NaN with LASNOTE_NOT_A_NUMBER
     LASNOTE_MNEMONIC_PERIODS = 31,      // a mnemonic that holds periods ends at a double period:
                                         // "Cond..MS/M" is mnemonic "Cond.", unit "MS/M"
     LASNOTE_NEAREST_DEFINITION = 32,    // a data section takes the nearest definition section of
                                         // its name above it (files that repeat ~Curve and ~Ascii
                                         // for each logging run), not the first
+    LASNOTE_UNIT_WITH_COLONS = 33,      // a unit that holds colons ends at its first blank when the
+                                        // line has a colon behind that blank:
+                                        // "STRT.DD/MM/YYYY-HH:MM:SS 03/09/2021-00:00:00 : Start"
+                                        // has unit "DD/MM/YYYY-HH:MM:SS" and the date as value
+    LASNOTE_EXTRA_COLUMNS = 34,         // a row with values behind the last curve (in a file that
+                                        // is not wrapped) gets a numeric curve for each, appended
+                                        // to the definition section too; earlier rows are filled as
+                                        // a short row is (the Well section's NULL, else 0). The
+                                        // curves are named by the last "#" line between the data
+                                        // header and the first row, else the one right above the
+                                        // header, when its words (split on blanks) are one per
+                                        // value of the row, or one per added curve; else by the
+                                        // words behind the data header's name ("~A DEPT GR") the
+                                        // same way; else "UNKNOWN:1", "UNKNOWN:2", ...
+                                        // (LASNOTE_LONG_ROW strictly)
+    LASNOTE_UNNAMED_CURVE = 35,         // a definition line without a mnemonic names its curve
+                                        // "UNKNOWN:1", "UNKNOWN:2", ... in the order of the
+                                        // section. These names, and those of LASNOTE_EXTRA_COLUMNS,
+                                        // hold a colon, which CLasWriter refuses in a mnemonic
+                                        // (LASFILE_BAD_NAME): a host renames them before writing,
+                                        // as quarl-convert does
+    LASNOTE_COMMA_ROWS = 36,            // a data section whose first row is values run together by
+                                        // commas alone, one per curve ("1000.0,12.5,33.1"), in a
+                                        // file whose delimiter is blanks and that is not wrapped,
+                                        // has its rows read with the comma as the delimiter; the
+                                        // note is on that first row
+    LASNOTE_QUOTED_VALUE = 37,          // a data value in quotes is one value, blanks and
+                                        // delimiters included, stored without its quotes ("pick
+                                        // gamma", or 'pick delta' closed on its line); one in
+                                        // double quotes that runs over several lines takes them,
+                                        // joined by one blank, up to the closing quote (a header or
+                                        // the file's end ends it too); the note is on the line
+                                        // where it starts
 };
 
 // The name of a note kind ("LASNOTE_SHORT_ROW"); "LASNOTE_UNKNOWN" for any
@@ -387,11 +428,19 @@ private:
     void FillShortRow(std::vector<CLasCurve>& curves, size_t column);
     void NoteRowEnd(const detail::RowBytes& bytes, const char* p, size_t count);
     void NoteLoneReturn();
+    void KeepComment(const char* line);
+    bool AddExtraCurves(CLasSection& section, size_t added, detail::KeptTokens& kept);
+    std::vector<std::string> ExtraCurveNames(const std::vector<CLasCurve>& curves,
+                                             size_t added) const;
     ELASFILEERROR PassDataRows(const std::string& name);
     int32_t DefinitionIndex(const std::string& name);
     ELASFILEERROR ReadDataEnds(CLasSection& section);
-    void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept,
-                          uint64_t headerLine);
+    void ApplyColumnRules(CLasSection& section, const detail::KeptTokens& kept, uint64_t headerLine,
+                          char delimiter);
+    char RowDelimiter(size_t curves);
+    ELASFILEERROR ReadQuoted(const char*& p, std::string& text, bool& sectionEnded);
+    void NoNumbersAsNaN(CLasSection& section, const detail::KeptTokens& kept);
+    void NoNumberAsNaN(CLasCurve& curve, size_t row, uint64_t line, const std::string& text);
 
     CTextFile m_file;
     LasStatusCallback m_statusCallback;
@@ -419,6 +468,11 @@ private:
     bool m_loneReturnNoted = false;
     // What a short row is filled with: 0, or leniently the NULL value.
     double m_fillValue = 0.0;
+    // Leniently, the last comment line right above the current line, and
+    // the one that names the columns of the data section being read.
+    std::string m_commentAbove;
+    std::string m_columnComment;
+    std::string m_headerWords;
     // The sections by name while Open reads, null otherwise.
     std::unique_ptr<detail::SectionNameIndex> m_nameIndex;
 };

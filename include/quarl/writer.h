@@ -52,8 +52,7 @@ enum ELASREPAIRKIND : int32_t {
     // An association changed: a data section's link following its
     // definition's new name, or a LAS 2.0 parameter's association removed.
     LASREPAIR_ASSOCIATION = 4,
-    // A mnemonic made legal ("." ":" "{" "}" "|" and blanks as "_") or unique
-    // in its section.
+    // A mnemonic made legal: "." ":" "{" "}" "|" and blanks as "_".
     LASREPAIR_MNEMONIC = 5,
     // A unit made legal the same way.
     LASREPAIR_UNIT = 6,
@@ -322,8 +321,8 @@ private:
                 const std::string& from, const std::string& to, const std::string& text);
     ELASFILEERROR AddRepaired(const CLasSection& section);
     bool RepairSectionName(CLasSection& section);
-    void RepairParams(CLasSection& section, std::vector<std::string>& taken);
-    void RepairParam(CLasParam& param, const std::string& section, std::vector<std::string>& taken);
+    void RepairParams(CLasSection& section);
+    void RepairParam(CLasParam& param, const std::string& section);
     bool MergeIntoStored(const CLasSection& section, const std::string& given);
     void RepairDocument();
     void RepairDataSection(CLasSection& data);

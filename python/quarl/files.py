@@ -169,6 +169,33 @@ def read(source: Source, *, strict: bool = False, headers_only: bool = False,
     return _read(source, strict, headers_only, progress, None, encoding)
 
 
+def _invented(mnemonic: str) -> bool:
+    """A name a lenient read gives a curve without one ("UNKNOWN:1"): no
+    mnemonic of a file holds a colon."""
+    return mnemonic.startswith("UNKNOWN:") and mnemonic[8:].isdigit()
+
+
+def _without_invented_names(section: Section) -> Section:
+    """The section with the curves a lenient read named "UNKNOWN:n" written
+    without a mnemonic again, as the file had them (the writer refuses a colon
+    in a mnemonic); the section itself when it has none."""
+    params = section.params
+    curves = [i for i in range(section.curve_count)
+              if _invented(section.curve_definition(i).mnemonic)]
+    if not curves and not any(_invented(p.mnemonic) for p in params):
+        return section
+    section = section.copy()
+    for p in params:
+        if _invented(p.mnemonic):
+            p.mnemonic = ""
+    section.params = params
+    for i in curves:
+        definition = section.curve_definition(i)
+        definition.mnemonic = ""
+        section.set_curve_definition(i, definition)
+    return section
+
+
 def _writable(las: LasFile, las3: bool, strict: bool) -> List[Section]:
     """The sections to hand to the writer: all but the Version section, which
     the writer makes itself, with what was changed through the mappings;
@@ -179,6 +206,7 @@ def _writable(las: LasFile, las3: bool, strict: bool) -> List[Section]:
     for section in las._for_writing(range_from_data=strict):
         if section.name.lower() in ("version", "v"):
             continue
+        section = _without_invented_names(section)
         if not las3 and section.type == DATA and len(section.association) == 1:
             section = section.copy()
             section.association = _FULL_NAMES.get(section.association.upper(),

@@ -3,8 +3,9 @@ list in file order that is also a mapping by mnemonic.
 
 Every line is kept. Mnemonics that occur more than once are told apart as
 "SFLU:1", "SFLU:2", ...; the plain name finds the first of them. A line
-without a mnemonic is "UNKNOWN", then "UNKNOWN:2", ... Names keep the
-file's case; lookups ignore the case of ASCII letters.
+without a mnemonic is "UNKNOWN", then "UNKNOWN:2", ... (a lenient read,
+the default, has already named curve lines "UNKNOWN:1", "UNKNOWN:2", ...).
+Names keep the file's case; lookups ignore the case of ASCII letters.
 
     las.well["WELL"].value, las.well.WELL.value, las.well[0]
     las.curves["GR"].unit, las.curves.GR.unit, [c.mnemonic for c in las.curves]

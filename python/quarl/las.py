@@ -180,7 +180,8 @@ class LasFile:
     @property
     def keys(self) -> CurveNames:
         """The names of the main data section's curves ("SFLU:1", "SFLU:2"
-        for a duplicated mnemonic, "UNKNOWN" for none); `las.keys()` too."""
+        for a duplicated mnemonic, "UNKNOWN:1", "UNKNOWN:2" for none, or
+        "UNKNOWN", "UNKNOWN:2" when read with strict=True); `las.keys()` too."""
         return self.keys_of()
 
     @property

@@ -17,7 +17,12 @@ DUPES = HEAD + "~C\nDEPT.M :\nSFLU.OHMM : one\nSFLU.OHMM : two\n. : no name\n. :
 
 def test_nothing_is_lost_duplicates_unknown_names_nulls_and_empty_sections():
     las = quarl.read(DUPES)
-    assert las.keys == ["DEPT", "SFLU:1", "SFLU:2", "UNKNOWN", "UNKNOWN:2"] == las.keys()
+    assert las.keys == ["DEPT", "SFLU:1", "SFLU:2", "UNKNOWN:1", "UNKNOWN:2"] == las.keys()
+    assert quarl.read(DUPES, strict=True).keys[3:] == ["UNKNOWN", "UNKNOWN:2"]
+    # Written, the curves a lenient read named have no mnemonic again, as in the file.
+    again = quarl.read(quarl.to_bytes(las).decode())
+    assert again.keys == las.keys and again["UNKNOWN:2"].tolist() == [40, 41, 42]
+    assert b"UNKNOWN" not in quarl.to_bytes(las)
     assert las["SFLU"].tolist() == las["sflu:1"].tolist() == [10, 11, 12]
     assert las["SFLU:2"].tolist() == [20, -999.25, 22]
     frame = las.df()

@@ -63,7 +63,7 @@ def test_las_write_is_quarl_write_in_the_version_it_was_read_in(tmp_path):
     buffer = io.StringIO()
     las.write(buffer)
     assert "~Version" in buffer.getvalue()
-    assert quarl.read(buffer.getvalue()).keys == ["DEPT", "GR", "SFLU", "SFLU_2"]
+    assert quarl.read(buffer.getvalue()).keys == ["DEPT", "GR", "SFLU:1", "SFLU:2"]
     with pytest.raises(ValueError):
         las.write(tmp_path / "x.las", version=4)
 

@@ -22,17 +22,17 @@ def read(name, **options):
 
 @pytest.mark.parametrize("name, keys", [
     ("mnemonic_duplicate.las", CURVES8[:4] + ["SFLU:1", "SFLU:2", "ILM", "ILD"]),
-    ("mnemonic_missing.las", CURVES8[:4] + ["UNKNOWN"] + CURVES8[5:]),
-    # Numbered from the second on: the first of them keeps the plain name.
-    ("mnemonic_missing_multiple.las", CURVES8[:4] + ["UNKNOWN", "UNKNOWN:2", "ILM", "ILD"]),
+    # Numbered from the first on, as the lenient read names them.
+    ("mnemonic_missing.las", CURVES8[:4] + ["UNKNOWN:1"] + CURVES8[5:]),
+    ("mnemonic_missing_multiple.las", CURVES8[:4] + ["UNKNOWN:1", "UNKNOWN:2", "ILM", "ILD"]),
     ("sample_issue105_a.las", ["DEPT", "RHO:1", "RHO:2", "RHO:3", "PHI"]),
-    ("sample_issue105_b.las", ["DEPT", "UNKNOWN", "UNKNOWN:2", "UNKNOWN:3", "PHI"]),
+    ("sample_issue105_b.las", ["DEPT", "UNKNOWN:1", "UNKNOWN:2", "UNKNOWN:3", "PHI"]),
     ("sample_issue105_c.las", ["DEPT", "GR:1", "GR:2"] + [f"GR[{i}]" for i in range(6)]),
     ("sparse_curves.las", CURVES8),
     # The file's case is kept; duplicates are found ignoring it.
     ("mnemonic_case.las", ["Dept", "Sflu:1", "NPHI", "SFLU:2", "SFLU:3", "sflu:4", "SfLu:5"]),
     pytest.param("mnemonic_leading_period.las", CURVES8, marks=pytest.mark.xfail(
-        strict=True, reason="a period in front of a mnemonic leaves it empty (read as UNKNOWN)")),
+        strict=True, reason="a period in front of a mnemonic leaves it empty (read as UNKNOWN:1)")),
 ])
 def test_curve_names(name, keys):
     las = read(name)
@@ -94,8 +94,9 @@ def test_null_values():
     # Only the Well section's NULL value is null: 9999 stays a number.
     assert read("null_policy_9999.las").df()["DT"].iloc[1] == 9999
     errors = read("null_policy_ERR.las")
-    # A token that is no number reads as 0 with a note, and its neighbours are kept.
-    assert errors["RHOB"][2] == 0 and errors["ILD"][2] == 105.6
+    # A token that is no number reads as NaN with a note (0 strictly), and its neighbours are kept.
+    assert np.isnan(errors["RHOB"][2]) and errors["ILD"][2] == 105.6
+    assert read("null_policy_ERR.las", strict=True)["RHOB"][2] == 0
     assert any(n.kind_name == "LASNOTE_NOT_A_NUMBER" for n in errors.notes)
 
 

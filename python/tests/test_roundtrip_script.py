@@ -62,6 +62,16 @@ def test_a_line_the_writer_adds_is_counted_and_a_line_it_drops_is_a_difference()
     assert "'SRVC'" in why and "missing" in why
 
 
+def test_names_a_lenient_read_gave_are_compared_as_the_file_had_them():
+    named = quarl.read(HEAD.format(well="A") + "~C\nDEPT.M :\n.OHMM : no name\n~A\n1.0 10.5\n")
+    nameless = quarl.read(HEAD.format(well="A") + "~C\nDEPT.M :\n.OHMM : no name\n~A\n1.0 10.5\n",
+                          strict=True)
+    assert named.sections[-1].curve_definition(1).mnemonic == "UNKNOWN:1"
+    assert roundtrip.first_difference(named.sections, nameless.sections,
+                                      roundtrip.Exemptions())[0] is None
+    assert roundtrip.as_in_file("UNKNOWN") == "UNKNOWN" and roundtrip.as_in_file(" UNKNOWN:12") == ""
+
+
 def test_a_repair_exempts_only_what_it_names():
     changed = sections(bht="70", rows="1.0 10.5\n2.0 11\n")
     # The GR values and the BHT line changed; each repair leaves the other.
