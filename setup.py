@@ -41,9 +41,10 @@ class CMakeBuild(build_ext):
         subprocess.run(["cmake", "--build", build, "--target", "_quarl"], check=True)
         os.makedirs(target, exist_ok=True)
         built = glob.glob(os.path.join(build, "python", "quarl", "_quarl*.so"))
-        # The libraries by the names the module asks for (libquarl.so.0).
-        libraries = glob.glob(os.path.join(build, "libquarl.so.[0-9]")) + \
-            glob.glob(os.path.join(build, "tessel", "libtessel.so.[0-9]"))
+        # The libraries by the names the module asks for (their sonames),
+        # as CMake lists them.
+        with open(os.path.join(build, "python", "libraries.txt"), encoding="utf-8") as listing:
+            libraries = listing.read().split()
         if len(built) != 1:
             raise RuntimeError(f"the native module was not built in {build}")
         shutil.copy2(built[0], self.get_ext_fullpath(ext.name))

@@ -27,7 +27,9 @@ void Usage(std::FILE* to)
                  "            the --depth range (--cover: spanning it), of wells whose WELL or\n"
                  "            UWI matches PATTERN\n"
                  "  problems  the files that failed to read and the notes by kind, with counts\n"
-                 "  stats     files, wells, curves and the most common mnemonics\n");
+                 "  stats     files, wells, curves and the most common mnemonics\n"
+                 "  -h, --help  print this help and exit\n"
+                 "  --version   print the version and exit\n");
 }
 
 int Run(int argc, char** argv)
@@ -39,6 +41,10 @@ int Run(int argc, char** argv)
     const char* command = argv[1];
     if (!std::strcmp(command, "-h") || !std::strcmp(command, "--help")) {
         Usage(stdout);
+        return 0;
+    }
+    if (!std::strcmp(command, "--version")) {
+        quarl::apps::PrintVersion("quarl-catalog");
         return 0;
     }
     if (!std::strcmp(command, "scan")) return quarl::catalog::RunScan(argc - 1, argv + 1);

@@ -30,7 +30,9 @@ void Usage(std::FILE* to)
         "  --json     print the results as JSON (an object, or an array for several files)\n"
         "  --fix OUT  with one FILE: write OUT from the lenient read so that it reads\n"
         "             strictly, and say what could not be kept; the exit code is then 0\n"
-        "             when OUT was written and reads strictly without notes\n");
+        "             when OUT was written and reads strictly without notes\n"
+        "  -h, --help print this help and exit\n"
+        "  --version  print the version and exit\n");
 }
 
 struct Read {
@@ -173,6 +175,9 @@ int Run(int argc, char** argv)
         const std::string arg = argv[i];
         if (arg == "-h" || arg == "--help") {
             Usage(stdout);
+            return 0;
+        } else if (arg == "--version") {
+            ex::PrintVersion("quarl-check");
             return 0;
         } else if (arg == "--json") {
             json = true;

@@ -37,7 +37,9 @@ void Usage(std::FILE* to)
         "                        target version cannot hold, one line on stderr per change:\n"
         "                        sections renamed or merged, the Well range taken from the\n"
         "                        data, mnemonics and units made legal, sections, lines and\n"
-        "                        (LAS 2.0) text curves it cannot hold left out\n");
+        "                        (LAS 2.0) text curves it cannot hold left out\n"
+        "  -h, --help            print this help and exit\n"
+        "  --version             print the version and exit\n");
 }
 
 int Run(int argc, char** argv)
@@ -50,6 +52,10 @@ int Run(int argc, char** argv)
         const std::string arg = argv[i];
         if (arg == "-h" || arg == "--help") {
             Usage(stdout);
+            return 0;
+        }
+        if (arg == "--version") {
+            ex::PrintVersion("quarl-convert");
             return 0;
         }
         if (arg == "--las" || arg == "--delimiter") {

@@ -55,7 +55,9 @@ void Usage(std::FILE* to)
         "  --strict       read exactly by the format's rules; by default the files are read\n"
         "                 leniently and the notes of the read go to stderr\n"
         "  --progress     always show a progress bar on stderr\n"
-        "  --no-progress  never show one (default: on a terminal, for files of 4 MB or more)\n");
+        "  --no-progress  never show one (default: on a terminal, for files of 4 MB or more)\n"
+        "  -h, --help     print this help and exit\n"
+        "  --version      print the version and exit\n");
 }
 
 struct Progress {
@@ -388,6 +390,9 @@ int Run(int argc, char** argv)
             progressMode = -1;
         else if (arg == "-h" || arg == "--help") {
             Usage(stdout);
+            return 0;
+        } else if (arg == "--version") {
+            ex::PrintVersion("quarl-info");
             return 0;
         } else if (!ex::TakeOperand("quarl-info", arg, files)) {
             Usage(stderr);

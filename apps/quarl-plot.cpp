@@ -42,7 +42,9 @@ void Usage(std::FILE* to)
         "  --height PX           height of the depth range in pixels (default: from the rows)\n"
         "  --track-width PX      width of one track in pixels (default: 150)\n"
         "  --strict              read IN exactly by the format's rules; by default it is read\n"
-        "                        leniently and the notes of the read go to stderr\n");
+        "                        leniently and the notes of the read go to stderr\n"
+        "  -h, --help            print this help and exit\n"
+        "  --version             print the version and exit\n");
 }
 
 int Run(int argc, char** argv)
@@ -63,6 +65,9 @@ int Run(int argc, char** argv)
         };
         if (arg == "-h" || arg == "--help") {
             Usage(stdout);
+            return 0;
+        } else if (arg == "--version") {
+            ex::PrintVersion("quarl-plot");
             return 0;
         } else if (arg == "--strict") {
             strict = true;

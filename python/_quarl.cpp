@@ -543,6 +543,8 @@ void BindSection(py::module_& m)
 PYBIND11_MODULE(_quarl, m)
 {
     m.doc() = "Native part of quarl: LAS 2.0 and 3.0 reading and writing.";
+    // The version of the library the module loaded, which quarl.__version__ gives.
+    m.attr("__version__") = VersionString();
     BindParam(m);
     BindSection(m);
 

@@ -53,6 +53,16 @@ TEST(Foundation, EveryResultAndSectionTypeHasItsOwnTexts)
     EXPECT_STREQ(LasNoteKindName(static_cast<ELASNOTEKIND>(-1)), "LASNOTE_UNKNOWN");
 }
 
+// The library reports the version its headers name, and the string is the
+// three numbers, as pkg-config and the programs' --version print it.
+TEST(Foundation, VersionOfTheLibraryIsTheVersionOfItsHeaders)
+{
+    EXPECT_STREQ(quarl::VersionString(), QUARL_VERSION_STRING);
+    const std::string parts = std::to_string(QUARL_VERSION_MAJOR) + "." + std::to_string(QUARL_VERSION_MINOR) + "." +
+                              std::to_string(QUARL_VERSION_PATCH);
+    EXPECT_EQ(parts, QUARL_VERSION_STRING);
+}
+
 // A null C string is the empty text, and reads as the number 0.
 TEST(Foundation, NullTextsAreEmpty)
 {

@@ -544,6 +544,30 @@ TEST(RepairSections, WhatCannotBeKeptIsLeftOutAndLimitsStay)
     EXPECT_TRUE(limited.GetRepairs().empty());
 }
 
+// A value that is no number (NaN, as a lenient read gives "ERR") is written
+// as the NULL value, recorded once per curve; without a NULL value it stays
+// NaN, which reads back as NaN.
+TEST(RepairData, NotANumberWrittenAsTheNullValue)
+{
+    const double nan = std::nan("");
+    const CLasSection data = Data("ASCII", "", {Numbers("DEPT", {100, 101, 102}), Numbers("GR", {nan, 2, nan})});
+    CLasWriter writer;
+    ASSERT_EQ(AddAll(writer, false, {Well(), data}), LASFILE_OK);
+    CLasReader reader;
+    ASSERT_EQ(WriteAndReadBack(writer, reader), LASFILE_OK);
+    EXPECT_EQ(Records(writer), (std::vector<std::string>{"VALUE ASCII/GR nan>-999.25"}));
+    CLasSection back;
+    ASSERT_EQ(reader.GetSection("ASCII", back), LASFILE_OK);
+    EXPECT_EQ(back.m_curves.at(1).m_numbers, (std::vector<double>{-999.25, 2, -999.25}));
+
+    CLasWriter noNull;
+    ASSERT_EQ(AddAll(noNull, false, {Section("Well", LASSECTION_HEADER), data}), LASFILE_OK);
+    ASSERT_EQ(WriteAndReadBack(noNull, reader), LASFILE_OK);
+    ASSERT_EQ(reader.GetSection("ASCII", back), LASFILE_OK);
+    EXPECT_TRUE(std::isnan(back.m_curves.at(1).m_numbers.at(2)));
+    for (const std::string& record : Records(noNull)) EXPECT_EQ(record.rfind("VALUE", 0), std::string::npos);
+}
+
 // Data without a definition section of one line per curve, text padded,
 // nameless curves, and a delimiter that already keeps blanks.
 TEST(RepairData, UnpairedDefinitionsNamelessCurvesAndTextPadding)

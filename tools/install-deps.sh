@@ -4,8 +4,9 @@
 # OpenSSL's libcrypto for quarl-catalog, and Debian's Python 3 with numpy,
 # pandas, pybind11, pytest, distributed, fsspec and charset-normalizer for
 # the Python package (pip, setuptools and venv for `pip install .` into a
-# virtual environment, as the README shows). With --all also what the rest
-# of CI uses: clang 14 with libFuzzer, clang-format, gcovr, valgrind, and two
+# virtual environment, as the README shows), help2man for the programs' man
+# pages. With --all also what the rest of CI uses: clang 14 with libFuzzer,
+# clang-format, gcovr, valgrind, dpkg-dev and file for the Debian packages, and two
 # host locales (de_DE.UTF-8 with a decimal comma, tr_TR.ISO-8859-9) for the
 # tests that prove the library ignores the host's locale. With --web what
 # tools/build-web.sh and the browser tests need: emscripten (with node),
@@ -16,13 +17,13 @@ set -eu
 packages="cmake ninja-build g++ libgtest-dev pkg-config
   python3-dev python3-numpy python3-pandas pybind11-dev python3-pybind11 python3-pytest python3-distributed
   python3-fsspec python3-charset-normalizer python3-pip python3-setuptools python3-venv python3-mypy
-  libsqlite3-dev sqlite3 libssl-dev"
+  libsqlite3-dev sqlite3 libssl-dev help2man"
 all=no
 for option in "$@"; do
   case $option in
     --all)
       all=yes
-      packages="$packages clang-14 libclang-rt-14-dev clang-format gcovr valgrind locales" ;;
+      packages="$packages clang-14 libclang-rt-14-dev clang-format gcovr valgrind locales dpkg-dev file" ;;
     --web)
       packages="$packages emscripten libfast-float-dev chromium chromium-driver python3-selenium" ;;
     *)

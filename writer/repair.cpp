@@ -362,6 +362,7 @@ void CLasWriter::RepairDataSection(CLasSection& data)
     // their curves.
     PadCurves(data);
     FillEmptyTexts(data);
+    NullForNotANumber(data);
     if (definition) AddMissingDefinitions(data, *definition);
     if (!m_isLas3) DropTextCurves(data, definition);
     if (m_isLas3) PutNumericIndexFirst(data, definition);
@@ -444,6 +445,29 @@ std::string CLasWriter::MissingValueText()
         !std::isnan(ParseNumber(null.m_value.c_str())))
         return null.m_value;
     return "nan";
+}
+
+// A number that is no number (NaN: a lenient read's "ERR", "-", "(null)")
+// is written as the Well section's NULL value, as LAS marks a value that was
+// never measured, one record per curve; without a NULL value it stays NaN.
+void CLasWriter::NullForNotANumber(CLasSection& data)
+{
+    const std::string text = MissingValueText();
+    if (text == "nan") return;
+    const double null = ParseNumber(text.c_str());
+    for (CLasCurve& curve : data.m_curves) {
+        size_t filled = 0;
+        for (double& value : curve.m_numbers) {
+            if (!std::isnan(value)) continue;
+            value = null;
+            ++filled;
+        }
+        if (filled == 0) continue;
+        const std::string mnemonic = curve.m_definition.m_mnemonic;
+        Record(LASREPAIR_VALUE, data.m_name, mnemonic, "nan", text,
+               std::to_string(filled) + " value(s) of curve " + mnemonic + " of " + data.m_name +
+                   " that are no number written as the NULL value " + text);
+    }
 }
 
 // Curves shorter than the longest one get missing values at their end.

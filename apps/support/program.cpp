@@ -1,5 +1,6 @@
 #include "support/program.h"
 
+#include <quarl/version.h>
 #include <tessel/tessel.h>
 
 #include <cstdio>
@@ -23,6 +24,14 @@ int RunGuarded(const char* name, int (*run)(int, char**), int argc, char** argv)
         std::fprintf(stderr, "%s: failed with an unknown exception\n", name);
     }
     return 1;
+}
+
+void PrintVersion(const char* name)
+{
+    std::printf(
+        "%s (quarl) %s\nCopyright 2026 The quarl developers.\n"
+        "Licensed under the Apache License, Version 2.0.\n",
+        name, quarl::VersionString());
 }
 
 }  // namespace quarl::apps

@@ -10,6 +10,11 @@ namespace quarl::apps {
 // escapes it is reported on stderr as "<name>: ..." and gives 1.
 int RunGuarded(const char* name, int (*run)(int, char**), int argc, char** argv);
 
+// The answer to --version, on stdout: "<name> (quarl) <version>", the version
+// of the library the program loaded, then the copyright and the license (the
+// man pages' COPYRIGHT section).
+void PrintVersion(const char* name);
+
 }  // namespace quarl::apps
 
 #endif

@@ -336,6 +336,7 @@ private:
     void RepairFormats(CLasSection& data, CLasSection* definition);
     std::string MissingValueText();
     void PadCurves(CLasSection& data);
+    void NullForNotANumber(CLasSection& data);
     void FillEmptyTexts(CLasSection& data);
     void AddMissingDefinitions(CLasSection& data, CLasSection& definition);
     void AddMissingDataSection();

@@ -14,6 +14,7 @@ names, `dask` the cluster functions. Every public name has types (py.typed).
 from __future__ import annotations
 
 from ._quarl import Note, Param, Section
+from ._quarl import __version__
 from .errors import LasError, Repair, RepairWarning, result_name
 from .files import HEADER_FIELDS, header_row, headers, read, read_many, to_bytes, write
 from .items import CurveItem, SectionItems
@@ -24,5 +25,5 @@ from_df = LasFile.from_df
 __all__ = [
     "LasError", "Repair", "RepairWarning", "LasFile", "CurveItem", "Note", "Param", "Section", "SectionItems", "CurveNames", "read", "write",
     "read_many", "headers", "from_df", "to_bytes", "result_name", "PARAMETER", "DEFINITION", "DATA",
-    "HEADER", "HEADER_FIELDS",
+    "HEADER", "HEADER_FIELDS", "__version__",
 ]

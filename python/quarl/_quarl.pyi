@@ -9,6 +9,8 @@ from typing_extensions import NotRequired, TypedDict
 # that user code can name it at run time too.
 from quarl.catalog import ScanSummary
 
+__version__: str
+
 _Text = Union[str, bytes]
 _Progress = Optional[Callable[[float], object]]
 _Buffer = Union[bytes, bytearray, memoryview]

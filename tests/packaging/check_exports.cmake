@@ -28,12 +28,13 @@ function(defined_symbols out)
 endfunction()
 
 set(failures)
+string(REPLACE "." "\\." SOVERSION_PATTERN "${SOVERSION}")
 
 foreach(lib IN ITEMS QUARL TESSEL)
   get_filename_component(name ${${lib}_LIBRARY} NAME)
   string(REGEX REPLACE "\\.so.*$" "" base "${name}")
   run(dynamic ${READELF} -d ${${lib}_LIBRARY})
-  if(NOT dynamic MATCHES "Library soname: \\[${base}\\.so\\.${SOVERSION}\\]")
+  if(NOT dynamic MATCHES "Library soname: \\[${base}\\.so\\.${SOVERSION_PATTERN}\\]")
     list(APPEND failures "${name} has no SONAME ${base}.so.${SOVERSION}")
   endif()
 endforeach()
@@ -60,7 +61,7 @@ endforeach()
 # The free functions of the interface.
 set(functions ResultName ResultDescription LasNoteKindName SectionTypeName SteppingDescription
     MainDataName DepthsAgree FirstUnevenStep DepthMnemonic LasRepairKindName
-    LasSectionNameIn)
+    LasSectionNameIn VersionString)
 foreach(function IN LISTS functions)
   if(NOT exported_text MATCHES "(^|\n)quarl::${function}\\(")
     list(APPEND failures "quarl::${function} is not exported")

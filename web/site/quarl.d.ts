@@ -78,6 +78,8 @@ export interface ReadOptions {
 }
 
 export interface Quarl {
+  /** The version of the library built into the module, such as "0.2.0". */
+  readonly version: string;
   /** Throws LasReadError when the read fails. */
   read(bytes: Uint8Array, options?: ReadOptions): LasDocument;
   /** Streams a File or Blob into the module's memory, then reads it as read() does. */

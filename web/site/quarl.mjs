@@ -116,6 +116,8 @@ class LasDocument {
 class Quarl {
   constructor(core) {
     this._core = core;
+    // The version of the library built into the module ("0.2.0").
+    this.version = core.version();
   }
 
   // Reads the bytes of a LAS file: leniently by default, exactly by the

@@ -472,6 +472,8 @@ private:
 EMSCRIPTEN_BINDINGS(quarl)
 {
     using quarl::web::Document;
+    emscripten::function(
+        "version", +[]() { return std::string(quarl::VersionString()); });
     emscripten::class_<Document>("Document")
         .constructor<>()
         .function("read", &Document::Read)

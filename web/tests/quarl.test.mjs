@@ -26,6 +26,11 @@ const HEAD = `~Version
  WELL.   TEST WELL : WELL
 `;
 
+test("the module gives the version of the tree it was built from", () => {
+  const tree = readFileSync(new URL("../../VERSION", import.meta.url), "utf8").trim();
+  assert.equal(quarl.version, tree);
+});
+
 test("the header, the parameters and the curves of a read file", () => {
   const doc = quarl.read(sample, { name: "sample_las20.las" });
   try {
@@ -81,7 +86,7 @@ test("duplicate and empty mnemonics are named as in Python", () => {
   const text = HEAD + "~Curve\n DEPT.M : depth\n SFLU.OHMM : a\n SFLU.OHMM : b\n .  : none\n~A\n" +
     " 10 1 2 3\n 10.5 4 5 6\n 11 7 8 9\n";
   const doc = quarl.read(encode(text));
-  assert.deepEqual(doc.curveNames, ["DEPT", "SFLU:1", "SFLU:2", "UNKNOWN"]);
+  assert.deepEqual(doc.curveNames, ["DEPT", "SFLU:1", "SFLU:2", "UNKNOWN:1"]);
   assert.deepEqual(Array.from(doc.curve("SFLU:2")), [2, 5, 8]);
   doc.free();
 });
