@@ -189,6 +189,9 @@ TEST(SectionHeader, NameAssociationAndSplit)
     ASSERT_TRUE(SplitSectionName("A_B_data", false, &base, &suffix, nullptr));
     EXPECT_EQ(base + " " + suffix, "A_B_data _data");
     EXPECT_FALSE(SplitSectionName("", true, &base, nullptr, nullptr));
+    base = suffix = index = "stale";  // each part is replaced, even by nothing
+    ASSERT_TRUE(SplitSectionName("Curve", true, &base, &suffix, &index));
+    EXPECT_EQ(base + "|" + suffix + "|" + index, "Curve||");
     for (const char* log : {"Log_Data[2]", "a[1]", "ASCII"}) EXPECT_TRUE(IsLogDataName(log)) << log;
     for (const char* other : {"Core_Data", ""}) EXPECT_FALSE(IsLogDataName(other)) << other;
     EXPECT_TRUE(IsLogDefinitionName("~Curve Information"));

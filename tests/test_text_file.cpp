@@ -346,6 +346,8 @@ TEST(TextFile, ClosedReopenedFailedAndAssignedObjects)
         EXPECT_EQ(file.Open(path), LASFILE_IO_FAILED);
         EXPECT_TRUE(file.IsOpen() && file.GetFilename() == path && file.ReadLine() == LASFILE_IO_FAILED) << path;
     }
+    ASSERT_EQ(file.Open(dir.Write("empty", "")), LASFILE_IO_FAILED);
+    EXPECT_EQ(file.GetPercentRead(), 100.0);  // nothing to read: all of it is read
     file.Close();
     ::close(fds[0]);
     ::close(fds[1]);
@@ -358,12 +360,14 @@ TEST(TextFile, ClosedReopenedFailedAndAssignedObjects)
     {
         CTextFile target;
         ASSERT_EQ(target.Open(dir.Write("b", "b1\nb2\n")), LASFILE_OK);
+        ASSERT_EQ(source.ReadLine(), LASFILE_OK);
         target = source;  // the target's own file is closed, the copy is closed
         EXPECT_TRUE(!target.IsOpen() && !target.GetLine() && target.GetFilename() == "");
+        EXPECT_EQ(target.GetLineCount(), 0u);  // a closed copy has read no line
         EXPECT_EQ(OpenDescriptorCount(), before + 1);
     }
     source = source;  // self-assignment changes nothing
-    for (int i = 0; i < 120; ++i) ASSERT_EQ(source.ReadLine(), LASFILE_OK);
+    for (int i = 0; i < 119; ++i) ASSERT_EQ(source.ReadLine(), LASFILE_OK);
     EXPECT_EQ(Line(source), "line 1120");
     source.Close();
     EXPECT_EQ(OpenDescriptorCount(), before);
