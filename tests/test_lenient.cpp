@@ -475,6 +475,62 @@ TEST(Lenient, BudgetEndsTheReadAndKeepsWhatFitted)
     }
 }
 
+// Bytes that are no text end every kind of read at once, with a note of
+// their own on the line where they stand and what was read before kept:
+// a device of zeros, a NUL byte in the first block, and a line longer than
+// the options allow, read whole, by headers only and by a headers-only read
+// that passes the rows over in blocks.
+TEST(Lenient, BytesThatAreNoTextEndTheReadAtOnce)
+{
+    EXPECT_EQ(CLasReadOptions{}.maxLineLength, CTextFile::kDefaultMaxLineLength);
+    const std::string longLine = "LONG.M " + std::string(300, 'x') + " : d\n";
+    const std::string longRow = "1 2 " + std::string(300, '3') + "\n~Other\n";
+    const struct {
+        const char* name;
+        std::string text;  // empty: /dev/zero
+        bool headersOnly;
+        ELASNOTEKIND kind;
+        uint64_t line;
+        uint64_t sections;  // kept
+    } cases[] = {
+        {"device of zeros", "", false, LASNOTE_NOT_TEXT, 1, 0},
+        {"NUL in the first block", kHead + std::string("GR.API 1 : g\0\n", 15), false, LASNOTE_NOT_TEXT, 1, 0},
+        {"long first line", std::string(400, '~') + "\n" + kHead, false, LASNOTE_LINE_TOO_LONG, 1, 0},
+        {"long parameter line", kHead + longLine, false, LASNOTE_LINE_TOO_LONG, 6, 2},
+        {"long row", kHead + kCurves + "~A\n1 2 3\n" + longRow, false, LASNOTE_LINE_TOO_LONG, 12, 4},
+        {"long row, headers only", kHead + kCurves + "~A\n1 2 3\n" + longRow, true, LASNOTE_LINE_TOO_LONG, 12, 4},
+    };
+    for (const auto& c : cases) {
+        for (bool lenient : {false, true}) {
+            SCOPED_TRACE(std::string(c.name) + (lenient ? ", lenient" : ", strict"));
+            CLasReader reader;
+            CLasReadOptions options;
+            options.lenient = lenient;
+            options.headersOnly = c.headersOnly;
+            options.maxLineLength = 200;
+            reader.SetOptions(options);
+            const ELASFILEERROR result = c.text.empty() ? reader.Open("/dev/zero") : OpenText(reader, c.text);
+            EXPECT_EQ(result, LASFILE_BAD_FORMAT) << NoteList(reader);
+            EXPECT_TRUE(HasNote(reader, c.kind, c.line)) << NoteList(reader);
+            ASSERT_FALSE(reader.GetNotes().empty());
+            EXPECT_EQ(reader.GetNotes().back().kind, LASNOTE_READ_STOPPED);
+            EXPECT_EQ(reader.GetNotes().back().line, c.line);
+            EXPECT_EQ(reader.GetLineNumber(), c.line);
+            EXPECT_EQ(reader.size(), c.sections);
+            EXPECT_FALSE(c.kind == LASNOTE_NOT_TEXT && reader.IsValidFile("/dev/zero"));
+        }
+    }
+    // Without a bound, and within it, the same lines read in full.
+    for (uint64_t most : {uint64_t{0}, uint64_t{500}}) {
+        Read read;
+        CLasReadOptions options;
+        options.maxLineLength = most;
+        ReadText(read, kHead + longLine, "Well/LONG", options);
+        EXPECT_EQ(read.result, LASFILE_OK) << most;
+        EXPECT_EQ(read.probe, std::string(300, 'x')) << most;
+    }
+}
+
 // Headers only, strict and lenient: the same sections, curves and end line
 // as a full read, no values; the rows are passed over in blocks, with a header behind carriage
 // returns, a data section longer than a block, and a last line without a

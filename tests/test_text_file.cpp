@@ -314,6 +314,74 @@ TEST(TextFile, LineStoreGrowsOnlyForLongerLinesGeometricallyAndSurvivesFailures)
     }
 }
 
+// A NUL byte in the first block (after decoding) refuses the file at Open;
+// one further on is a byte of its line. A line longer than the bound
+// refuses it where it stands, whichever way lines are read. A refused file
+// gives nothing more until it is opened again, and costs no more memory.
+TEST(TextFile, BytesThatAreNoTextAreRefused)
+{
+    TempDir dir;
+    CTextFile file;
+    EXPECT_FALSE(file.GetRefuseNul());
+    const std::string late = std::string(1100, 'a') + '\0' + "b\n";
+    ASSERT_EQ(file.Open(dir.Write("zero", std::string(3, '\0') + "\n")), LASFILE_OK);  // a byte like any other
+    EXPECT_EQ(file.GetLineLength(), 3u);
+    file.SetRefuseNul(true);
+    {
+        FailingLineStore counter(1 << 30);
+        EXPECT_EQ(file.Open("/dev/zero"), LASFILE_BAD_FORMAT);
+        EXPECT_EQ(counter.calls(), 1);  // the first line store, never grown
+    }
+    EXPECT_TRUE(file.IsOpen() && Line(file).empty() && file.GetRefusal() == CTextFile::kRefusedNul);
+    uint64_t passed = 0;
+    EXPECT_EQ(file.ReadLine(), LASFILE_BAD_FORMAT);
+    EXPECT_EQ(file.SkipToLineStartingWith('~', passed), LASFILE_BAD_FORMAT);
+    EXPECT_EQ(passed, 0u);
+    ASSERT_EQ(file.Open(dir.Write("late", late)), LASFILE_OK);  // Open forgets the refusal
+    EXPECT_EQ(Line(file), late.substr(0, late.size() - 1));
+    EXPECT_EQ(file.GetRefusal(), CTextFile::kNotRefused);
+    std::string utf16 = "\xFF\xFE";
+    for (char c : std::string("~V\n")) utf16 += std::string{c, '\0'};
+    file.SetDecoding(true);  // decoded, the zeros of UTF-16 are no NUL bytes
+    EXPECT_EQ(file.Open(dir.Write("wide", utf16)), LASFILE_OK);
+    file.SetDecoding(false);
+    EXPECT_EQ(file.Open(dir.Write("wide", utf16)), LASFILE_BAD_FORMAT);
+    file.Close();
+    EXPECT_EQ(file.GetRefusal(), CTextFile::kNotRefused);
+
+    EXPECT_EQ(file.GetMaxLineLength(), CTextFile::kDefaultMaxLineLength);
+    const std::string ten = "0123456789", eleven = "abcdefghijk";
+    for (bool returns : {false, true}) {  // lines by line feeds, and by carriage returns alone
+        SCOPED_TRACE(returns);
+        const char end = returns ? '\r' : '\n';
+        file.SetDecoding(returns);
+        file.SetMaxLineLength(10);
+        ASSERT_EQ(file.Open(dir.Write("long", ten + end + eleven + end + "x" + end)), LASFILE_OK);
+        EXPECT_EQ(Line(file), ten);  // as long as the bound allows
+        EXPECT_EQ(file.ReadLine(), LASFILE_BAD_FORMAT);
+        EXPECT_EQ(file.GetRefusal(), CTextFile::kRefusedLongLine);
+        EXPECT_LE(file.GetLineLength(), 10u);
+        EXPECT_EQ(Line(file), eleven.substr(0, file.GetLineLength()));
+        EXPECT_EQ(file.ReadLine(), LASFILE_BAD_FORMAT);  // and nothing more
+        EXPECT_EQ(file.Open(dir.Write("first", eleven + end)), LASFILE_BAD_FORMAT);
+        file.SetMaxLineLength(0);  // no bound
+        ASSERT_EQ(file.Open(dir.Write("first", eleven + end)), LASFILE_OK);
+        EXPECT_EQ(Line(file), eleven);
+    }
+    file.SetDecoding(false);
+    // Passing lines over in blocks counts a line's bytes across the blocks.
+    const std::string head = "a\n";
+    for (size_t length : {size_t{265000}, size_t{300000}}) {
+        file.SetMaxLineLength(270000);
+        ASSERT_EQ(file.Open(dir.Write("skip", head + std::string(length, 'x') + "\n~A\n")), LASFILE_OK);
+        passed = 0;
+        const bool within = length < 270000;
+        EXPECT_EQ(file.SkipToLineStartingWith('~', passed), within ? LASFILE_OK : LASFILE_BAD_FORMAT) << length;
+        EXPECT_EQ(Line(file), within ? "~A" : "") << length;
+    }
+    file.SetMaxLineLength(CTextFile::kDefaultMaxLineLength);
+}
+
 TEST(TextFile, ClosedReopenedFailedAndAssignedObjects)
 {
     TempDir dir;

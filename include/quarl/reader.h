@@ -63,6 +63,13 @@ struct CLasReadOptions {
     // every curve of a data section one length (the row that did not fit is
     // not stored). The line store of the file is not counted.
     uint64_t maxBytes = 0;
+    // The longest line a read takes, in bytes; 0 is no bound. A longer line
+    // ends the read at once with LASFILE_BAD_FORMAT and a
+    // LASNOTE_LINE_TOO_LONG note on its line, before it is stored whole: a
+    // device that never ends a line (/dev/urandom) or a damaged file costs
+    // no more than this much memory. The default, 256 MiB
+    // (CTextFile::kDefaultMaxLineLength), is far above any line of a LAS file.
+    uint64_t maxLineLength = CTextFile::kDefaultMaxLineLength;
 };
 
 // What a read noticed and the host may want to know. Every read, strict or
@@ -81,6 +88,11 @@ enum ELASNOTEKIND : int32_t {
     LASNOTE_NUMBER_IN_PART = 9,   // a numeric token of which only a leading number counts
                                   // ("123,420", "12.5ft", "1.2.3", "5-3": 123, 12.5, 1.2, 5);
                                   // leniently, only for tokens no rule of a column reads whole
+    LASNOTE_NOT_TEXT = 10,        // the first 1024 bytes hold a NUL byte (a binary file, a
+                                  // device of zeros): the read ends at once, on line 1, with
+                                  // LASFILE_BAD_FORMAT
+    LASNOTE_LINE_TOO_LONG = 11,   // a line is longer than CLasReadOptions::maxLineLength: the
+                                  // read ends there with LASFILE_BAD_FORMAT
     // Made only in lenient reads, one kind for each relaxed rule.
     LASNOTE_DECODED = 16,               // a UTF-8 byte-order mark passed over, UTF-16/32 text
                                         // (with a mark, or UTF-16 seen by its zero bytes) read
@@ -181,7 +193,10 @@ public:
     //   LASFILE_BAD_FORMAT     the first line that counts does not begin with
     //                          "~V" in either case; a parameter line cannot be
     //                          split; a data section has no definition; a data
-    //                          row lacks its delimiter.
+    //                          row lacks its delimiter; the bytes are no text
+    //                          (a NUL byte in the first 1024, LASNOTE_NOT_TEXT)
+    //                          or a line is longer than the options allow
+    //                          (LASNOTE_LINE_TOO_LONG).
     //   LASFILE_CANCELLED      the status callback said stop, also when it did
     //                          so only on the final report of 100.
     // The read ends at the first failure and keeps what it read: every
@@ -373,6 +388,7 @@ private:
         return m_options.maxBytes == 0 || m_bytesKept <= m_options.maxBytes || BudgetPassed();
     }
     bool BudgetPassed();
+    void NoteRefusal();
     void LookAtLine();
     ELASFILEERROR PassLeadingText();
     ELASFILEERROR HeaderAtEnd(const std::string& name);

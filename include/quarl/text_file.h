@@ -17,10 +17,29 @@ namespace quarl {
 // feed ends a line; carriage returns are dropped wherever they stand; a last
 // line without a line feed is delivered as well. It knows nothing of LAS.
 // The current line stays valid until the next ReadLine, Close or Open.
+//
+// Bytes that cannot be text end the reading at once instead of growing the
+// line store without end (a device of zeros, a binary file, an endless line):
+// with SetRefuseNul on, a NUL byte in the first block, after decoding,
+// refuses the file at Open, and a line longer than GetMaxLineLength() bytes
+// refuses it at that line.
+// Both give LASFILE_BAD_FORMAT, GetRefusal says which, and from then on
+// every ReadLine and SkipToLineStartingWith gives LASFILE_BAD_FORMAT as
+// well, until the next Open or Close. LAS text holds no NUL byte, and its
+// lines are far shorter than the default bound.
 class QUARL_API CTextFile {
 public:
     static constexpr uint32_t kBufferSize = 1024;
     static constexpr uint32_t kLineStep = 40;
+    // The longest line read by default: 256 MiB.
+    static constexpr size_t kDefaultMaxLineLength = size_t{1} << 28;
+
+    // Why the bytes of the file were refused.
+    enum ERefusal : uint8_t {
+        kNotRefused = 0,
+        kRefusedNul,       // the first block holds a NUL byte: no text
+        kRefusedLongLine,  // a line passed GetMaxLineLength()
+    };
 
     CTextFile();
     ~CTextFile();
@@ -30,7 +49,9 @@ public:
     // cannot be opened (the object stays closed), and when a seek fails or
     // the file has no byte (it is then open, with no line to read);
     // LASFILE_OUT_OF_MEMORY when the line store cannot be had (open, GetLine
-    // null); otherwise what ReadLine gives for the first line.
+    // null); LASFILE_BAD_FORMAT when SetRefuseNul is on and the first block
+    // holds a NUL byte (open, the line empty, GetRefusal kRefusedNul), or the
+    // first line is too long; otherwise what ReadLine gives for the first line.
     ELASFILEERROR Open(const tessel::TxString& path);
     // Like Open, over `size` bytes at `data` instead of a file's: the same
     // lines, blocks, decoding and results as a file holding those bytes
@@ -49,7 +70,10 @@ public:
     // no byte is left (the line is then empty, and stays so on every further
     // call) or the object is closed; LASFILE_OUT_OF_MEMORY when the store
     // cannot grow: the bytes so far stay as the line, the byte that did not
-    // fit is lost, and the next call goes on behind it.
+    // fit is lost, and the next call goes on behind it. LASFILE_BAD_FORMAT
+    // when the line would be longer than GetMaxLineLength(): the line holds
+    // the bytes read of it, at most that many, and the file is refused (see
+    // the class comment).
     ELASFILEERROR ReadLine();
 
     // The current line, NUL-terminated; null when no file is open.
@@ -60,7 +84,10 @@ public:
     // Passes over lines up to the next one whose first byte is `first`,
     // which becomes the current line just as ReadLine gives it; `passed`
     // grows by the number of lines moved over, that one included. At the
-    // end of the file: LASFILE_IO_FAILED and an empty current line.
+    // end of the file: LASFILE_IO_FAILED and an empty current line. A line
+    // passed over that is longer than GetMaxLineLength() refuses the file:
+    // LASFILE_BAD_FORMAT, an empty current line, and `passed` counts that
+    // line too.
     ELASFILEERROR SkipToLineStartingWith(char first, uint64_t& passed);
 
     // The last `most` bytes of the file (all of it when it is shorter) into
@@ -83,6 +110,20 @@ public:
     tessel::TxString GetFilename() const { return m_filename; }
     // Lines ended by a line feed since Open.
     uint32_t GetLineCount() const { return m_lineCount; }
+
+    // The longest line that ReadLine delivers, in bytes; 0 is no bound. It
+    // applies from the next ReadLine on and stays until it is set again;
+    // kDefaultMaxLineLength in a new object.
+    void SetMaxLineLength(size_t most) { m_maxLineLength = most; }
+    size_t GetMaxLineLength() const { return m_maxLineLength; }
+    // Whether Open refuses a file whose first block holds a NUL byte. Off
+    // by default, and then a NUL byte is a byte of its line like any other;
+    // it applies from the next Open on and stays until it is set again.
+    void SetRefuseNul(bool on) { m_refuseNul = on; }
+    bool GetRefuseNul() const { return m_refuseNul; }
+    // Why the file was refused; kNotRefused while it is read as text, and
+    // after Close.
+    ERefusal GetRefusal() const { return static_cast<ERefusal>(m_refusal); }
 
     // Never leaves two owners of one stream: the target's file is closed
     // first, and the copy of an open source is a closed object.
@@ -122,6 +163,8 @@ private:
     int32_t PrimeIO();
     int32_t PrimeDecoded();
     bool GrowLineStore(size_t needed);
+    bool MakeRoom(size_t needed);
+    ELASFILEERROR StoreFailure() const;
     void DetectTextForm();
     ELASFILEERROR ReadCarriageReturnLine();
     bool AppendByte(char c);
@@ -145,6 +188,9 @@ private:
     bool m_crLines = false;
     bool m_afterCarriageReturn = false;
     uint64_t m_loneReturnLine = 0;
+    size_t m_maxLineLength = kDefaultMaxLineLength;
+    uint8_t m_refusal = kNotRefused;
+    bool m_refuseNul = false;
 };
 
 }  // namespace quarl
