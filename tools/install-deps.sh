@@ -5,9 +5,10 @@
 # pandas, pybind11, pytest, distributed, fsspec and charset-normalizer for
 # the Python package (pip, setuptools and venv for `pip install .` into a
 # virtual environment, as the README shows). With --all also what the rest
-# of CI uses: clang 14 with libFuzzer, clang-format, gcovr, valgrind, and two
-# host locales (de_DE.UTF-8 with a decimal comma, tr_TR.ISO-8859-9) for the
-# tests that prove the library ignores the host's locale. Runs as root, or
+# of CI uses: clang 14 with libFuzzer, clang-format, gcovr, valgrind, Doxygen
+# for the API reference, and two host locales (de_DE.UTF-8 with a decimal
+# comma, tr_TR.ISO-8859-9) for the tests that prove the library ignores the
+# host's locale. Runs as root, or
 # through sudo.
 set -eu
 
@@ -18,7 +19,7 @@ packages="cmake ninja-build g++ libgtest-dev pkg-config
 all=no
 if [ "${1:-}" = "--all" ]; then
   all=yes
-  packages="$packages clang-14 libclang-rt-14-dev clang-format gcovr valgrind locales"
+  packages="$packages clang-14 libclang-rt-14-dev clang-format gcovr valgrind locales doxygen"
 fi
 
 if [ "$(id -u)" = 0 ]; then
