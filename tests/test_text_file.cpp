@@ -371,13 +371,16 @@ TEST(TextFile, BytesThatAreNoTextAreRefused)
     file.SetDecoding(false);
     // Passing lines over in blocks counts a line's bytes across the blocks.
     const std::string head = "a\n";
-    for (size_t length : {size_t{265000}, size_t{300000}}) {
-        file.SetMaxLineLength(270000);
-        ASSERT_EQ(file.Open(dir.Write("skip", head + std::string(length, 'x') + "\n~A\n")), LASFILE_OK);
-        passed = 0;
-        const bool within = length < 270000;
-        EXPECT_EQ(file.SkipToLineStartingWith('~', passed), within ? LASFILE_OK : LASFILE_BAD_FORMAT) << length;
-        EXPECT_EQ(Line(file), within ? "~A" : "") << length;
+    for (size_t bound : {size_t{270000}, size_t{0}}) {
+        for (size_t length : {size_t{265000}, size_t{300000}}) {
+            file.SetMaxLineLength(bound);
+            ASSERT_EQ(file.Open(dir.Write("skip", head + std::string(length, 'x') + "\n~A\n")), LASFILE_OK);
+            passed = 0;
+            const bool within = bound == 0 || length < bound;
+            EXPECT_EQ(file.SkipToLineStartingWith('~', passed), within ? LASFILE_OK : LASFILE_BAD_FORMAT) << length;
+            EXPECT_EQ(Line(file), within ? "~A" : "") << length;
+            EXPECT_EQ(passed, within ? 2u : 1u) << length;  // the long line, then "~A"
+        }
     }
     file.SetMaxLineLength(CTextFile::kDefaultMaxLineLength);
 }
