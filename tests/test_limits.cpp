@@ -100,6 +100,44 @@ TEST(Limits, LineOf64MegabytesIsOneValue)
     });
 }
 
+// Input that never ends a line costs no more than the bound on a line: a
+// device of zeros is refused at its first block, and a line of 64 MiB read
+// with a bound of 1 MiB ends at the bound. Both in a child, whose peak
+// memory stays far below the line's size.
+TEST(Limits, EndlessInputEndsWithinItsBound)
+{
+    TempDir dir;
+    const long length = 64L << 20;
+    const std::string path = MakeFile(dir, [&](std::string& out, std::FILE* file) {
+        out = kHead + "~Well\nWELL. ";
+        for (long i = 0; i < length; ++i) {
+            out.push_back('x');
+            Drain(out, file);
+        }
+    });
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        CLasReader reader;
+        CLasReadOptions options;
+        options.maxLineLength = 1 << 20;
+        reader.SetOptions(options);
+        const bool line = reader.Open(path) == LASFILE_BAD_FORMAT && reader.GetNotes().size() == 2 &&
+                          reader.GetNotes()[0].kind == LASNOTE_LINE_TOO_LONG && reader.GetLineNumber() == 6;
+        const bool zeros =
+            reader.Open("/dev/zero") == LASFILE_BAD_FORMAT && reader.GetNotes()[0].kind == LASNOTE_NOT_TEXT;
+        _exit(line && zeros ? 0 : 1);
+    }
+    int status = 0;
+    rusage usage{};
+    ASSERT_EQ(wait4(child, &status, 0, &usage), child);
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "status " << status;
+    if (QUARL_MEMORY_MEASURED && !std::getenv("QUARL_UNDER_VALGRIND")) {
+        const double peak = usage.ru_maxrss * 1024.0;
+        EXPECT_LT(peak, 40e6) << "peak " << peak / 1e6 << " MB for a line of " << length / 1e6 << " MB";
+    }
+}
+
 TEST(Limits, QuarterMillionSectionPairsAndMillionCommentLines)
 {
     TempDir dir;
