@@ -158,6 +158,10 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
          "(missing)", LASFILE_OK, "12", LASNOTE_MNEMONIC_PERIODS, 7, false},
         {"colons in a value", kHead + "LOC1. X: -0000000.00 ft, Y: 000 : Location\n", "Well/LOC1", LASFILE_OK, "X",
          LASFILE_OK, "X: -0000000.00 ft, Y: 000", LASNOTE_VALUE_WITH_COLONS, 6, false},
+        {"colons in a value, Z behind", kHead + "LOC1. X: 1 ft, Y: 3 : Z\n", "Well/LOC1", LASFILE_OK, "X", LASFILE_OK,
+         "X: 1 ft, Y: 3", LASNOTE_VALUE_WITH_COLONS, 6, false},
+        {"colons in a value, z behind", kHead + "LOC1. X: 1 ft, Y: 3 : z\n", "Well/LOC1", LASFILE_OK, "X", LASFILE_OK,
+         "X: 1 ft, Y: 3", LASNOTE_VALUE_WITH_COLONS, 6, false},
         {"date and time alone", kHead + "CREA. 8/24/2011 12:45:27\n", "Well/CREA", LASFILE_OK, "8/24/2011 12",
          LASFILE_OK, "8/24/2011 12:45:27", LASNOTE_VALUE_WITH_COLONS, 6, false},
         {"LAS 1.2 description only", kHead12 + "UWI .   UNIQUE WELL ID:\n", "Well/UWI", LASFILE_OK, "UNIQUE WELL ID",
@@ -473,6 +477,32 @@ TEST(Lenient, BudgetEndsTheReadAndKeepsWhatFitted)
                         HasNote(read.reader, LASNOTE_DECIMAL_COMMA, 10));
         }
     }
+}
+
+// A failed read says why in its last note, also where no step of the read
+// said so itself: a callback that stops the read between lines, a line
+// store that cannot be had.
+TEST(Lenient, ReadStoppedSaysWhy)
+{
+    std::string text = kHead + kCurves + "~A\n";
+    for (int i = 0; i < 30; ++i) text += "1 2 3\n";
+    struct Stop {
+        static int Now(void*, double, const char*) { return 1; }
+    };
+    CLasReader reader;
+    reader.SetStatusCallback(nullptr, &Stop::Now);
+    EXPECT_EQ(OpenText(reader, text), LASFILE_CANCELLED);
+    ASSERT_FALSE(reader.GetNotes().empty());
+    EXPECT_EQ(reader.GetNotes().back().kind, LASNOTE_READ_STOPPED);
+    EXPECT_EQ(reader.GetNotes().back().line, 10u);  // the tenth line brings the first report
+    EXPECT_EQ(reader.GetNotes().back().text, "the status callback stopped the read");
+    reader.SetStatusCallback(nullptr, nullptr);
+    {
+        FailingLineStore failing(2);  // the first store, then no room for the long line
+        EXPECT_EQ(OpenText(reader, kHead + "LONG.M " + std::string(60, 'x') + " : d\n"), LASFILE_OUT_OF_MEMORY);
+    }
+    ASSERT_FALSE(reader.GetNotes().empty());
+    EXPECT_EQ(reader.GetNotes().back().text, "no memory for a line of the file");
 }
 
 // Bytes that are no text end every kind of read at once, with a note of
