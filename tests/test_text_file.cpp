@@ -166,6 +166,13 @@ TEST(TextFile, DecodingACarriageReturnAloneEndsALineAnywhere)
     EXPECT_EQ(lone, 2u);
     EXPECT_EQ(AllLines("a\r\nb\rc\r\nd\ne\r", false, &lone), "a|bc|d|e|3");
     EXPECT_EQ(lone, 0u);
+    // An empty line behind a longer one is the empty C string as well.
+    TempDir dir;
+    CTextFile file;
+    file.SetDecoding(true);
+    ASSERT_EQ(file.Open(dir.Write("cr", "abc\r\rd\r")), LASFILE_OK);
+    ASSERT_EQ(file.ReadLine(), LASFILE_OK);
+    EXPECT_STREQ(file.GetLine(), "");
     // Behind the last byte of a block: a line feed in the next block pairs
     // with it, anything else does not.
     const std::string head = "h\n" + std::string(1021, 'x');
@@ -193,6 +200,8 @@ TEST(TextFile, DecodingNamesTheTextFormByTheFirstBytes)
         {"\xEF\xBB\xBFx", CTextFile::kFormUtf8Bom},
         {"\xFF\xFE", CTextFile::kFormUtf16Le},
         {"\xFE\xFFx", CTextFile::kFormUtf16Be},
+        {"\xFE\xFF", CTextFile::kFormUtf16Be},  // the marks alone, as short as they are
+        {"\xEF\xBB\xBF", CTextFile::kFormUtf8Bom},
         {std::string("\x7F\0A\0", 4), CTextFile::kFormUtf16Le},
         {std::string("\0\x7F\0A", 4), CTextFile::kFormUtf16Be},
         {std::string("\x80\0A\0", 4), CTextFile::kFormBytes},
