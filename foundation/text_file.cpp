@@ -116,6 +116,7 @@ ELASFILEERROR CTextFile::Start(std::FILE* file, const tessel::TxString& name)
 {
     m_file = file;
     m_filename = name;
+    m_refusal = kNotRefused;
 
     if (SeekStream(m_file, 0, SEEK_END) != 0) return LASFILE_IO_FAILED;
     const int64_t size = TellStream(m_file);
@@ -142,6 +143,12 @@ ELASFILEERROR CTextFile::Start(std::FILE* file, const tessel::TxString& name)
                 std::memchr(m_buffer, '\r', m_bufferLength);
 
     m_lineCount = 0;
+    // A NUL byte is no text: a binary file or a device of zeros is refused
+    // here rather than read as one endless line.
+    if (m_refuseNul && std::memchr(m_buffer, '\0', m_bufferLength)) {
+        m_refusal = kRefusedNul;
+        return LASFILE_BAD_FORMAT;
+    }
     return ReadLine();
 }
 
@@ -154,6 +161,7 @@ void CTextFile::Close()
     m_line = nullptr;
     m_lineLength = 0;
     m_lineCount = 0;
+    m_refusal = kNotRefused;
 }
 
 // Passes over a byte-order mark and notes the text form it names. UTF-16
@@ -242,16 +250,22 @@ int32_t CTextFile::PrimeIO()
 }
 
 // Makes room for `needed` bytes plus the terminator. The store grows in steps
-// of 40 bytes (by half of itself once it is large); the bytes it holds and
-// their terminator are kept.
+// of 40 bytes (by half of itself once it is large), never past the longest
+// line plus its terminator; the bytes it holds and their terminator are kept.
+// A line longer than the longest refuses the file.
 bool CTextFile::GrowLineStore(size_t needed)
 {
+    if (m_maxLineLength != 0 && needed > m_maxLineLength) {
+        m_refusal = kRefusedLongLine;
+        return false;
+    }
     size_t capacity = m_lineCapacity;
     while (capacity < needed + 1) {
         size_t step = kLineStep;
         if (capacity >= kLinearGrowthLimit) step = (capacity / 2 / kLineStep) * kLineStep;
         capacity += step;
     }
+    if (m_maxLineLength != 0) capacity = std::min(capacity, m_maxLineLength + 1);
     char* grown = static_cast<char*>(detail::g_lineStoreAlloc(capacity));
     if (!grown) return false;
     std::memcpy(grown, m_line, m_lineLength + 1);
@@ -275,11 +289,24 @@ bool CTextFile::IsLoneReturn(const char* cr, const char* feed)
     return more && next != '\n';
 }
 
+// Room for a line of `needed` bytes: the store as it is when the line fits
+// it and is not too long, else grown.
+bool CTextFile::MakeRoom(size_t needed)
+{
+    const bool tooLong = m_maxLineLength != 0 && needed > m_maxLineLength;
+    return (needed + 1 <= m_lineCapacity && !tooLong) || GrowLineStore(needed);
+}
+
+// What a line store that did not grow gives: a refused line, or no memory.
+ELASFILEERROR CTextFile::StoreFailure() const
+{
+    return m_refusal == kRefusedLongLine ? LASFILE_BAD_FORMAT : LASFILE_OUT_OF_MEMORY;
+}
+
 bool CTextFile::AppendBytes(const char* bytes, size_t length)
 {
     if (length == 0) return true;
-    if (m_lineLength + length + 1 > m_lineCapacity && !GrowLineStore(m_lineLength + length))
-        return false;
+    if (!MakeRoom(m_lineLength + length)) return false;
     std::memcpy(m_line + m_lineLength, bytes, length);
     m_lineLength += length;
     m_line[m_lineLength] = '\0';
@@ -288,7 +315,7 @@ bool CTextFile::AppendBytes(const char* bytes, size_t length)
 
 bool CTextFile::AppendByte(char c)
 {
-    if (m_lineLength + 2 > m_lineCapacity && !GrowLineStore(m_lineLength + 1)) return false;
+    if (!MakeRoom(m_lineLength + 1)) return false;
     m_line[m_lineLength++] = c;
     m_line[m_lineLength] = '\0';
     return true;
@@ -315,7 +342,7 @@ ELASFILEERROR CTextFile::ReadCarriageReturnLine()
             ++m_lineCount;
             return LASFILE_OK;
         }
-        if (!AppendByte(c)) return LASFILE_OUT_OF_MEMORY;
+        if (!AppendByte(c)) return StoreFailure();
     }
 }
 
@@ -406,6 +433,11 @@ ELASFILEERROR CTextFile::SkipLineByLine(char first, uint64_t& passed)
 {
     for (;;) {
         const ELASFILEERROR result = ReadLine();
+        if (result == LASFILE_BAD_FORMAT) {
+            ++passed;  // the line refused
+            m_line[0] = '\0';
+            m_lineLength = 0;
+        }
         if (result != LASFILE_OK) return result;
         ++passed;
         if (m_line[0] == first) return LASFILE_OK;
@@ -415,16 +447,21 @@ ELASFILEERROR CTextFile::SkipLineByLine(char first, uint64_t& passed)
 ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
 {
     if (!m_file || !m_line) return LASFILE_IO_FAILED;
-    if (m_crLines || m_form >= kFormUtf16Le || first == '\r' || first == '\n')
-        return SkipLineByLine(first, passed);  // decoded text has no byte offsets to go back to
+    if (m_refusal != kNotRefused) return LASFILE_BAD_FORMAT;
+    // Decoded text has no byte offsets to go back to; a bound below the
+    // block could be passed by a line within one block.
+    if (m_crLines || m_form >= kFormUtf16Le || first == '\r' || first == '\n' ||
+        (m_maxLineLength != 0 && m_maxLineLength < kSkipBlock))
+        return SkipLineByLine(first, passed);
     // From the start of the next line on, the stream is read in large blocks.
     uint64_t offset = m_bufferStart + m_bufferPos;
     if (SeekStream(m_file, static_cast<int64_t>(offset), SEEK_SET) != 0) return LASFILE_IO_FAILED;
     m_bufferLength = 0;
     m_bufferPos = 0;
     std::vector<char> block(kSkipBlock);
-    bool pending = false;  // bytes since the last line feed
-    bool onlyCr = true;    // and all of them carriage returns, which ReadLine drops
+    bool pending = false;    // bytes since the last line feed
+    bool onlyCr = true;      // and all of them carriage returns, which ReadLine drops
+    uint64_t lineSoFar = 0;  // bytes since the last line feed
     for (;;) {
         const size_t got = std::fread(block.data(), 1, block.size(), m_file);
         if (got == 0) break;
@@ -453,6 +490,19 @@ ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
             at = groupEnd;
         }
         const char* stop = hit ? hit : begin + got;
+        // Only a line that goes on from an earlier block can pass the
+        // bound, which is at least a block: its bytes up to the first line
+        // feed are added to those before.
+        const char* feed =
+            static_cast<const char*>(std::memchr(begin, '\n', static_cast<size_t>(stop - begin)));
+        lineSoFar += static_cast<uint64_t>((feed ? feed : stop) - begin);
+        if (m_maxLineLength != 0 && lineSoFar > m_maxLineLength) {
+            m_refusal = kRefusedLongLine;
+            ++passed;
+            m_line[0] = '\0';
+            m_lineLength = 0;
+            return LASFILE_BAD_FORMAT;
+        }
         passed += feeds;
         m_lineCount += static_cast<uint32_t>(feeds);
         const char* tail = begin;  // the bytes behind the last line feed
@@ -464,6 +514,7 @@ ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
         }
         for (const char* q = tail; q < stop && onlyCr; ++q) onlyCr = *q == '\r';
         if (tail < stop) pending = true;
+        if (feed) lineSoFar = static_cast<uint64_t>(stop - tail);
         if (hit) {
             if (SeekStream(m_file,
                            static_cast<int64_t>(offset + static_cast<uint64_t>(hit - begin)),
@@ -485,6 +536,7 @@ ELASFILEERROR CTextFile::SkipToLineStartingWith(char first, uint64_t& passed)
 ELASFILEERROR CTextFile::ReadLine()
 {
     if (!m_file || !m_line) return LASFILE_IO_FAILED;
+    if (m_refusal != kNotRefused) return LASFILE_BAD_FORMAT;
     if (m_crLines) return ReadCarriageReturnLine();
     m_line[0] = '\0';
     m_lineLength = 0;
@@ -509,7 +561,7 @@ ELASFILEERROR CTextFile::ReadLine()
             if (cr && m_decode && IsLoneReturn(cr, feed)) {
                 // Decoding, a carriage return that no line feed follows ends
                 // the line, and from here on either ends one.
-                if (!AppendBytes(piece, length)) return LASFILE_OUT_OF_MEMORY;
+                if (!AppendBytes(piece, length)) return StoreFailure();
                 m_bufferPos += done + length + 1;
                 m_crLines = true;
                 m_afterCarriageReturn = false;
@@ -518,15 +570,16 @@ ELASFILEERROR CTextFile::ReadLine()
                 return LASFILE_OK;
             }
             if (length > 0) {
-                if (m_lineLength + length + 1 > m_lineCapacity &&
-                    !GrowLineStore(m_lineLength + length)) {
+                if (!MakeRoom(m_lineLength + length)) {
                     // Keep what fits, lose the byte that did not, go on behind it.
-                    const uint32_t fits = static_cast<uint32_t>(m_lineCapacity - 1 - m_lineLength);
+                    size_t room = m_lineCapacity - 1;
+                    if (m_refusal == kRefusedLongLine) room = std::min(room, m_maxLineLength);
+                    const uint32_t fits = static_cast<uint32_t>(room - m_lineLength);
                     std::memcpy(m_line + m_lineLength, piece, fits);
                     m_lineLength += fits;
                     m_line[m_lineLength] = '\0';
                     m_bufferPos += done + fits + 1;
-                    return LASFILE_OUT_OF_MEMORY;
+                    return StoreFailure();
                 }
                 std::memcpy(m_line + m_lineLength, piece, length);
                 m_lineLength += length;
@@ -588,6 +641,8 @@ CTextFile& CTextFile::operator=(const CTextFile& other)
     m_lineCapacity = other.m_lineCapacity;
     m_lineCount = other.IsOpen() ? 0 : other.m_lineCount;
     m_decode = other.m_decode;
+    m_maxLineLength = other.m_maxLineLength;
+    m_refuseNul = other.m_refuseNul;
     return *this;
 }
 

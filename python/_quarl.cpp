@@ -462,7 +462,9 @@ void BindParam(py::module_& m)
             [member](const CLasParam& p) { return Text(p.*member); },
             [member](CLasParam& p, const py::handle& value) { p.*member = Bytes(value); });
     };
-    py::class_<CLasParam> param(m, "Param");
+    py::class_<CLasParam> param(m, "Param",
+                                "One line of a section: MNEM.UNIT VALUE : DESCRIPTION {FORMAT} | "
+                                "ASSOCIATION. Every field is text; setting one changes the line.");
     param.def(py::init([](const py::handle& mnemonic, const py::handle& unit,
                           const py::handle& value, const py::handle& description,
                           const py::handle& format, const py::handle& association) {
@@ -470,16 +472,26 @@ void BindParam(py::module_& m)
                                    Bytes(description), Bytes(format), Bytes(association)};
               }),
               py::arg("mnemonic"), py::arg("unit") = "", py::arg("value") = "",
-              py::arg("description") = "", py::arg("format") = "", py::arg("association") = "");
-    for (auto [name, member] :
-         {std::make_pair("mnemonic", &CLasParam::m_mnemonic),
-          std::make_pair("unit", &CLasParam::m_unit), std::make_pair("value", &CLasParam::m_value),
-          std::make_pair("description", &CLasParam::m_description),
-          std::make_pair("descr", &CLasParam::m_description),
-          std::make_pair("format", &CLasParam::m_format),
-          std::make_pair("association", &CLasParam::m_association)}) {
-        auto [get, set] = field(member);
-        param.def_property(name, get, set);
+              py::arg("description") = "", py::arg("format") = "", py::arg("association") = "",
+              "A line of the given fields; those left out are empty.");
+    struct Field {
+        const char* name;
+        CLasString CLasParam::*member;
+        const char* doc;
+    };
+    const Field fields[] = {
+        {"mnemonic", &CLasParam::m_mnemonic, "The name in front of the first period."},
+        {"unit", &CLasParam::m_unit, "The unit directly behind that period; \"\" for none."},
+        {"value", &CLasParam::m_value, "The value in front of the colon."},
+        {"description", &CLasParam::m_description, "The description behind the colon."},
+        {"descr", &CLasParam::m_description,
+         "The description under the short name other LAS readers give it."},
+        {"format", &CLasParam::m_format, "The format with its braces (\"{F}\"); \"\" for none."},
+        {"association", &CLasParam::m_association, "What stands behind the last \"|\"."},
+    };
+    for (const Field& f : fields) {
+        auto [get, set] = field(f.member);
+        param.def_property(f.name, get, set, f.doc);
     }
     param.def("__eq__", [](const CLasParam& a, const CLasParam& b) {
         return a.m_mnemonic == b.m_mnemonic && a.m_unit == b.m_unit && a.m_value == b.m_value &&
@@ -496,7 +508,9 @@ void BindParam(py::module_& m)
 
 void BindSection(py::module_& m)
 {
-    py::class_<CLasSection, SectionPtr>(m, "Section")
+    py::class_<CLasSection, SectionPtr>(m, "Section",
+                                        "One section of a LAS file as the library holds it: "
+                                        "lines (params) or, for a data section, curves.")
         .def(py::init([](const py::handle& name, int type, const py::handle& association) {
                  auto section = std::make_shared<CLasSection>();
                  section->m_name = Bytes(name);
@@ -504,28 +518,55 @@ void BindSection(py::module_& m)
                  section->m_association = Bytes(association);
                  return section;
              }),
-             py::arg("name"), py::arg("type"), py::arg("association") = "")
-        .def_property_readonly("name", [](const CLasSection& s) { return Text(s.m_name); })
-        .def_property_readonly("type", [](const CLasSection& s) { return int(s.m_type); })
-        .def_property_readonly("flags", [](const CLasSection& s) { return s.m_flags; })
+             py::arg("name"), py::arg("type"), py::arg("association") = "",
+             "An empty section of the given name, type (PARAMETER, DEFINITION, DATA, HEADER) "
+             "and association.")
+        .def_property_readonly(
+            "name", [](const CLasSection& s) { return Text(s.m_name); },
+            "The name behind the \"~\", with its index (\"Log_Data[2]\").")
+        .def_property_readonly(
+            "type", [](const CLasSection& s) { return int(s.m_type); },
+            "PARAMETER, DEFINITION, DATA or HEADER (quarl's constants).")
+        .def_property_readonly(
+            "flags", [](const CLasSection& s) { return s.m_flags; },
+            "Bits the reader sets: 16 for the log data, 32 for the log definition.")
         .def_property(
             "association", [](const CLasSection& s) { return Text(s.m_association); },
-            [](CLasSection& s, const py::handle& v) { s.m_association = Bytes(v); })
+            [](CLasSection& s, const py::handle& v) { s.m_association = Bytes(v); },
+            "Of a data section: the name of the section that defines its columns.")
         .def_property(
             "params", [](const CLasSection& s) { return Params(s.m_params); },
-            [](CLasSection& s, std::vector<CLasParam> params) { s.m_params = std::move(params); })
-        .def_property_readonly("curve_count",
-                               [](const CLasSection& s) { return s.m_curves.size(); })
-        .def("curve_definition",
-             [](CLasSection& s, py::ssize_t i) { return CurveAt(s, i).m_definition; })
-        .def("set_curve_definition", [](CLasSection& s, py::ssize_t i,
-                                        const CLasParam& p) { CurveAt(s, i).m_definition = p; })
-        .def("curve_is_numeric",
-             [](CLasSection& s, py::ssize_t i) { return CurveAt(s, i).m_isNumeric; })
-        .def("curve_values", &CurveValues)
-        .def("add_numbers", &AddNumbers, py::arg("definition"), py::arg("values"))
-        .def("add_texts", &AddTexts, py::arg("definition"), py::arg("values"))
-        .def("copy", [](const CLasSection& s) { return std::make_shared<CLasSection>(s); })
+            [](CLasSection& s, std::vector<CLasParam> params) { s.m_params = std::move(params); },
+            "The lines of a section that is not a data section (a list of Param).")
+        .def_property_readonly(
+            "curve_count", [](const CLasSection& s) { return s.m_curves.size(); },
+            "The number of curves (columns) of a data section.")
+        .def(
+            "curve_definition",
+            [](CLasSection& s, py::ssize_t i) { return CurveAt(s, i).m_definition; },
+            py::arg("index"),
+            "A copy of the definition line of curve `index` (negative counts from the end).")
+        .def(
+            "set_curve_definition",
+            [](CLasSection& s, py::ssize_t i, const CLasParam& p) {
+                CurveAt(s, i).m_definition = p;
+            },
+            py::arg("index"), py::arg("definition"),
+            "Replaces the definition line of curve `index`.")
+        .def(
+            "curve_is_numeric",
+            [](CLasSection& s, py::ssize_t i) { return CurveAt(s, i).m_isNumeric; },
+            py::arg("index"), "Whether curve `index` holds numbers (else text).")
+        .def("curve_values", &CurveValues, py::arg("index"),
+             "The values of curve `index`: a numpy array over the library's numbers, or a list of "
+             "str.")
+        .def("add_numbers", &AddNumbers, py::arg("definition"), py::arg("values"),
+             "Appends a numeric curve of the definition line and the values.")
+        .def("add_texts", &AddTexts, py::arg("definition"), py::arg("values"),
+             "Appends a text curve of the definition line and the values.")
+        .def(
+            "copy", [](const CLasSection& s) { return std::make_shared<CLasSection>(s); },
+            "A deep copy of the section.")
         .def("__repr__", [](const CLasSection& s) {
             std::string text = "<Section ~" + py::str(Text(s.m_name)).cast<std::string>() + " " +
                                SectionTypeName(s.m_type);
@@ -553,12 +594,18 @@ PYBIND11_MODULE(_quarl, m)
         .def("set", [](CancelToken& t) { t.set = true; })
         .def_property_readonly("is_set", [](const CancelToken& t) { return t.set.load(); });
 
-    py::class_<CLasNote>(m, "Note")
-        .def_readonly("line", &CLasNote::line)
-        .def_property_readonly("kind", [](const CLasNote& n) { return int(n.kind); })
-        .def_property_readonly("kind_name",
-                               [](const CLasNote& n) { return LasNoteKindName(n.kind); })
-        .def_property_readonly("text", [](const CLasNote& n) { return Text(n.text); })
+    py::class_<CLasNote>(m, "Note",
+                         "What a read noticed: its line, its kind and a short text in words.")
+        .def_readonly("line", &CLasNote::line,
+                      "The 1-based physical line of the file; 0 for the file as a whole.")
+        .def_property_readonly(
+            "kind", [](const CLasNote& n) { return int(n.kind); },
+            "The kind as a number (the values of the library's ELASNOTEKIND).")
+        .def_property_readonly(
+            "kind_name", [](const CLasNote& n) { return LasNoteKindName(n.kind); },
+            "The name of the kind (\"LASNOTE_SHORT_ROW\").")
+        .def_property_readonly(
+            "text", [](const CLasNote& n) { return Text(n.text); }, "What was noticed, in words.")
         .def("__repr__", [](const CLasNote& n) {
             return "<Note line " + std::to_string(n.line) + " " + LasNoteKindName(n.kind) + ": " +
                    py::str(Text(n.text)).cast<std::string>() + ">";

@@ -35,6 +35,23 @@ const char* const kFields[] = {
     "path",    "size", "mtime_ns",           "version", "wrap",   "result",
     "reading", "hash", "changed_while_read", "well",    "curves", "params",
     "notes"};
+// What each field holds, for help(): in the order of kFields.
+const char* const kFieldDocs[] = {
+    "The path of the file.",
+    "Its size in bytes.",
+    "Its time of last change, in nanoseconds.",
+    "The VERS value of its Version section.",
+    "Whether it is wrapped (WRAP YES).",
+    "The name of the read's result code (\"LASFILE_OK\").",
+    "How it was read: \"lenient\" or \"strict\".",
+    "The SHA-256 of the whole file in hex when asked for, else \"\".",
+    "Whether the file changed while it was read.",
+    "The Well lines kept: (mnemonic, unit, value, description).",
+    "The curves: (section, mnemonic, unit, value, description, first depth, last depth, "
+    "format); the depths None when the section has no rows.",
+    "The lines of the parameter sections: (section, mnemonic, unit, value, description).",
+    "The notes of the read: (kind name, line, text).",
+};
 constexpr size_t kFieldCount = sizeof(kFields) / sizeof(kFields[0]);
 
 py::bytes B(const std::string& text)
@@ -147,27 +164,33 @@ py::object Decoded(const py::handle& value)
 
 void BindRecord(py::module_& m)
 {
-    py::class_<FileRecord> record(m, "FileRecord");
+    py::class_<FileRecord> record(m, "FileRecord",
+                                  "What the catalog keeps of one file: its stamp, how it read, "
+                                  "its Well lines, curves, parameters and notes.");
     record.def(py::init([](const py::args& args, const py::kwargs& kwargs) {
-        // The defaults of a record: a file read leniently, with nothing in it.
-        py::list state = py::cast(std::vector<py::object>{
-            py::str(""), py::int_(0), py::int_(0), py::str(""), py::bool_(false),
-            py::str("LASFILE_OK"), py::str("lenient"), py::str(""), py::bool_(false), py::list(),
-            py::list(), py::list(), py::list()});
-        if (args.size() > kFieldCount) throw py::type_error("too many arguments for FileRecord");
-        for (size_t i = 0; i < args.size(); ++i) state[i] = args[i];
-        for (const auto& [key, value] : kwargs) {
-            const std::string name = py::str(key);
-            size_t at = 0;
-            while (at < kFieldCount && name != kFields[at]) ++at;
-            if (at == kFieldCount) throw py::type_error("FileRecord has no field " + name);
-            state[at] = value;
-        }
-        return RecordFromState(py::tuple(state));
-    }));
+                   // The defaults of a record: a file read leniently, with nothing in it.
+                   py::list state = py::cast(std::vector<py::object>{
+                       py::str(""), py::int_(0), py::int_(0), py::str(""), py::bool_(false),
+                       py::str("LASFILE_OK"), py::str("lenient"), py::str(""), py::bool_(false),
+                       py::list(), py::list(), py::list(), py::list()});
+                   if (args.size() > kFieldCount)
+                       throw py::type_error("too many arguments for FileRecord");
+                   for (size_t i = 0; i < args.size(); ++i) state[i] = args[i];
+                   for (const auto& [key, value] : kwargs) {
+                       const std::string name = py::str(key);
+                       size_t at = 0;
+                       while (at < kFieldCount && name != kFields[at]) ++at;
+                       if (at == kFieldCount)
+                           throw py::type_error("FileRecord has no field " + name);
+                       state[at] = value;
+                   }
+                   return RecordFromState(py::tuple(state));
+               }),
+               "A record of the fields given by position or by name; the rest as a file read "
+               "leniently with nothing in it.");
     for (size_t i = 0; i < kFieldCount; ++i)
-        record.def_property_readonly(kFields[i],
-                                     [i](const FileRecord& r) { return Decoded(StateOf(r)[i]); });
+        record.def_property_readonly(
+            kFields[i], [i](const FileRecord& r) { return Decoded(StateOf(r)[i]); }, kFieldDocs[i]);
     record.def(py::pickle(&StateOf, &RecordFromState));
     record.def("__eq__", [](const FileRecord& a, const FileRecord& b) {
         return StateOf(a).equal(StateOf(b));
@@ -240,18 +263,24 @@ py::dict StoredFiles(CatalogDb& db)
 
 void BindCatalog(py::module_& m)
 {
-    py::class_<CatalogDb>(m, "Catalog")
+    py::class_<CatalogDb>(m, "Catalog", "An SQLite catalog of the headers of LAS files.")
         .def(py::init([](const std::string& path, bool create) {
                  auto db = std::make_unique<CatalogDb>();
                  Open(*db, path, create);
                  return db;
              }),
-             py::arg("path"), py::arg("create") = true)
-        .def("store", &Store, py::arg("records"))
-        .def("remove", &Remove, py::arg("path"))
-        .def("stored_files", &StoredFiles)
-        .def("close", &CatalogDb::Close)
-        .def_property_readonly("closed", [](const CatalogDb& db) { return !db.Handle(); })
+             py::arg("path"), py::arg("create") = true,
+             "Opens the catalog at `path`, made when it is not there and `create` is true; "
+             "raises CatalogError for a file that is no catalog or of a newer schema.")
+        .def("store", &Store, py::arg("records"),
+             "Stores the records (FileRecord) in one transaction, each in place of the file's "
+             "earlier one: all of them or, on a failure, none. Returns how many were stored.")
+        .def("remove", &Remove, py::arg("path"), "Removes the record of the file at `path`.")
+        .def("stored_files", &StoredFiles,
+             "The files stored: {path: (size, mtime_ns)}, the stamp a scan compares against.")
+        .def("close", &CatalogDb::Close, "Closes the catalog; a closed one can do nothing more.")
+        .def_property_readonly(
+            "closed", [](const CatalogDb& db) { return !db.Handle(); }, "Whether it is closed.")
         .def(
             "__enter__", [](CatalogDb& db) -> CatalogDb& { return Opened(db); },
             py::return_value_policy::reference)
@@ -354,12 +383,18 @@ FileRecord ReadBytes(const std::string& path, const py::buffer& data, int64_t mt
 void BindCatalogModule(py::module_& m)
 {
     py::register_exception<CatalogError>(m, "CatalogError", PyExc_RuntimeError);
+    m.attr("CatalogError").attr("__doc__") =
+        "A catalog that cannot be opened, read or written; the message says why.";
     m.attr("CATALOG_SCHEMA_VERSION") = kSchemaVersion;
     BindRecord(m);
     BindCatalog(m);
-    m.def("read_file_record", &ReadPath, py::arg("path"), py::arg("hash") = false);
+    m.def("read_file_record", &ReadPath, py::arg("path"), py::arg("hash") = false,
+          "Reads the file at `path` into its FileRecord, as a scan does; `hash` adds its "
+          "SHA-256. Without the GIL.");
     m.def("read_file_record_from_bytes", &ReadBytes, py::arg("path"), py::arg("data"),
-          py::arg("mtime_ns") = 0);
+          py::arg("mtime_ns") = 0,
+          "Like read_file_record, of the bytes `data` (any buffer, read in place), recorded "
+          "under `path` and `mtime_ns`.");
     m.def("scan_trees", &Scan, py::arg("roots"), py::arg("db_path"), py::arg("hash") = false,
           py::arg("threads") = 0);
     m.def("build_query", &Query, py::arg("curves") = std::vector<std::string>(),

@@ -33,6 +33,8 @@ constexpr KindName kKindNames[] = {
     {LASNOTE_BUDGET_EXCEEDED, "LASNOTE_BUDGET_EXCEEDED"},
     {LASNOTE_MORE_NOTES, "LASNOTE_MORE_NOTES"},
     {LASNOTE_NUMBER_IN_PART, "LASNOTE_NUMBER_IN_PART"},
+    {LASNOTE_NOT_TEXT, "LASNOTE_NOT_TEXT"},
+    {LASNOTE_LINE_TOO_LONG, "LASNOTE_LINE_TOO_LONG"},
     {LASNOTE_DECODED, "LASNOTE_DECODED"},
     {LASNOTE_TEXT_BEFORE_SECTIONS, "LASNOTE_TEXT_BEFORE_SECTIONS"},
     {LASNOTE_NO_VERSION_FIRST, "LASNOTE_NO_VERSION_FIRST"},
@@ -108,6 +110,7 @@ void CLasReader::FinishNotes(ELASFILEERROR result)
         m_notes.push_back(std::move(note));
     }
     if (result == LASFILE_OK) return;
+    if (result == LASFILE_BAD_FORMAT) NoteRefusal();
     if (m_stopReason.empty()) {
         if (result == LASFILE_CANCELLED)
             m_stopReason = "the status callback stopped the read";
@@ -121,6 +124,22 @@ void CLasReader::FinishNotes(ELASFILEERROR result)
     note.kind = LASNOTE_READ_STOPPED;
     note.text = m_stopReason;
     m_notes.push_back(std::move(note));
+}
+
+// The note and the reason of a read that the text file refused: its bytes
+// are no text, or a line is too long. The refusal ends the read wherever it
+// came, and its reason replaces any other.
+void CLasReader::NoteRefusal()
+{
+    const CTextFile::ERefusal refusal = m_file.GetRefusal();
+    if (refusal == CTextFile::kRefusedNul) {
+        Note(LASNOTE_NOT_TEXT, "a NUL byte in the first 1024 bytes");
+        m_stopReason = "the file holds bytes that are no text";
+    } else if (refusal == CTextFile::kRefusedLongLine) {
+        Note(LASNOTE_LINE_TOO_LONG,
+             "a line longer than " + std::to_string(m_options.maxLineLength) + " bytes");
+        m_stopReason = "a line is longer than the read allows";
+    }
 }
 
 // The note and the reason of a read that passed its budget; always false.

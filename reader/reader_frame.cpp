@@ -110,6 +110,7 @@ ELASFILEERROR CLasReader::ReadLine()
     if (m_options.lenient) m_commentAbove.clear();
     for (;;) {
         const ELASFILEERROR result = m_file.ReadLine();
+        if (result == LASFILE_BAD_FORMAT) ++m_lineNumber;  // the line refused
         if (result != LASFILE_OK) return result;
         ++m_lineNumber;
         NoteLoneReturn();
@@ -258,10 +259,14 @@ ELASFILEERROR CLasReader::OpenWith(OpenInput open)
     if (m_file.IsOpen()) m_file.Close();
 
     m_file.SetDecoding(m_options.lenient);
+    m_file.SetMaxLineLength(static_cast<size_t>(m_options.maxLineLength));
+    m_file.SetRefuseNul(true);
     ELASFILEERROR result = open();
     if (result == LASFILE_OK) {
         m_lineNumber = 1;
         result = ReadFile();
+    } else if (m_file.GetRefusal() != CTextFile::kNotRefused) {
+        m_lineNumber = 1;
     } else {
         Stop(result,
              m_file.IsOpen() ? "the file is empty or cannot be read" : "the file cannot be opened");
@@ -316,6 +321,8 @@ bool CLasReader::IsValidFile(const tessel::TxString& path)
     const std::vector<CLasNote> notes = m_notes;
     const uint64_t lineNumber = m_lineNumber;
     m_file.SetDecoding(m_options.lenient);
+    m_file.SetMaxLineLength(static_cast<size_t>(m_options.maxLineLength));
+    m_file.SetRefuseNul(true);
     bool valid = m_file.Open(path) == LASFILE_OK;
     if (valid) {
         if (m_options.lenient) LookAtLine();

@@ -260,6 +260,20 @@ TEST(FileOutput, FailedFinalFlushIsRecordedWithTheSectionAlone)
     }
 }
 
+// A document without data ends in a parameter section: its bytes reach the
+// device at the flush of the finished file, which names no section.
+TEST(FileOutput, FailedFlushOfAFileWithoutDataNamesNoPlace)
+{
+    if (access("/dev/full", W_OK) != 0) GTEST_SKIP() << "no /dev/full";
+    CLasWriter w;
+    w.SetRepair(true);  // a document without rows is written in repair mode alone
+    ASSERT_EQ(w.AddSection(Section("Well", LASSECTION_HEADER, {Param("WELL", "", "Example 1", "Well name")})),
+              LASFILE_OK);
+    ASSERT_EQ(w.AddSection(Section("Curve", LASSECTION_DEFINITION, {Param("DEPT", "M", "", "Depth")})), LASFILE_OK);
+    EXPECT_EQ(w.Write("/dev/full"), LASFILE_IO_FAILED);
+    EXPECT_EQ(LastError(w), (ErrorRecord{LASFILE_IO_FAILED, "", "", -1, -1}));
+}
+
 TEST(FileOutput, FailedReplacementOfTheTargetIsAnIoFailure)
 {
     TempDir dir;

@@ -34,6 +34,9 @@ TEST(Foundation, EveryResultAndSectionTypeHasItsOwnTexts)
         descriptions.insert(ResultDescription(static_cast<ELASFILEERROR>(code)));
     }
     EXPECT_EQ(names.size(), 11u);
+    EXPECT_STREQ(ResultName(LASFILE_OK), "LASFILE_OK");
+    EXPECT_STREQ(ResultName(LASFILE_BAD_NAME), "LASFILE_BAD_NAME");
+    EXPECT_STREQ(ResultDescription(LASFILE_OK), "success");
     EXPECT_EQ(descriptions.size(), 11u);
     EXPECT_EQ(names.count(ResultName(static_cast<ELASFILEERROR>(11))), 0u);
     EXPECT_EQ(names.count(ResultName(static_cast<ELASFILEERROR>(-1))), 0u);

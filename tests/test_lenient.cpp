@@ -166,10 +166,22 @@ TEST(Lenient, EachRuleReadsWhatTheFileMeansAndNotesItsLine)
          "(missing)", LASFILE_OK, "12", LASNOTE_MNEMONIC_PERIODS, 7, false},
         {"colons in a value", kHead + "LOC1. X: -0000000.00 ft, Y: 000 : Location\n", "Well/LOC1", LASFILE_OK, "X",
          LASFILE_OK, "X: -0000000.00 ft, Y: 000", LASNOTE_VALUE_WITH_COLONS, 6, false},
+        {"colons in a value, Z behind", kHead + "LOC1. X: 1 ft, Y: 3 : Z\n", "Well/LOC1", LASFILE_OK, "X", LASFILE_OK,
+         "X: 1 ft, Y: 3", LASNOTE_VALUE_WITH_COLONS, 6, false},
+        {"colons in a value, z behind", kHead + "LOC1. X: 1 ft, Y: 3 : z\n", "Well/LOC1", LASFILE_OK, "X", LASFILE_OK,
+         "X: 1 ft, Y: 3", LASNOTE_VALUE_WITH_COLONS, 6, false},
         {"date and time alone", kHead + "CREA. 8/24/2011 12:45:27\n", "Well/CREA", LASFILE_OK, "8/24/2011 12",
          LASFILE_OK, "8/24/2011 12:45:27", LASNOTE_VALUE_WITH_COLONS, 6, false},
         {"LAS 1.2 description only", kHead12 + "UWI .   UNIQUE WELL ID:\n", "Well/UWI", LASFILE_OK, "UNIQUE WELL ID",
          LASFILE_OK, "", LASNOTE_LAS12_WELL_VALUE, 6, false},
+        {"LAS 1.2 value without colon", kHead12 + "COMP. ANY OIL CO\n", "Well/COMP", LASFILE_OK, "ANY OIL CO",
+         LASFILE_OK, "ANY OIL CO", LASNOTE_LAS12_WELL_VALUE, 0, false},
+        {"letters then digits", kHead + "~Curve\nDEPT.M : d\nX. : t\n~A\n1 W12\n2 A3\n", "A", LASFILE_OK,
+         "A:2/16|Curve{1,2;0,0}", LASFILE_OK, "A:2/16|Curve{1,2;\"W12\",\"A3\"}", LASNOTE_TEXT_COLUMN, 9, false},
+        {"bar before the colon", kHead + "PROV|X :ALBERTA\n", "Well/PROV|X", LASFILE_BAD_FORMAT, "", LASFILE_OK,
+         "(missing)", LASNOTE_LINE_PASSED_OVER, 6, false},
+        {"brace before the colon", kHead + "PROV{X} :ALBERTA\n", "Well/PROV{X}", LASFILE_BAD_FORMAT, "", LASFILE_OK,
+         "(missing)", LASNOTE_LINE_PASSED_OVER, 6, false},
         {"one digit without period", kHead + "BS 2 : BIT SIZE\n", "Well/BS", LASFILE_BAD_FORMAT, "", LASFILE_OK, "2",
          LASNOTE_NO_PERIOD, 6, false},
         {"leading tab", Las30Head("DEPT.M : d\nGR.API : g\n", "TAB") + "~Log_Data\n\t1\t2\n", "Log_Data", LASFILE_OK,
@@ -746,6 +758,88 @@ TEST(Lenient, BudgetEndsTheReadAndKeepsWhatFitted)
             EXPECT_TRUE(HasNote(read.reader, LASNOTE_TEXT_COLUMN, 10) &&
                         HasNote(read.reader, LASNOTE_DECIMAL_COMMA, 10));
         }
+    }
+}
+
+// A failed read says why in its last note, also where no step of the read
+// said so itself: a callback that stops the read between lines, a line
+// store that cannot be had.
+TEST(Lenient, ReadStoppedSaysWhy)
+{
+    std::string text = kHead + kCurves + "~A\n";
+    for (int i = 0; i < 30; ++i) text += "1 2 3\n";
+    struct Stop {
+        static int Now(void*, double, const char*) { return 1; }
+    };
+    CLasReader reader;
+    reader.SetStatusCallback(nullptr, &Stop::Now);
+    EXPECT_EQ(OpenText(reader, text), LASFILE_CANCELLED);
+    ASSERT_FALSE(reader.GetNotes().empty());
+    EXPECT_EQ(reader.GetNotes().back().kind, LASNOTE_READ_STOPPED);
+    EXPECT_EQ(reader.GetNotes().back().line, 10u);  // the tenth line brings the first report
+    EXPECT_EQ(reader.GetNotes().back().text, "the status callback stopped the read");
+    reader.SetStatusCallback(nullptr, nullptr);
+    {
+        FailingLineStore failing(2);  // the first store, then no room for the long line
+        EXPECT_EQ(OpenText(reader, kHead + "LONG.M " + std::string(60, 'x') + " : d\n"), LASFILE_OUT_OF_MEMORY);
+    }
+    ASSERT_FALSE(reader.GetNotes().empty());
+    EXPECT_EQ(reader.GetNotes().back().text, "no memory for a line of the file");
+}
+
+// Bytes that are no text end every kind of read at once, with a note of
+// their own on the line where they stand and what was read before kept:
+// a device of zeros, a NUL byte in the first block, and a line longer than
+// the options allow, read whole, by headers only and by a headers-only read
+// that passes the rows over in blocks.
+TEST(Lenient, BytesThatAreNoTextEndTheReadAtOnce)
+{
+    EXPECT_EQ(CLasReadOptions{}.maxLineLength, CTextFile::kDefaultMaxLineLength);
+    const std::string longLine = "LONG.M " + std::string(300, 'x') + " : d\n";
+    const std::string longRow = "1 2 " + std::string(300, '3') + "\n~Other\n";
+    const struct {
+        const char* name;
+        std::string text;  // empty: /dev/zero
+        bool headersOnly;
+        ELASNOTEKIND kind;
+        uint64_t line;
+        uint64_t sections;  // kept
+    } cases[] = {
+        {"device of zeros", "", false, LASNOTE_NOT_TEXT, 1, 0},
+        {"NUL in the first block", kHead + std::string("GR.API 1 : g\0\n", 15), false, LASNOTE_NOT_TEXT, 1, 0},
+        {"long first line", std::string(400, '~') + "\n" + kHead, false, LASNOTE_LINE_TOO_LONG, 1, 0},
+        {"long parameter line", kHead + longLine, false, LASNOTE_LINE_TOO_LONG, 6, 2},
+        {"long row", kHead + kCurves + "~A\n1 2 3\n" + longRow, false, LASNOTE_LINE_TOO_LONG, 12, 4},
+        {"long row, headers only", kHead + kCurves + "~A\n1 2 3\n" + longRow, true, LASNOTE_LINE_TOO_LONG, 12, 4},
+    };
+    for (const auto& c : cases) {
+        for (bool lenient : {false, true}) {
+            SCOPED_TRACE(std::string(c.name) + (lenient ? ", lenient" : ", strict"));
+            CLasReader reader;
+            CLasReadOptions options;
+            options.lenient = lenient;
+            options.headersOnly = c.headersOnly;
+            options.maxLineLength = 200;
+            reader.SetOptions(options);
+            const ELASFILEERROR result = c.text.empty() ? reader.Open("/dev/zero") : OpenText(reader, c.text);
+            EXPECT_EQ(result, LASFILE_BAD_FORMAT) << NoteList(reader);
+            EXPECT_TRUE(HasNote(reader, c.kind, c.line)) << NoteList(reader);
+            ASSERT_FALSE(reader.GetNotes().empty());
+            EXPECT_EQ(reader.GetNotes().back().kind, LASNOTE_READ_STOPPED);
+            EXPECT_EQ(reader.GetNotes().back().line, c.line);
+            EXPECT_EQ(reader.GetLineNumber(), c.line);
+            EXPECT_EQ(reader.size(), c.sections);
+            EXPECT_FALSE(c.kind == LASNOTE_NOT_TEXT && reader.IsValidFile("/dev/zero"));
+        }
+    }
+    // Without a bound, and within it, the same lines read in full.
+    for (uint64_t most : {uint64_t{0}, uint64_t{500}}) {
+        Read read;
+        CLasReadOptions options;
+        options.maxLineLength = most;
+        ReadText(read, kHead + longLine, "Well/LONG", options);
+        EXPECT_EQ(read.result, LASFILE_OK) << most;
+        EXPECT_EQ(read.probe, std::string(300, 'x')) << most;
     }
 }
 

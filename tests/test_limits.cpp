@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -98,6 +99,63 @@ TEST(Limits, LineOf64MegabytesIsOneValue)
         return well.m_params.size() == 2 && well.m_params[0].m_value.size() == static_cast<size_t>(length) &&
                well.m_params[0].m_value.compare(length - 3, 3, tail) == 0 && well.m_params[1].m_mnemonic == "STEP";
     });
+}
+
+// Input that never ends a line costs no more than the bound on a line: a
+// device of zeros is refused at its first block, and a line of 64 MiB read
+// with a bound of 1 MiB ends at the bound. Both in a child, whose peak
+// memory stays far below the line's size.
+TEST(Limits, EndlessInputEndsWithinItsBound)
+{
+    TempDir dir;
+    const long length = 64L << 20;
+    const std::string path = MakeFile(dir, [&](std::string& out, std::FILE* file) {
+        out = kHead + "~Well\nWELL. ";
+        for (long i = 0; i < length; ++i) {
+            out.push_back('x');
+            Drain(out, file);
+        }
+    });
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        CLasReader reader;
+        CLasReadOptions options;
+        options.maxLineLength = 1 << 20;
+        reader.SetOptions(options);
+        const bool line = reader.Open(path) == LASFILE_BAD_FORMAT && reader.GetNotes().size() == 2 &&
+                          reader.GetNotes()[0].kind == LASNOTE_LINE_TOO_LONG && reader.GetLineNumber() == 6;
+        const bool zeros =
+            reader.Open("/dev/zero") == LASFILE_BAD_FORMAT && reader.GetNotes()[0].kind == LASNOTE_NOT_TEXT;
+        _exit(line && zeros ? 0 : 1);
+    }
+    int status = 0;
+    rusage usage{};
+    ASSERT_EQ(wait4(child, &status, 0, &usage), child);
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "status " << status;
+    if (QUARL_MEMORY_MEASURED && !std::getenv("QUARL_UNDER_VALGRIND")) {
+        const double peak = usage.ru_maxrss * 1024.0;
+        EXPECT_LT(peak, 40e6) << "peak " << peak / 1e6 << " MB for a line of " << length / 1e6 << " MB";
+    }
+}
+
+// The writer looks names up in an index that each stored section joins:
+// forty thousand sections are stored in well under a second, where an index
+// built again for each would take minutes.
+TEST(Limits, WriterStoresManySectionsInLinearTime)
+{
+    CLasWriter w;
+    ASSERT_EQ(w.SetFormat(true, ','), LASFILE_OK);
+    const int count = 40000;
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < count; ++i) {
+        const std::string name = "Run" + std::to_string(i) + "_Parameter";
+        ASSERT_EQ(w.AddSection(Section(name, LASSECTION_PARAMETER, {Param("RUN", "", "1", "run")})), LASFILE_OK);
+    }
+    EXPECT_EQ(w.AddSection(Section("Run7_Parameter", LASSECTION_PARAMETER, {Param("RUN", "", "1", "run")})),
+              LASFILE_DUPLICATE_SECTION);
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    EXPECT_LT(seconds, 10.0) << count << " sections";
 }
 
 TEST(Limits, QuarterMillionSectionPairsAndMillionCommentLines)

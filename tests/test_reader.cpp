@@ -189,6 +189,9 @@ TEST(SectionHeader, NameAssociationAndSplit)
     ASSERT_TRUE(SplitSectionName("A_B_data", false, &base, &suffix, nullptr));
     EXPECT_EQ(base + " " + suffix, "A_B_data _data");
     EXPECT_FALSE(SplitSectionName("", true, &base, nullptr, nullptr));
+    base = suffix = index = "stale";  // each part is replaced, even by nothing
+    ASSERT_TRUE(SplitSectionName("Curve", true, &base, &suffix, &index));
+    EXPECT_EQ(base + "|" + suffix + "|" + index, "Curve||");
     for (const char* log : {"Log_Data[2]", "a[1]", "ASCII"}) EXPECT_TRUE(IsLogDataName(log)) << log;
     for (const char* other : {"Core_Data", ""}) EXPECT_FALSE(IsLogDataName(other)) << other;
     EXPECT_TRUE(IsLogDefinitionName("~Curve Information"));
@@ -660,6 +663,7 @@ TEST(Stepping, DepthsAgainstTheStep)
         // The depth column: M__DEPTH before DEPTH, any case, else column 0; a text column fails.
         {File("1", "7 0 5\n9 0 6\n", "GR.API : g\nDEPTH.M : d\nM__DEPTH.M : m\n"), LASFILE_OK, LASFILE_OK},
         {File("1", "7 5\n9 6\n", "GR.API : g\nDepth.M : d\n"), LASFILE_OK, LASFILE_OK},
+        {File("1", "5 7\n6 9\n", "DEPT.M : d\nDEPTH.M : e\n"), LASFILE_OK, LASFILE_OK},  // DEPT first, in column 0
         {File("1", "1 9\n2 0\n", "GR.API : g\nX.M : x\n"), LASFILE_OK, LASFILE_OK},
         {File("1", "a\nb\n", "DEPT.M : d {S}\n"), LASFILE_OK, LASFILE_BAD_FORMAT},
         {File("1", "", "DEPT.M : d {S}\n"), LASFILE_IO_FAILED, LASFILE_BAD_FORMAT},

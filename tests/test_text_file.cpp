@@ -166,6 +166,13 @@ TEST(TextFile, DecodingACarriageReturnAloneEndsALineAnywhere)
     EXPECT_EQ(lone, 2u);
     EXPECT_EQ(AllLines("a\r\nb\rc\r\nd\ne\r", false, &lone), "a|bc|d|e|3");
     EXPECT_EQ(lone, 0u);
+    // An empty line behind a longer one is the empty C string as well.
+    TempDir dir;
+    CTextFile file;
+    file.SetDecoding(true);
+    ASSERT_EQ(file.Open(dir.Write("cr", "abc\r\rd\r")), LASFILE_OK);
+    ASSERT_EQ(file.ReadLine(), LASFILE_OK);
+    EXPECT_STREQ(file.GetLine(), "");
     // Behind the last byte of a block: a line feed in the next block pairs
     // with it, anything else does not.
     const std::string head = "h\n" + std::string(1021, 'x');
@@ -193,6 +200,8 @@ TEST(TextFile, DecodingNamesTheTextFormByTheFirstBytes)
         {"\xEF\xBB\xBFx", CTextFile::kFormUtf8Bom},
         {"\xFF\xFE", CTextFile::kFormUtf16Le},
         {"\xFE\xFFx", CTextFile::kFormUtf16Be},
+        {"\xFE\xFF", CTextFile::kFormUtf16Be},  // the marks alone, as short as they are
+        {"\xEF\xBB\xBF", CTextFile::kFormUtf8Bom},
         {std::string("\x7F\0A\0", 4), CTextFile::kFormUtf16Le},
         {std::string("\0\x7F\0A", 4), CTextFile::kFormUtf16Be},
         {std::string("\x80\0A\0", 4), CTextFile::kFormBytes},
@@ -314,6 +323,77 @@ TEST(TextFile, LineStoreGrowsOnlyForLongerLinesGeometricallyAndSurvivesFailures)
     }
 }
 
+// A NUL byte in the first block (after decoding) refuses the file at Open;
+// one further on is a byte of its line. A line longer than the bound
+// refuses it where it stands, whichever way lines are read. A refused file
+// gives nothing more until it is opened again, and costs no more memory.
+TEST(TextFile, BytesThatAreNoTextAreRefused)
+{
+    TempDir dir;
+    CTextFile file;
+    EXPECT_FALSE(file.GetRefuseNul());
+    const std::string late = std::string(1100, 'a') + '\0' + "b\n";
+    ASSERT_EQ(file.Open(dir.Write("zero", std::string(3, '\0') + "\n")), LASFILE_OK);  // a byte like any other
+    EXPECT_EQ(file.GetLineLength(), 3u);
+    file.SetRefuseNul(true);
+    {
+        FailingLineStore counter(1 << 30);
+        EXPECT_EQ(file.Open("/dev/zero"), LASFILE_BAD_FORMAT);
+        EXPECT_EQ(counter.calls(), 1);  // the first line store, never grown
+    }
+    EXPECT_TRUE(file.IsOpen() && Line(file).empty() && file.GetRefusal() == CTextFile::kRefusedNul);
+    uint64_t passed = 0;
+    EXPECT_EQ(file.ReadLine(), LASFILE_BAD_FORMAT);
+    EXPECT_EQ(file.SkipToLineStartingWith('~', passed), LASFILE_BAD_FORMAT);
+    EXPECT_EQ(passed, 0u);
+    ASSERT_EQ(file.Open(dir.Write("late", late)), LASFILE_OK);  // Open forgets the refusal
+    EXPECT_EQ(Line(file), late.substr(0, late.size() - 1));
+    EXPECT_EQ(file.GetRefusal(), CTextFile::kNotRefused);
+    std::string utf16 = "\xFF\xFE";
+    for (char c : std::string("~V\n")) utf16 += std::string{c, '\0'};
+    file.SetDecoding(true);  // decoded, the zeros of UTF-16 are no NUL bytes
+    EXPECT_EQ(file.Open(dir.Write("wide", utf16)), LASFILE_OK);
+    file.SetDecoding(false);
+    EXPECT_EQ(file.Open(dir.Write("wide", utf16)), LASFILE_BAD_FORMAT);
+    file.Close();
+    EXPECT_EQ(file.GetRefusal(), CTextFile::kNotRefused);
+
+    EXPECT_EQ(file.GetMaxLineLength(), CTextFile::kDefaultMaxLineLength);
+    const std::string ten = "0123456789", eleven = "abcdefghijk";
+    for (bool returns : {false, true}) {  // lines by line feeds, and by carriage returns alone
+        SCOPED_TRACE(returns);
+        const char end = returns ? '\r' : '\n';
+        file.SetDecoding(returns);
+        file.SetMaxLineLength(10);
+        ASSERT_EQ(file.Open(dir.Write("long", ten + end + eleven + end + "x" + end)), LASFILE_OK);
+        EXPECT_EQ(Line(file), ten);  // as long as the bound allows
+        EXPECT_EQ(file.ReadLine(), LASFILE_BAD_FORMAT);
+        EXPECT_EQ(file.GetRefusal(), CTextFile::kRefusedLongLine);
+        EXPECT_LE(file.GetLineLength(), 10u);
+        EXPECT_EQ(Line(file), eleven.substr(0, file.GetLineLength()));
+        EXPECT_EQ(file.ReadLine(), LASFILE_BAD_FORMAT);  // and nothing more
+        EXPECT_EQ(file.Open(dir.Write("first", eleven + end)), LASFILE_BAD_FORMAT);
+        file.SetMaxLineLength(0);  // no bound
+        ASSERT_EQ(file.Open(dir.Write("first", eleven + end)), LASFILE_OK);
+        EXPECT_EQ(Line(file), eleven);
+    }
+    file.SetDecoding(false);
+    // Passing lines over in blocks counts a line's bytes across the blocks.
+    const std::string head = "a\n";
+    for (size_t bound : {size_t{270000}, size_t{0}}) {
+        for (size_t length : {size_t{265000}, size_t{300000}}) {
+            file.SetMaxLineLength(bound);
+            ASSERT_EQ(file.Open(dir.Write("skip", head + std::string(length, 'x') + "\n~A\n")), LASFILE_OK);
+            passed = 0;
+            const bool within = bound == 0 || length < bound;
+            EXPECT_EQ(file.SkipToLineStartingWith('~', passed), within ? LASFILE_OK : LASFILE_BAD_FORMAT) << length;
+            EXPECT_EQ(Line(file), within ? "~A" : "") << length;
+            EXPECT_EQ(passed, within ? 2u : 1u) << length;  // the long line, then "~A"
+        }
+    }
+    file.SetMaxLineLength(CTextFile::kDefaultMaxLineLength);
+}
+
 TEST(TextFile, ClosedReopenedFailedAndAssignedObjects)
 {
     TempDir dir;
@@ -346,6 +426,8 @@ TEST(TextFile, ClosedReopenedFailedAndAssignedObjects)
         EXPECT_EQ(file.Open(path), LASFILE_IO_FAILED);
         EXPECT_TRUE(file.IsOpen() && file.GetFilename() == path && file.ReadLine() == LASFILE_IO_FAILED) << path;
     }
+    ASSERT_EQ(file.Open(dir.Write("empty", "")), LASFILE_IO_FAILED);
+    EXPECT_EQ(file.GetPercentRead(), 100.0);  // nothing to read: all of it is read
     file.Close();
     ::close(fds[0]);
     ::close(fds[1]);
@@ -358,12 +440,14 @@ TEST(TextFile, ClosedReopenedFailedAndAssignedObjects)
     {
         CTextFile target;
         ASSERT_EQ(target.Open(dir.Write("b", "b1\nb2\n")), LASFILE_OK);
+        ASSERT_EQ(source.ReadLine(), LASFILE_OK);
         target = source;  // the target's own file is closed, the copy is closed
         EXPECT_TRUE(!target.IsOpen() && !target.GetLine() && target.GetFilename() == "");
+        EXPECT_EQ(target.GetLineCount(), 0u);  // a closed copy has read no line
         EXPECT_EQ(OpenDescriptorCount(), before + 1);
     }
     source = source;  // self-assignment changes nothing
-    for (int i = 0; i < 120; ++i) ASSERT_EQ(source.ReadLine(), LASFILE_OK);
+    for (int i = 0; i < 119; ++i) ASSERT_EQ(source.ReadLine(), LASFILE_OK);
     EXPECT_EQ(Line(source), "line 1120");
     source.Close();
     EXPECT_EQ(OpenDescriptorCount(), before);

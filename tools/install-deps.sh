@@ -6,7 +6,8 @@
 # the Python package (pip, setuptools and venv for `pip install .` into a
 # virtual environment, as the README shows), help2man for the programs' man
 # pages. With --all also what the rest of CI uses: clang 14 with libFuzzer,
-# clang-format, gcovr, valgrind, dpkg-dev and file for the Debian packages, and two
+# clang-format, gcovr, valgrind, Doxygen for the API reference, dpkg-dev and file
+# for the Debian packages, and two
 # host locales (de_DE.UTF-8 with a decimal comma, tr_TR.ISO-8859-9) for the
 # tests that prove the library ignores the host's locale. With --web what
 # tools/build-web.sh and the browser tests need: emscripten (with node),
@@ -23,7 +24,7 @@ for option in "$@"; do
   case $option in
     --all)
       all=yes
-      packages="$packages clang-14 libclang-rt-14-dev clang-format gcovr valgrind locales dpkg-dev file" ;;
+      packages="$packages clang-14 libclang-rt-14-dev clang-format gcovr valgrind locales doxygen dpkg-dev file" ;;
     --web)
       packages="$packages emscripten libfast-float-dev chromium chromium-driver python3-selenium" ;;
     *)

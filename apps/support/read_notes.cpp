@@ -54,6 +54,8 @@ std::string NoteKindTitle(ELASNOTEKIND kind)
         {LASNOTE_HEADER_AT_END, "section header at the end of the file"},
         {LASNOTE_BUDGET_EXCEEDED, "read past its budget"},
         {LASNOTE_NUMBER_IN_PART, "number read in part"},
+        {LASNOTE_NOT_TEXT, "bytes that are no text"},
+        {LASNOTE_LINE_TOO_LONG, "line too long"},
         {LASNOTE_DECODED, "text decoded"},
         {LASNOTE_TEXT_BEFORE_SECTIONS, "text before the first section passed over"},
         {LASNOTE_NO_VERSION_FIRST, "no Version section first"},

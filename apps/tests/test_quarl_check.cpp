@@ -151,4 +151,28 @@ TEST(QuarlCheck, EveryCorpusFileEndsWithZeroOrOneAndItsRepairReadsStrictly)
     fs::remove_all(dir);
 }
 
+// A device that gives zeros without end, and a file of zeros, are no text:
+// the program says so at once (exit 1) instead of reading one endless line,
+// and --fix writes nothing.
+TEST(QuarlCheck, DeviceOfZerosEndsAtOnce)
+{
+#if defined(_WIN32)
+    GTEST_SKIP() << "runs the program through a POSIX shell";
+#endif
+    const fs::path dir = OwnFolder("quarl_check_zeros");
+    fs::create_directories(dir);
+    const std::string zeros = (dir / "zeros.las").string(), out = (dir / "fixed.las").string();
+    std::ofstream(zeros) << std::string(1 << 20, '\0');
+    for (const std::string& path : {std::string("/dev/zero"), zeros}) {
+        SCOPED_TRACE(path);
+        double seconds = 0.0;
+        EXPECT_EQ(RunCheck(Quoted(path), &seconds), 1);
+        EXPECT_LT(seconds, 5.0);
+        EXPECT_EQ(RunCheck("--fix " + Quoted(out) + " " + Quoted(path), &seconds), 1);
+        EXPECT_LT(seconds, 5.0);
+        EXPECT_FALSE(fs::exists(out));
+    }
+    fs::remove_all(dir);
+}
+
 }  // namespace

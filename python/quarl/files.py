@@ -165,7 +165,9 @@ def read(source: Source, *, strict: bool = False, headers_only: bool = False,
     are decoded as `quarl.encodings` tells (UTF-8, else the file's code
     page); `encoding` overrides it. Raises LasError when the read fails; its
     message names the source and, for a path, what the operating system said
-    of it."""
+    of it. Bytes that are no text (a NUL byte in the first 1024, as a binary
+    file or /dev/zero gives) or a line longer than 256 MiB end the read at
+    once with LASFILE_BAD_FORMAT."""
     return _read(source, strict, headers_only, progress, None, encoding)
 
 

@@ -65,12 +65,16 @@ class SectionItems(List[Param]):
         return None
 
     def keys(self) -> List[str]:
+        """The names of the lines in file order; a repeated mnemonic gets a
+        suffix (":1", ":2") as `unique_names` makes it."""
         return self._names()
 
     def values(self) -> List[Param]:
+        """The lines (Param) in file order, as a new list."""
         return list(self)
 
     def items(self) -> List[Tuple[str, Param]]:
+        """Pairs of name (as `keys` gives it) and line, in file order."""
         return list(zip(self._names(), self))
 
     @overload
@@ -80,6 +84,9 @@ class SectionItems(List[Param]):
     def get(self, key: str, default: _Default) -> Union[Param, _Default]: ...
 
     def get(self, key: str, default: object = None) -> object:
+        """The line named `key` (its name as `keys` gives it, in any case, or
+        a repeated mnemonic's plain name for its first line); `default` when
+        there is none."""
         position = self._position(key) if isinstance(key, str) else None
         return default if position is None else list.__getitem__(self, position)
 
@@ -164,6 +171,7 @@ class CurveItem:
 
     @property
     def mnemonic(self) -> str:
+        """The curve's name in its definition line (changing it renames the curve)."""
         return self.definition.mnemonic
 
     @mnemonic.setter
@@ -172,6 +180,7 @@ class CurveItem:
 
     @property
     def unit(self) -> str:
+        """The unit in the definition line ("M", "GAPI"; "" for none)."""
         return self.definition.unit
 
     @unit.setter
@@ -180,6 +189,7 @@ class CurveItem:
 
     @property
     def value(self) -> str:
+        """The value field of the definition line (usually "", or an API code)."""
         return self.definition.value
 
     @value.setter
@@ -188,6 +198,7 @@ class CurveItem:
 
     @property
     def description(self) -> str:
+        """The description in the definition line, behind its colon."""
         return self.definition.description
 
     @description.setter
@@ -205,6 +216,7 @@ class CurveItem:
 
     @property
     def format(self) -> str:
+        """The format in braces of a LAS 3.0 definition ("{F}"); "" for none."""
         return self.definition.format
 
     def __repr__(self) -> str:

@@ -492,6 +492,7 @@ class LasFile:
 
     @property
     def result_name(self) -> str:
+        """The name of the read's result code ("LASFILE_OK" for a good read)."""
         return result_name(self.result)
 
     def __repr__(self) -> str:

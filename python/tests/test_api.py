@@ -126,3 +126,44 @@ def test_data_from_a_frame_and_the_depth_range_from_the_data(tmp_path):
     feet = quarl.read(HEAD.replace("M ", "F ").replace(".M", ".F") + "~C\nDEPT.FT :\n~A\n10\n20\n")
     np.testing.assert_allclose(feet.depth_m, [3.048, 6.096])
     np.testing.assert_allclose(feet.depth_ft, [10, 20])
+
+
+def _own_doc(obj, name):
+    """The docstring of `obj` less the signature lines pybind11 puts first."""
+    text = getattr(obj, "__doc__", None) or ""
+    lines = [line for line in text.splitlines()
+             if not line.strip().startswith(name + "(") and line.strip() != "Overloaded function."]
+    return " ".join(lines).strip()
+
+
+def _public_names():
+    """Every public function and class of the package, and every public method
+    and property of those classes, as (qualified name, object, own name)."""
+    import importlib
+    modules = ["quarl", "quarl.catalog", "quarl.errors", "quarl.encodings"]
+    if importlib.util.find_spec("dask") is not None:
+        modules.append("quarl.dask")
+    for module_name in modules:
+        module = importlib.import_module(module_name)
+        names = getattr(module, "__all__", None) or [n for n in vars(module) if not n.startswith("_")]
+        for name in names:
+            obj = getattr(module, name)
+            if not callable(obj) or not getattr(obj, "__module__", "").startswith("quarl"):
+                continue
+            yield f"{module_name}.{name}", obj, name
+            if isinstance(obj, type):
+                for member, value in vars(obj).items():
+                    if member.startswith("_") or not (callable(value) or isinstance(value, property)
+                                                      or type(value).__name__ == "property"):
+                        continue
+                    yield f"{module_name}.{name}.{member}", value, member
+
+
+def test_every_public_name_has_a_docstring():
+    # help(quarl.read) and the rest say what each name does: a docstring of
+    # a few words at least, beyond the signature pybind11 writes itself.
+    names = list(_public_names())
+    assert len(names) > 100 and any(qualified == "quarl.read" for qualified, _, _ in names)
+    missing = [qualified for qualified, obj, name in names if len(_own_doc(obj, name).split()) < 3]
+    assert missing == []
+    assert "LasError" in _own_doc(quarl.read, "read") and "strict" in _own_doc(quarl.read, "read")

@@ -82,6 +82,11 @@ def test_failures_raise_with_their_record(tmp_path):
     with pytest.raises(quarl.LasError) as bad:
         quarl.read(tmp_path / "bad.las", strict=True)
     assert bad.value.name == "LASFILE_BAD_FORMAT" and "LASFILE_BAD_FORMAT" in str(bad.value)
+    for strict in (False, True):  # an endless device of zeros is no text: refused at once
+        with pytest.raises(quarl.LasError) as zeros:
+            quarl.read("/dev/zero", strict=strict)
+        assert zeros.value.name == "LASFILE_BAD_FORMAT" and zeros.value.line == 1
+        assert "no text" in str(zeros.value)
     las = quarl.read(LAS20)
     with pytest.raises(quarl.LasError) as refused:
         quarl.write(tmp_path / "out.las", las, version=2, delimiter=",")
