@@ -66,6 +66,25 @@ struct CLasReadOptions {
     // every curve of a data section one length (the row that did not fit is
     // not stored). The line store of the file is not counted.
     uint64_t maxBytes = 0;
+    // How many threads cut the rows of a data section into values: 1 (the
+    // default) reads on the calling thread alone; 0 takes as many as the
+    // machine has; N takes N. The result is the same with any number:
+    // sections, values, notes, results and line numbers. The rows are read in
+    // blocks of the file; the lines of a block are shared out in runs of whole
+    // lines, and every thread converts its run; the calling thread joins the
+    // runs in file order. Only rows that need nothing from the rows around
+    // them take this way: every curve numeric, each value one whole number,
+    // one value per curve, no carriage return inside a line. The first line
+    // of another kind (a header, a short or long row, an odd token, a missing
+    // delimiter), and every line behind it up to the end of its block, is
+    // read on the calling thread as with 1, and the next block is shared out
+    // again. These read on the calling thread alone: lenient reads, wrapped
+    // files, text decoded from UTF-16/32 or read by carriage returns, data
+    // sections with a text curve or a delimiter that may stand in a number,
+    // headersOnly, and every read with a status callback (so the callback is
+    // always called on the calling thread, at every tenth physical line as
+    // with 1).
+    unsigned threads = 1;
 };
 
 // What a read noticed and the host may want to know. Every read, strict or
@@ -388,6 +407,9 @@ private:
     ELASFILEERROR PassLeadingComment();
     void ApplyVersionLine(CLasParam& param);
     ELASFILEERROR ReadDataRows(CLasSection& section, uint64_t headerLine);
+    bool RowsMaySplit(const CLasSection& section, const detail::RowBytes& bytes) const;
+    uint64_t ReadRowsInParallel(CLasSection& section, const detail::RowBytes& bytes,
+                                uint64_t rowBytes);
     ELASFILEERROR ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
                               bool& headerReached, detail::KeptTokens* kept);
     void StoreSection(std::shared_ptr<CLasSection> section);
@@ -455,6 +477,8 @@ private:
     // blanks in front of a "~" that make it a header.
     uint64_t m_lineNumber = 0;
     size_t m_lineOffset = 0;
+    // Rows of the last read that threads converted (see CLasReadOptions::threads).
+    uint64_t m_rowsByThreads = 0;
     // Bytes kept so far against m_options.maxBytes.
     uint64_t m_bytesKept = 0;
     // Why the read stopped, set where it stopped; empty while it goes on.

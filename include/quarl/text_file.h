@@ -73,6 +73,12 @@ public:
     // line that starts there. The line count does not follow the move.
     // LASFILE_IO_FAILED as ReadTail's false, and at the end of the file.
     ELASFILEERROR ReadLineAt(uint64_t offset);
+    // Up to `most` bytes from `offset` on into `bytes`, leaving the position
+    // of ReadLine alone. False when the stream cannot be read there.
+    bool ReadBytesAt(uint64_t offset, size_t most, std::string& bytes);
+    // Goes on at `offset`, the start of a line, as if ReadLine had passed
+    // `lines` lines to get there. Plain bytes only (no decoding at work).
+    bool MoveTo(uint64_t offset, uint32_t lines);
     // The offset of the byte behind the current line (its line feed).
     uint64_t GetOffset() const { return m_bufferStart + m_bufferPos; }
 
