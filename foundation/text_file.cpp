@@ -569,7 +569,6 @@ ELASFILEERROR CTextFile::ReadLineAt(uint64_t offset)
 
 bool CTextFile::ReadBytesAt(uint64_t offset, size_t most, std::string& bytes)
 {
-    bytes.clear();
     if (!m_file || m_form >= kFormUtf16Le || m_crLines) return false;
     const int64_t back = TellStream(m_file);
     if (back < 0 || SeekStream(m_file, static_cast<int64_t>(offset), SEEK_SET) != 0) return false;

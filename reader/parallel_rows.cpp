@@ -26,9 +26,12 @@ constexpr size_t kLongestLine = size_t(1) << 20;
 // The most threads a read takes.
 constexpr unsigned kMostThreads = 64;
 
-// What one thread made of its run of lines.
-struct RunResult {
-    std::vector<std::vector<double>> values;  // by curve
+// A run of lines and what one thread made of it. Row k of the run goes to
+// row `firstRow` + k of every curve, which has room for a row per line.
+struct Run {
+    const char* begin = nullptr;
+    const char* end = nullptr;
+    size_t firstRow = 0;
     size_t rows = 0;
     size_t bytes = 0;      // the lines taken, from the run's start
     uint32_t lines = 0;    // physical lines taken
@@ -56,69 +59,107 @@ bool ReadPlainRow(const detail::RowBytes& bytes, const char* p, size_t count, do
     return *p == '\0';
 }
 
-// Converts the whole lines [begin, end) as ReadLine and ReadDataRow would,
-// up to the first line that is neither a plain row nor passed over.
-void ReadRun(const detail::RowBytes& bytes, size_t count, const char* begin, const char* end,
-             RunResult& run)
+// The line from `at` up to the line feed at `feed` as ReadLine gives it:
+// without carriage returns, ended by a NUL.
+const char* CopyLine(const char* at, const char* feed, std::vector<char>& line)
 {
-    run.values.assign(count, std::vector<double>());
-    std::string line;
+    const size_t length = size_t(feed - at);
+    line.resize(length + 1);
+    if (!std::memchr(at, '\r', length)) {
+        std::memcpy(line.data(), at, length);
+        line[length] = '\0';
+        return line.data();
+    }
+    size_t kept = 0;
+    for (const char* c = at; c < feed; ++c)
+        if (*c != '\r') line[kept++] = *c;
+    line[kept] = '\0';
+    return line.data();
+}
+
+// Converts the lines of `run` as ReadLine and ReadDataRow would, up to the
+// first line that is neither a plain row nor passed over.
+void ReadRun(const detail::RowBytes& bytes, const std::vector<double*>& columns, Run& run)
+{
+    const size_t count = columns.size();
+    std::vector<char> line;
     std::vector<double> row(count);
-    for (const char* at = begin; at < end;) {
-        const char* feed = static_cast<const char*>(std::memchr(at, '\n', size_t(end - at)));
+    for (const char* at = run.begin; at < run.end;) {
+        const char* feed = static_cast<const char*>(std::memchr(at, '\n', size_t(run.end - at)));
         if (!feed || size_t(feed - at) > kLongestLine) break;
-        line.clear();
-        for (const char* c = at; c < feed; ++c)  // ReadLine drops carriage returns
-            if (*c != '\r') line.push_back(*c);
-        const char* text = line.c_str();
+        const char* text = CopyLine(at, feed, line);
         if (LineCounts(text)) {
             if (text[0] == '~' || !ReadPlainRow(bytes, text, count, row.data())) break;
-            for (size_t i = 0; i < count; ++i) run.values[i].push_back(row[i]);
+            const size_t to = run.firstRow + run.rows;
+            for (size_t i = 0; i < count; ++i) columns[i][to] = row[i];
             ++run.rows;
         }
         ++run.lines;
         at = feed + 1;
-        run.bytes = size_t(at - begin);
+        run.bytes = size_t(at - run.begin);
     }
-    run.stopped = begin + run.bytes < end;
+    run.stopped = run.begin + run.bytes < run.end;
 }
 
-// The ends of `parts` runs of whole lines in [begin, end), which ends in a
-// line feed.
-std::vector<const char*> CutIntoRuns(const char* begin, const char* end, size_t parts)
+// How many line feeds stand in [begin, end).
+size_t CountLines(const char* begin, const char* end)
 {
-    std::vector<const char*> cuts;
-    const char* from = begin;
-    for (size_t i = 1; i < parts; ++i) {
-        const char* aim = std::max(from, begin + (end - begin) * static_cast<ptrdiff_t>(i) /
-                                                     static_cast<ptrdiff_t>(parts));
-        const char* feed = static_cast<const char*>(std::memchr(aim, '\n', size_t(end - aim)));
-        from = feed ? feed + 1 : end;
-        cuts.push_back(from);
+    size_t lines = 0;
+    for (const char* at = begin; at < end; ++lines) {
+        at = static_cast<const char*>(std::memchr(at, '\n', size_t(end - at)));
+        if (!at) break;
+        ++at;
     }
-    cuts.push_back(end);
-    return cuts;
+    return lines;
 }
 
-// The first `rows` rows of a run: how many bytes and lines they take.
-void KeepRows(const char* begin, const char* end, size_t rows, RunResult& run)
+// `parts` runs of whole lines in [begin, end), which ends in a line feed,
+// each with the row its first line goes to when every line is a row.
+std::vector<Run> CutIntoRuns(const char* begin, const char* end, size_t parts, size_t firstRow)
+{
+    std::vector<Run> runs(parts);
+    const char* from = begin;
+    for (size_t i = 0; i < parts; ++i) {
+        const char* aim = std::max(from, begin + (end - begin) * static_cast<ptrdiff_t>(i + 1) /
+                                                     static_cast<ptrdiff_t>(parts));
+        const char* feed = aim < end
+                               ? static_cast<const char*>(std::memchr(aim, '\n', size_t(end - aim)))
+                               : nullptr;
+        runs[i].begin = from;
+        runs[i].end = i + 1 == parts || !feed ? end : feed + 1;
+        runs[i].firstRow = firstRow;
+        firstRow += CountLines(runs[i].begin, runs[i].end);
+        from = runs[i].end;
+    }
+    return runs;
+}
+
+// Only the first `rows` rows of a run are taken: the bytes and lines they
+// take.
+void KeepRows(size_t rows, Run& run)
 {
     run.bytes = 0;
     run.lines = 0;
-    std::string line;
+    std::vector<char> line;
     for (size_t seen = 0; seen < rows;) {
-        const char* at = begin + run.bytes;
-        const char* feed = static_cast<const char*>(std::memchr(at, '\n', size_t(end - at)));
-        line.clear();
-        for (const char* c = at; c < feed; ++c)
-            if (*c != '\r') line.push_back(*c);
-        seen += LineCounts(line.c_str());
+        const char* at = run.begin + run.bytes;
+        const char* feed = static_cast<const char*>(std::memchr(at, '\n', size_t(run.end - at)));
+        seen += LineCounts(CopyLine(at, feed, line));
         ++run.lines;
-        run.bytes = size_t(feed + 1 - begin);
+        run.bytes = size_t(feed + 1 - run.begin);
     }
-    for (auto& values : run.values) values.resize(rows);
     run.rows = rows;
     run.stopped = true;
+}
+
+// Moves the rows of `run` to row `to` of every curve.
+void MoveRows(const Run& run, size_t to, std::vector<CLasCurve>& curves)
+{
+    if (to == run.firstRow) return;
+    for (CLasCurve& curve : curves) {
+        double* numbers = curve.m_numbers.data();
+        std::memmove(numbers + to, numbers + run.firstRow, run.rows * sizeof(double));
+    }
 }
 
 unsigned ThreadCount(unsigned asked)
@@ -148,7 +189,7 @@ bool CLasReader::RowsMaySplit(const CLasSection& section, const detail::RowBytes
 uint64_t CLasReader::ReadRowsInParallel(CLasSection& section, const detail::RowBytes& bytes,
                                         uint64_t rowBytes)
 {
-    const size_t count = section.m_curves.size();
+    std::vector<CLasCurve>& curves = section.m_curves;
     const unsigned threads = ThreadCount(m_options.threads);
     uint64_t taken = 0;
     std::string block;
@@ -158,13 +199,19 @@ uint64_t CLasReader::ReadRowsInParallel(CLasSection& section, const detail::RowB
         const size_t lastFeed = block.rfind('\n');
         if (lastFeed == std::string::npos) return taken;
         const char* begin = block.data();
-        const std::vector<const char*> cuts = CutIntoRuns(begin, begin + lastFeed + 1, threads);
-        std::vector<RunResult> runs(cuts.size());
+        const size_t before = curves.front().m_numbers.size();
+        std::vector<Run> runs = CutIntoRuns(begin, begin + lastFeed + 1, threads, before);
+        std::vector<double*> columns;
+        const size_t lineRows =
+            runs.back().firstRow + CountLines(runs.back().begin, runs.back().end);
+        for (CLasCurve& curve : curves) {
+            curve.m_numbers.resize(lineRows);
+            columns.push_back(curve.m_numbers.data());
+        }
         std::vector<std::thread> workers;
-        for (size_t i = 1; i < cuts.size(); ++i)
-            workers.emplace_back(ReadRun, std::cref(bytes), count, cuts[i - 1], cuts[i],
-                                 std::ref(runs[i]));
-        ReadRun(bytes, count, begin, cuts[0], runs[0]);
+        for (size_t i = 1; i < runs.size(); ++i)
+            workers.emplace_back(ReadRun, std::cref(bytes), std::cref(columns), std::ref(runs[i]));
+        ReadRun(bytes, columns, runs[0]);
         for (std::thread& worker : workers) worker.join();
 
         // The rows the budget has room for, as Spend would count them.
@@ -173,25 +220,24 @@ uint64_t CLasReader::ReadRowsInParallel(CLasSection& section, const detail::RowB
             room = m_bytesKept > m_options.maxBytes
                        ? 0
                        : (m_options.maxBytes - m_bytesKept) / std::max<uint64_t>(rowBytes, 1);
+        size_t rows = before;
         size_t bytesTaken = 0;
         uint32_t lines = 0;
         bool stopped = false;
         for (size_t i = 0; i < runs.size() && !stopped; ++i) {
-            RunResult& run = runs[i];
-            const char* runBegin = i == 0 ? begin : cuts[i - 1];
-            if (run.rows > room) KeepRows(runBegin, cuts[i], static_cast<size_t>(room), run);
+            Run& run = runs[i];
+            if (run.rows > room) KeepRows(static_cast<size_t>(room), run);
             room -= run.rows;
-            for (size_t c = 0; c < count; ++c) {
-                std::vector<double>& numbers = section.m_curves[c].m_numbers;
-                numbers.insert(numbers.end(), run.values[c].begin(), run.values[c].end());
-            }
-            taken += run.rows;
-            m_rowsByThreads += run.rows;
-            m_bytesKept += run.rows * rowBytes;
+            MoveRows(run, rows, curves);
+            rows += run.rows;
             bytesTaken += run.bytes;
             lines += run.lines;
             stopped = run.stopped;
         }
+        for (CLasCurve& curve : curves) curve.m_numbers.resize(rows);
+        taken += rows - before;
+        m_rowsByThreads += rows - before;
+        m_bytesKept += (rows - before) * rowBytes;
         m_lineNumber += lines;
         if (!m_file.MoveTo(start + bytesTaken, lines) || stopped) return taken;
     }
