@@ -32,6 +32,7 @@ struct Run {
     const char* begin = nullptr;
     const char* end = nullptr;
     size_t firstRow = 0;
+    size_t lineFeeds = 0;
     size_t rows = 0;
     size_t bytes = 0;      // the lines taken, from the run's start
     uint32_t lines = 0;    // physical lines taken
@@ -113,6 +114,17 @@ size_t CountLines(const char* begin, const char* end)
     return lines;
 }
 
+// `work` on every run: on a thread of its own for each run but the first,
+// which the calling thread takes.
+template <typename Work>
+void OnEveryRun(std::vector<Run>& runs, Work work)
+{
+    std::vector<std::thread> workers;
+    for (size_t i = 1; i < runs.size(); ++i) workers.emplace_back(work, std::ref(runs[i]));
+    work(runs[0]);
+    for (std::thread& worker : workers) worker.join();
+}
+
 // `parts` runs of whole lines in [begin, end), which ends in a line feed,
 // each with the row its first line goes to when every line is a row.
 std::vector<Run> CutIntoRuns(const char* begin, const char* end, size_t parts, size_t firstRow)
@@ -127,9 +139,12 @@ std::vector<Run> CutIntoRuns(const char* begin, const char* end, size_t parts, s
                                : nullptr;
         runs[i].begin = from;
         runs[i].end = i + 1 == parts || !feed ? end : feed + 1;
-        runs[i].firstRow = firstRow;
-        firstRow += CountLines(runs[i].begin, runs[i].end);
         from = runs[i].end;
+    }
+    OnEveryRun(runs, [](Run& run) { run.lineFeeds = CountLines(run.begin, run.end); });
+    for (Run& run : runs) {
+        run.firstRow = firstRow;
+        firstRow += run.lineFeeds;
     }
     return runs;
 }
@@ -201,18 +216,18 @@ uint64_t CLasReader::ReadRowsInParallel(CLasSection& section, const detail::RowB
         const char* begin = block.data();
         const size_t before = curves.front().m_numbers.size();
         std::vector<Run> runs = CutIntoRuns(begin, begin + lastFeed + 1, threads, before);
+        const size_t lineRows = runs.back().firstRow + runs.back().lineFeeds;
+        // Room for the rows of the blocks ahead too, so that the curves are
+        // not copied as they grow.
+        const uint64_t blocksLeft = (m_file.GetSize() - start) / (lastFeed + 1) + 1;
+        const size_t expected = before + (lineRows - before) * blocksLeft;
         std::vector<double*> columns;
-        const size_t lineRows =
-            runs.back().firstRow + CountLines(runs.back().begin, runs.back().end);
         for (CLasCurve& curve : curves) {
+            if (curve.m_numbers.capacity() < lineRows) curve.m_numbers.reserve(expected);
             curve.m_numbers.resize(lineRows);
             columns.push_back(curve.m_numbers.data());
         }
-        std::vector<std::thread> workers;
-        for (size_t i = 1; i < runs.size(); ++i)
-            workers.emplace_back(ReadRun, std::cref(bytes), std::cref(columns), std::ref(runs[i]));
-        ReadRun(bytes, columns, runs[0]);
-        for (std::thread& worker : workers) worker.join();
+        OnEveryRun(runs, [&](Run& run) { ReadRun(bytes, columns, run); });
 
         // The rows the budget has room for, as Spend would count them.
         uint64_t room = UINT64_MAX;

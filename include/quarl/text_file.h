@@ -85,6 +85,8 @@ public:
     // How far through the file the bytes taken so far reach, 0 to 100, exact
     // to the byte; 100 once the end is reached. Meaningful while open.
     double GetPercentRead() const;
+    // The bytes of the file (of the text, when it is decoded).
+    uint64_t GetSize() const { return m_fileSize; }
     // The path given to Open (the name given to OpenBuffer); empty when closed.
     tessel::TxString GetFilename() const { return m_filename; }
     // Lines ended by a line feed since Open.
