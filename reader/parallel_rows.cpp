@@ -34,8 +34,8 @@ struct Run {
     size_t firstRow = 0;
     size_t lineFeeds = 0;
     size_t rows = 0;
-    size_t bytes = 0;      // the lines taken, from the run's start
-    uint32_t lines = 0;    // physical lines taken
+    size_t bytes = 0;      // the bytes up to the end of the last row, from the run's start
+    uint32_t lines = 0;    // the physical lines up to the last row
     bool stopped = false;  // a line was left for the sequential reader
 };
 
@@ -78,28 +78,44 @@ const char* CopyLine(const char* at, const char* feed, std::vector<char>& line)
     return line.data();
 }
 
+// Whether a carriage return in [at, feed) ends a line of its own: when the
+// reader decodes, one that no line feed follows does.
+bool HasLoneReturn(const char* at, const char* feed)
+{
+    const char* cr = static_cast<const char*>(std::memchr(at, '\r', size_t(feed - at)));
+    return cr && cr + 1 != feed;
+}
+
 // Converts the lines of `run` as ReadLine and ReadDataRow would, up to the
-// first line that is neither a plain row nor passed over.
-void ReadRun(const detail::RowBytes& bytes, const std::vector<double*>& columns, Run& run)
+// first line that is neither a plain row nor passed over. The run ends
+// behind its last row: the lines passed over behind it are left to the
+// sequential reader, which keeps the comment above the line it stops at.
+void ReadRun(const detail::RowBytes& bytes, bool decoding, const std::vector<double*>& columns,
+             Run& run)
 {
     const size_t count = columns.size();
     std::vector<char> line;
     std::vector<double> row(count);
-    for (const char* at = run.begin; at < run.end;) {
+    uint32_t lines = 0;
+    for (const char* at = run.begin; at < run.end; ++lines) {
         const char* feed = static_cast<const char*>(std::memchr(at, '\n', size_t(run.end - at)));
-        if (!feed || size_t(feed - at) > kLongestLine) break;
-        const char* text = CopyLine(at, feed, line);
-        if (LineCounts(text)) {
-            if (text[0] == '~' || !ReadPlainRow(bytes, text, count, row.data())) break;
-            const size_t to = run.firstRow + run.rows;
-            for (size_t i = 0; i < count; ++i) columns[i][to] = row[i];
-            ++run.rows;
+        if (!feed || size_t(feed - at) > kLongestLine || (decoding && HasLoneReturn(at, feed))) {
+            run.stopped = true;
+            return;
         }
-        ++run.lines;
+        const char* text = CopyLine(at, feed, line);
         at = feed + 1;
+        if (!LineCounts(text)) continue;
+        if (text[0] == '~' || !ReadPlainRow(bytes, text, count, row.data())) {
+            run.stopped = true;
+            return;
+        }
+        const size_t to = run.firstRow + run.rows;
+        for (size_t i = 0; i < count; ++i) columns[i][to] = row[i];
+        ++run.rows;
         run.bytes = size_t(at - run.begin);
+        run.lines = lines + 1;
     }
-    run.stopped = run.begin + run.bytes < run.end;
 }
 
 // How many line feeds stand in [begin, end).
@@ -156,12 +172,15 @@ void KeepRows(size_t rows, Run& run)
     run.bytes = 0;
     run.lines = 0;
     std::vector<char> line;
-    for (size_t seen = 0; seen < rows;) {
-        const char* at = run.begin + run.bytes;
+    const char* at = run.begin;
+    for (uint32_t lines = 1, seen = 0; seen < rows; ++lines) {
         const char* feed = static_cast<const char*>(std::memchr(at, '\n', size_t(run.end - at)));
-        seen += LineCounts(CopyLine(at, feed, line));
-        ++run.lines;
-        run.bytes = size_t(feed + 1 - run.begin);
+        const bool counts = LineCounts(CopyLine(at, feed, line));
+        at = feed + 1;
+        if (!counts) continue;
+        ++seen;
+        run.bytes = size_t(at - run.begin);
+        run.lines = lines;
     }
     run.rows = rows;
     run.stopped = true;
@@ -188,8 +207,8 @@ unsigned ThreadCount(unsigned asked)
 // Whether the rows of `section` may be shared out among threads.
 bool CLasReader::RowsMaySplit(const CLasSection& section, const detail::RowBytes& bytes) const
 {
-    if (ThreadCount(m_options.threads) < 2 || m_options.lenient || m_statusCallback ||
-        m_isWrapped || m_file.GetTextForm() != CTextFile::kFormBytes || !bytes.plainNumbers() ||
+    if (ThreadCount(m_options.threads) < 2 || m_statusCallback || m_isWrapped ||
+        m_file.GetTextForm() != CTextFile::kFormBytes || !bytes.plainNumbers() ||
         section.m_curves.empty())
         return false;
     for (const CLasCurve& curve : section.m_curves)
@@ -227,7 +246,8 @@ uint64_t CLasReader::ReadRowsInParallel(CLasSection& section, const detail::RowB
             curve.m_numbers.resize(lineRows);
             columns.push_back(curve.m_numbers.data());
         }
-        OnEveryRun(runs, [&](Run& run) { ReadRun(bytes, columns, run); });
+        const bool decoding = m_file.GetDecoding();
+        OnEveryRun(runs, [&](Run& run) { ReadRun(bytes, decoding, columns, run); });
 
         // The rows the budget has room for, as Spend would count them.
         uint64_t room = UINT64_MAX;
@@ -235,9 +255,11 @@ uint64_t CLasReader::ReadRowsInParallel(CLasSection& section, const detail::RowB
             room = m_bytesKept > m_options.maxBytes
                        ? 0
                        : (m_options.maxBytes - m_bytesKept) / std::max<uint64_t>(rowBytes, 1);
+        // The file goes on behind the last row taken.
         size_t rows = before;
-        size_t bytesTaken = 0;
-        uint32_t lines = 0;
+        size_t resumeBytes = 0;
+        uint32_t resumeLines = 0;
+        uint32_t linesBefore = 0;
         bool stopped = false;
         for (size_t i = 0; i < runs.size() && !stopped; ++i) {
             Run& run = runs[i];
@@ -245,16 +267,20 @@ uint64_t CLasReader::ReadRowsInParallel(CLasSection& section, const detail::RowB
             room -= run.rows;
             MoveRows(run, rows, curves);
             rows += run.rows;
-            bytesTaken += run.bytes;
-            lines += run.lines;
+            if (run.rows > 0) {
+                resumeBytes = size_t(run.begin - begin) + run.bytes;
+                resumeLines = linesBefore + run.lines;
+            }
+            linesBefore += static_cast<uint32_t>(run.lineFeeds);
             stopped = run.stopped;
         }
         for (CLasCurve& curve : curves) curve.m_numbers.resize(rows);
+        if (rows == before) return taken;  // the file stays where it was
         taken += rows - before;
         m_rowsByThreads += rows - before;
         m_bytesKept += (rows - before) * rowBytes;
-        m_lineNumber += lines;
-        if (!m_file.MoveTo(start + bytesTaken, lines) || stopped) return taken;
+        m_lineNumber += resumeLines;
+        if (!m_file.MoveTo(start + resumeBytes, resumeLines) || stopped) return taken;
     }
 }
 

@@ -68,22 +68,27 @@ struct CLasReadOptions {
     uint64_t maxBytes = 0;
     // How many threads cut the rows of a data section into values: 1 (the
     // default) reads on the calling thread alone; 0 takes as many as the
-    // machine has; N takes N. The result is the same with any number:
-    // sections, values, notes, results and line numbers. The rows are read in
-    // blocks of the file; the lines of a block are shared out in runs of whole
-    // lines, and every thread converts its run; the calling thread joins the
-    // runs in file order. Only rows that need nothing from the rows around
-    // them take this way: every curve numeric, each value one whole number,
-    // one value per curve, no carriage return inside a line. The first line
-    // of another kind (a header, a short or long row, an odd token, a missing
-    // delimiter), and every line behind it up to the end of its block, is
-    // read on the calling thread as with 1, and the next block is shared out
-    // again. These read on the calling thread alone: lenient reads, wrapped
-    // files, text decoded from UTF-16/32 or read by carriage returns, data
-    // sections with a text curve or a delimiter that may stand in a number,
-    // headersOnly, and every read with a status callback (so the callback is
-    // always called on the calling thread, at every tenth physical line as
-    // with 1).
+    // machine has; N takes N. The result is the same with any number, strict
+    // or lenient: sections, values, notes, results, line numbers and the
+    // budget. The rows are read in blocks of 8 MiB per thread; the lines of a
+    // block are shared out in runs of whole lines, every thread converts the
+    // rows of its run into the curves, and the calling thread joins the runs
+    // in file order. A run takes only rows that need nothing from the lines
+    // around them (each value one plain whole number, one per curve, nothing
+    // behind the last) and the blank and comment lines between them. The
+    // first line of another kind (a header, a short or long row, an odd or
+    // quoted token; leniently also a carriage return that no line feed
+    // follows) ends the block: the reader goes on behind the last row taken,
+    // on the calling thread as with 1, and shares out the next block behind
+    // the next row (behind 4096 rows when the last block gave fewer) as
+    // well. These read on the calling thread alone: wrapped files,
+    // text decoded from UTF-16/32, with a byte-order mark or read by carriage
+    // returns, data sections with a text curve or a delimiter that may stand
+    // in a number ('.', '+', '-', a digit, 'e'), headersOnly, and every read
+    // with a status callback (so the callback is called on the calling
+    // thread alone, at every tenth physical line, as with 1). The curves of
+    // a section read on threads get room for the rows the rest of the file
+    // may hold at their first block.
     unsigned threads = 1;
 };
 

@@ -171,7 +171,7 @@ def read(source: Source, *, strict: bool = False, headers_only: bool = False,
     `threads` is how many threads cut the data rows into values: 1 (the
     default, since `read_many` and `quarl.dask` already read one file per
     thread), 0 for every core, or N. The result is the same with any number.
-    Only a strict read without `progress` shares its rows out (see
+    Only a read without `progress` shares its rows out (see
     CLasReadOptions::threads for the rows that do); Ctrl-C then stops it
     once the read is over."""
     if threads < 0:
