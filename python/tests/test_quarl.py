@@ -179,11 +179,13 @@ def _rows_file(rows):
 def test_read_on_several_threads_reads_what_one_thread_reads():
     data = _rows_file(20000)
     one = quarl.read(data, strict=True)
+    lenient = quarl.read(data)
     for threads in (0, 2, 3):
-        many = quarl.read(data, strict=True, threads=threads)
-        assert many.df().equals(one.df())
-        assert [(n.line, n.kind, n.text) for n in many.notes] == \
-            [(n.line, n.kind, n.text) for n in one.notes]
+        for strict, alone in ((True, one), (False, lenient)):
+            many = quarl.read(data, strict=strict, threads=threads)
+            assert many.df().equals(alone.df())
+            assert [(n.line, n.kind, n.text) for n in many.notes] == \
+                [(n.line, n.kind, n.text) for n in alone.notes]
     assert len(one.df()) == 20001
     with pytest.raises(ValueError):
         quarl.read(data, threads=-1)
