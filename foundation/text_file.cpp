@@ -582,6 +582,12 @@ bool CTextFile::ReadBytesAt(uint64_t offset, size_t most, std::string& bytes)
     return SeekStream(m_file, back, SEEK_SET) == 0;
 }
 
+int CTextFile::GetDescriptor() const
+{
+    if (!m_file || m_form >= kFormUtf16Le || m_crLines) return -1;
+    return StreamDescriptor(m_file);
+}
+
 bool CTextFile::MoveTo(uint64_t offset, uint32_t lines)
 {
     if (!m_file || !m_line || m_form >= kFormUtf16Le || m_crLines) return false;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "foundation/number_parse.h"
+#include "foundation/platform.h"
 #include "reader/reader_rules.h"
 #include "reader/row_bytes.h"
 
@@ -196,6 +197,43 @@ void MoveRows(const Run& run, size_t to, std::vector<CLasCurve>& curves)
     }
 }
 
+// Up to `most` bytes of the file from `offset` on: its pages mapped where
+// the file has a descriptor, so that the threads that read them fault them
+// in, else a copy.
+class FileBlock {
+public:
+    bool Read(CTextFile& file, uint64_t offset, size_t most)
+    {
+        const uint64_t size = file.GetSize();
+        most = static_cast<size_t>(std::min<uint64_t>(most, offset < size ? size - offset : 0));
+        const int fd = file.GetDescriptor();
+        if (fd >= 0 && most > 0 && m_map.Map(fd, offset, most)) {
+            m_data = m_map.data();
+            m_size = most;
+            return true;
+        }
+        m_map.Unmap();
+        if (!file.ReadBytesAt(offset, most, m_copy)) return false;
+        m_data = m_copy.data();
+        m_size = m_copy.size();
+        return true;
+    }
+    const char* data() const { return m_data; }
+    // The bytes up to the last line feed; 0 when there is none.
+    size_t WholeLines() const
+    {
+        for (size_t i = m_size; i > 0; --i)
+            if (m_data[i - 1] == '\n') return i;
+        return 0;
+    }
+
+private:
+    MappedBytes m_map;
+    std::string m_copy;
+    const char* m_data = nullptr;
+    size_t m_size = 0;
+};
+
 unsigned ThreadCount(unsigned asked)
 {
     if (asked == 0) asked = std::max(1u, std::thread::hardware_concurrency());
@@ -226,19 +264,19 @@ uint64_t CLasReader::ReadRowsInParallel(CLasSection& section, const detail::RowB
     std::vector<CLasCurve>& curves = section.m_curves;
     const unsigned threads = ThreadCount(m_options.threads);
     uint64_t taken = 0;
-    std::string block;
+    FileBlock block;
     for (;;) {
         const uint64_t start = m_file.GetOffset();
-        if (!m_file.ReadBytesAt(start, kBytesPerThread * threads, block)) return taken;
-        const size_t lastFeed = block.rfind('\n');
-        if (lastFeed == std::string::npos) return taken;
+        if (!block.Read(m_file, start, kBytesPerThread * threads)) return taken;
+        const size_t wholeLines = block.WholeLines();
+        if (wholeLines == 0) return taken;
         const char* begin = block.data();
         const size_t before = curves.front().m_numbers.size();
-        std::vector<Run> runs = CutIntoRuns(begin, begin + lastFeed + 1, threads, before);
+        std::vector<Run> runs = CutIntoRuns(begin, begin + wholeLines, threads, before);
         const size_t lineRows = runs.back().firstRow + runs.back().lineFeeds;
         // Room for the rows of the blocks ahead too, so that the curves are
         // not copied as they grow.
-        const uint64_t blocksLeft = (m_file.GetSize() - start) / (lastFeed + 1) + 1;
+        const uint64_t blocksLeft = (m_file.GetSize() - start) / (wholeLines) + 1;
         const size_t expected = before + (lineRows - before) * blocksLeft;
         std::vector<double*> columns;
         for (CLasCurve& curve : curves) {

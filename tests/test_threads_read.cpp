@@ -264,6 +264,32 @@ TEST(ThreadsRead, ThreadsTakeTheRowsAgainBehindOddLines)
     EXPECT_GT(byTwo, 30000u);
 }
 
+// A file read from its path (its pages mapped) in blocks, across the end of
+// the first block, with odd lines in the second.
+TEST(ThreadsRead, AFileReadFromItsPathInSeveralBlocks)
+{
+    std::string body = Rows(700000, " ", "\n");
+    const size_t odd = body.find('\n', size_t(17) << 20) + 1;
+    body.insert(odd, "# comment\n1 2\n");
+    const std::string text = Header("2.0", "") + "~A\n" + body;
+    test::TempDir dir;
+    const std::string path = dir.Write("big.las", text);
+    std::vector<std::string> outcomes;
+    for (unsigned threads : {1u, 2u, 3u}) {
+        CLasReader reader;
+        CLasReadOptions options;
+        options.threads = threads;
+        reader.SetOptions(options);
+        const ELASFILEERROR result = reader.Open(tessel::TxString(path.c_str()));
+        EXPECT_EQ(result, LASFILE_OK);
+        EXPECT_EQ(test::Access::RowsByThreads(reader) > 600000, threads > 1);
+        outcomes.push_back(Outcome(reader, result));
+    }
+    EXPECT_EQ(outcomes[1], outcomes[0]);
+    EXPECT_EQ(outcomes[2], outcomes[0]);
+    EXPECT_EQ(outcomes[0], ReadBytes(text, 2).outcome);
+}
+
 TEST(ThreadsRead, EveryCorpusFileReadsAsOnOneThread)
 {
     const std::vector<std::string> files = test::CorpusFiles();

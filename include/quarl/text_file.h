@@ -87,6 +87,9 @@ public:
     double GetPercentRead() const;
     // The bytes of the file (of the text, when it is decoded).
     uint64_t GetSize() const { return m_fileSize; }
+    // The descriptor of the file when its bytes are the text (no decoding
+    // at work) and it has one; -1 for a buffer or decoded text.
+    int GetDescriptor() const;
     // The path given to Open (the name given to OpenBuffer); empty when closed.
     tessel::TxString GetFilename() const { return m_filename; }
     // Lines ended by a line feed since Open.
