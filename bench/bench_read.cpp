@@ -31,6 +31,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -418,6 +419,65 @@ void SmallFile(const std::string& folder)
 
 }  // namespace
 
+// Reads the file on `threads` threads; wall seconds and CPU seconds of the
+// whole process, or a negative number on failure.
+double ReadOnThreads(const std::string& path, unsigned threads, double& cpuSeconds)
+{
+    quarl::CLasReader reader;
+    quarl::CLasReadOptions options;
+    options.threads = threads;
+    reader.SetOptions(options);
+    rusage before{}, after{};
+    getrusage(RUSAGE_SELF, &before);
+    const auto start = std::chrono::steady_clock::now();
+    const quarl::ELASFILEERROR result = reader.Open(tessel::TxString(path));
+    const double seconds = Seconds(start);
+    getrusage(RUSAGE_SELF, &after);
+    auto cpu = [](const rusage& u) {
+        return static_cast<double>(u.ru_utime.tv_sec + u.ru_stime.tv_sec) +
+               static_cast<double>(u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
+    };
+    cpuSeconds = cpu(after) - cpu(before);
+    return result == quarl::LASFILE_OK ? seconds : -1.0;
+}
+
+// The rate of a strict read of one LAS 2.0 file for each thread count up to
+// the machine's cores (at least 2), runs interleaved, with the CPU time of
+// each read and the peak memory of a child that reads it.
+int ThreadScaling(const char* self, const std::string& folder, long rows)
+{
+    const std::string path = folder + "/threads.las";
+    Generate(path, Kind::Las20, rows);
+    const double megabytes = FileMegabytes(path);
+    const unsigned most = std::max(2u, std::thread::hardware_concurrency());
+    std::vector<std::vector<double>> wall(most + 1), cpu(most + 1);
+    for (int run = 0; run < kRuns; ++run) {
+        for (unsigned n = 1; n <= most; ++n) {
+            double cpuSeconds = 0.0;
+            const double seconds = ReadOnThreads(path, n, cpuSeconds);
+            if (seconds < 0) {
+                std::printf("%u threads: read failed\n", n);
+                return 1;
+            }
+            wall[n].push_back(seconds);
+            cpu[n].push_back(cpuSeconds);
+        }
+    }
+    const long idle = ChildPeakBytes(self, {"--idle"});
+    std::printf("\nThreads, %.0f MB LAS 2.0 (medians of %d interleaved runs; %u cores):\n",
+                megabytes, kRuns, std::thread::hardware_concurrency());
+    std::printf("%7s %10s %9s %9s %9s %9s\n", "threads", "MB/s", "speedup", "wall s", "cpu s",
+                "peak MB");
+    for (unsigned n = 1; n <= most; ++n) {
+        const long peak = ChildPeakBytes(self, {"--read-threads", std::to_string(n), path});
+        std::printf("%7u %10.1f %9.2f %9.4f %9.4f %9.1f\n", n, megabytes / Median(wall[n]),
+                    Median(wall[1]) / Median(wall[n]), Median(wall[n]), Median(cpu[n]),
+                    static_cast<double>(peak - idle) / 1e6);
+    }
+    std::remove(path.c_str());
+    return 0;
+}
+
 int main(int argc, char** argv)
 {
     // Child modes for the memory measurement.
@@ -425,7 +485,17 @@ int main(int argc, char** argv)
         size_t values = 0;
         return ReadWithLibrary(argv[2], values) < 0 ? 1 : 0;
     }
+    if (argc == 4 && std::strcmp(argv[1], "--read-threads") == 0) {
+        double cpuSeconds = 0.0;
+        return ReadOnThreads(argv[3], static_cast<unsigned>(std::atoi(argv[2])), cpuSeconds) < 0;
+    }
     if (argc == 2 && std::strcmp(argv[1], "--idle") == 0) return 0;
+    // Only the rate for each thread count: --threads [rows].
+    if (argc >= 2 && std::strcmp(argv[1], "--threads") == 0) {
+        const char* base = std::getenv("TMPDIR");
+        return ThreadScaling(argv[0], base && *base ? base : "/tmp",
+                             argc > 2 ? std::atol(argv[2]) : 400000);
+    }
     if (argc == 3 && std::strcmp(argv[1], "--time") == 0) {
         std::vector<double> seconds;
         for (int run = 0; run < kRuns; ++run) {
@@ -493,6 +563,7 @@ int main(int argc, char** argv)
         "peak: resident memory of a child that reads the file, less that of an idle "
         "child (%.1f MB); allowed: 1.3 x 8 bytes per value + 16 MB\n",
         static_cast<double>(idle) / 1e6);
+    status |= ThreadScaling(argv[0], pattern, rows);
     Options(pattern, rows);
     SizeScaling(pattern, gigabyte);
     CountScaling(pattern);

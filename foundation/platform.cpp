@@ -1,6 +1,7 @@
 #include "foundation/platform.h"
 
 #include <stdio.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace quarl {
@@ -52,6 +53,33 @@ int SeekStream(std::FILE* file, int64_t offset, int whence)
 int64_t TellStream(std::FILE* file)
 {
     return static_cast<int64_t>(::ftello(file));
+}
+
+int StreamDescriptor(std::FILE* file)
+{
+    return ::fileno(file);
+}
+
+bool MappedBytes::Map(int fd, uint64_t offset, size_t length)
+{
+    Unmap();
+    const uint64_t page = static_cast<uint64_t>(::sysconf(_SC_PAGESIZE));
+    const uint64_t aligned = offset - offset % page;
+    const size_t lead = static_cast<size_t>(offset - aligned);
+    void* map =
+        ::mmap(nullptr, length + lead, PROT_READ, MAP_PRIVATE, fd, static_cast<off_t>(aligned));
+    if (map == MAP_FAILED) return false;
+    m_map = map;
+    m_mapLength = length + lead;
+    m_data = static_cast<const char*>(map) + lead;
+    return true;
+}
+
+void MappedBytes::Unmap()
+{
+    if (m_map) ::munmap(m_map, m_mapLength);
+    m_map = nullptr;
+    m_data = nullptr;
 }
 
 }  // namespace quarl

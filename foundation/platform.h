@@ -35,6 +35,27 @@ std::FILE* OpenStream(const char* path, const char* mode);
 std::FILE* OpenMemoryStream(const void* data, size_t size);
 int SeekStream(std::FILE* file, int64_t offset, int whence);
 int64_t TellStream(std::FILE* file);
+// The descriptor of a stream opened on a file; -1 for a memory stream.
+int StreamDescriptor(std::FILE* file);
+
+// Bytes of a file mapped read-only into memory, unmapped with the object.
+class MappedBytes {
+public:
+    MappedBytes() = default;
+    ~MappedBytes() { Unmap(); }
+    MappedBytes(const MappedBytes&) = delete;
+    MappedBytes& operator=(const MappedBytes&) = delete;
+    // Maps `length` bytes (more than 0) from `offset` of the file `fd`;
+    // false when the system cannot.
+    bool Map(int fd, uint64_t offset, size_t length);
+    void Unmap();
+    const char* data() const { return m_data; }
+
+private:
+    void* m_map = nullptr;
+    size_t m_mapLength = 0;
+    const char* m_data = nullptr;
+};
 
 }  // namespace quarl
 

@@ -620,6 +620,38 @@ ELASFILEERROR CTextFile::ReadLineAt(uint64_t offset)
     return ReadLine();
 }
 
+bool CTextFile::ReadBytesAt(uint64_t offset, size_t most, std::string& bytes)
+{
+    if (!m_file || m_form >= kFormUtf16Le || m_crLines) return false;
+    const int64_t back = TellStream(m_file);
+    if (back < 0 || SeekStream(m_file, static_cast<int64_t>(offset), SEEK_SET) != 0) return false;
+    most = static_cast<size_t>(
+        std::min<uint64_t>(most, offset < m_fileSize ? m_fileSize - offset : 0));
+    most = static_cast<size_t>(
+        std::min<uint64_t>(most, offset < m_fileSize ? m_fileSize - offset : 0));
+    bytes.resize(most);
+    bytes.resize(std::fread(&bytes[0], 1, most, m_file));
+    // The next refill of the line buffer reads on from where it left off.
+    return SeekStream(m_file, back, SEEK_SET) == 0;
+}
+
+int CTextFile::GetDescriptor() const
+{
+    if (!m_file || m_form >= kFormUtf16Le || m_crLines) return -1;
+    return StreamDescriptor(m_file);
+}
+
+bool CTextFile::MoveTo(uint64_t offset, uint32_t lines)
+{
+    if (!m_file || !m_line || m_form >= kFormUtf16Le || m_crLines) return false;
+    if (SeekStream(m_file, static_cast<int64_t>(offset), SEEK_SET) != 0) return false;
+    m_bufferStart = offset;
+    m_bufferLength = 0;
+    m_bufferPos = 0;
+    m_lineCount += lines;
+    return true;
+}
+
 double CTextFile::GetPercentRead() const
 {
     if (m_fileSize == 0) return 100.0;

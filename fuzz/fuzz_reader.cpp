@@ -2,11 +2,13 @@
 // the headers only under a small budget, and for the header and the data's
 // ends both ways; then every accessor and the
 // stepping check on whatever was read, and the notes against the result.
-// OpenBuffer on the same bytes must read what Open reads.
+// OpenBuffer on the same bytes must read what Open reads, and a strict read
+// on two threads what one on one thread reads, value for value.
 #include <quarl/quarl.h>
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -112,6 +114,39 @@ void ReadWith(const std::string& path, const uint8_t* data, size_t size, const q
     Check(reader.empty() && !reader.IsOpen());
 }
 
+// The values of two reads are the same bit for bit.
+bool SameValues(const quarl::CLasReader& a, const quarl::CLasReader& b)
+{
+    for (uint64_t i = 0; i < a.size() && i < b.size(); ++i) {
+        const quarl::CLasSection& x = a.GetSection(i);
+        const quarl::CLasSection& y = b.GetSection(i);
+        for (size_t c = 0; c < x.m_curves.size() && c < y.m_curves.size(); ++c) {
+            const quarl::CLasCurve& p = x.m_curves[c];
+            const quarl::CLasCurve& q = y.m_curves[c];
+            if (p.m_numbers.size() != q.m_numbers.size() || p.m_strings != q.m_strings) return false;
+            if (!p.m_numbers.empty() &&
+                std::memcmp(p.m_numbers.data(), q.m_numbers.data(), p.m_numbers.size() * sizeof(double)) != 0)
+                return false;
+        }
+    }
+    return true;
+}
+
+// The bytes read strictly on one thread and on two, without and with a budget.
+void ReadOnTwoThreads(const uint8_t* data, size_t size)
+{
+    for (uint64_t budget : {uint64_t(0), uint64_t(4096)}) {
+        quarl::CLasReadOptions options;
+        options.maxBytes = budget;
+        quarl::CLasReader one, two;
+        one.SetOptions(options);
+        options.threads = 2;
+        two.SetOptions(options);
+        Check(one.OpenBuffer(data, size, "t.las") == two.OpenBuffer(data, size, "t.las"));
+        Check(SameRead(one, two) && SameValues(one, two));
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -119,6 +154,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const std::string& path = quarl::fuzz::WriteInput(data, size);
     quarl::CLasReadOptions options;
     ReadWith(path, data, size, options);
+    ReadOnTwoThreads(data, size);
     options.lenient = true;
     ReadWith(path, data, size, options);
     options.headersOnly = true;

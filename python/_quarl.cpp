@@ -63,6 +63,12 @@ public:
     }
     ~StatusBridge() { Forget(); }
 
+    // Whether a read must report to the bridge: for progress or a token.
+    // Without either, Ctrl-C is seen once the read is over, and a read on
+    // several threads may share out its rows (a status callback keeps a
+    // read on one thread).
+    bool Needed() const { return !m_progress.is_none() || m_token; }
+
     static int32_t Report(void* context, double percent, const char*)
     {
         return static_cast<StatusBridge*>(context)->OnReport(percent);
@@ -279,7 +285,8 @@ ELASFILEERROR ReadOnce(ReadResult& out, const std::string& path, const CLasReadO
 {
     CLasReader reader;
     reader.SetOptions(options);
-    reader.SetStatusCallback(&bridge, &StatusBridge::Report);
+    if (options.threads == 1 || bridge.Needed())
+        reader.SetStatusCallback(&bridge, &StatusBridge::Report);
     const tessel::TxString name(path);
     out.result = bytes ? reader.OpenBuffer(bytes, size, name) : reader.Open(name);
     out.sections.assign(reader.begin(), reader.end());
@@ -299,7 +306,8 @@ ELASFILEERROR ReadOnce(ReadResult& out, const std::string& path, const CLasReadO
 // allows it; when that read fails (the first or the last row is refused),
 // the plain headers-only read, which passes the rows unread, is the answer.
 std::shared_ptr<ReadResult> Read(const std::string& path, bool lenient, bool headersOnly,
-                                 py::object progress, CancelToken* token, const py::object& data)
+                                 py::object progress, CancelToken* token, const py::object& data,
+                                 unsigned threads)
 {
     auto out = std::make_shared<ReadResult>();
     StatusBridge bridge(std::move(progress), token);
@@ -312,6 +320,7 @@ std::shared_ptr<ReadResult> Read(const std::string& path, bool lenient, bool hea
         CLasReadOptions options;
         options.lenient = lenient;
         options.headersOnly = options.dataEnds = headersOnly;
+        options.threads = threads;
         const ELASFILEERROR result = ReadOnce(*out, path, options, bridge, bytes, size);
         if (headersOnly && result != LASFILE_OK && result != LASFILE_CANCELLED) {
             options.dataEnds = false;
@@ -625,7 +634,7 @@ PYBIND11_MODULE(_quarl, m)
 
     m.def("read", &Read, py::arg("path"), py::arg("lenient"), py::arg("headers_only"),
           py::arg("progress") = py::none(), py::arg("cancel") = nullptr,
-          py::arg("data") = py::none());
+          py::arg("data") = py::none(), py::arg("threads") = 1);
     m.def("write", &Write, py::arg("path"), py::arg("sections"), py::arg("las3"),
           py::arg("delimiter"), py::arg("progress") = py::none(), py::arg("cancel") = nullptr,
           py::arg("to_text") = false, py::arg("repair") = false);

@@ -16,63 +16,11 @@
 #include "foundation/platform.h"
 #include "foundation/section_names.h"
 #include "reader/reader_rules.h"
+#include "reader/row_bytes.h"
 
 namespace quarl {
 
 namespace detail {
-
-// How the bytes of a data row behave, fixed once per section from the
-// version and the delimiter: which bytes are blanks that are passed over in
-// front of and behind a token, and which bytes end a token.
-class RowBytes {
-public:
-    RowBytes(bool isLas3, char delimiter) : m_delimiter(delimiter)
-    {
-        const bool tabDelimits = delimiter == '\t';
-        Mark(' ', kBlank);
-        // Before version 3 a tab is a blank; when it is the delimiter it
-        // delimits columns instead, so that tab-delimited files read.
-        if (!isLas3 && !tabDelimits) Mark('\t', kBlank);
-        Mark('\0', kEnd);
-        Mark(delimiter, kEnd);
-        if (!isLas3 && delimiter == ' ') Mark('\t', kEnd);
-        // Converting a number while its token is cut must never take a byte
-        // that ends a token; an odd delimiter such as '.' turns it off.
-        for (const char* c = "0123456789.+-eE"; *c; ++c)
-            if (Is(*c, kEnd)) m_plainNumbers = false;
-    }
-
-    const char* SkipBlanks(const char* p) const
-    {
-        while (Is(*p, kBlank)) ++p;
-        return p;
-    }
-    const char* TokenEnd(const char* p) const
-    {
-        while (!Is(*p, kEnd)) ++p;
-        return p;
-    }
-    char delimiter() const { return m_delimiter; }
-    bool plainNumbers() const { return m_plainNumbers; }
-
-private:
-    static constexpr uint8_t kBlank = 1;
-    static constexpr uint8_t kEnd = 2;
-
-    void Mark(char c, uint8_t bit)
-    {
-        m_class[static_cast<unsigned char>(c)] =
-            static_cast<uint8_t>(m_class[static_cast<unsigned char>(c)] | bit);
-    }
-    bool Is(char c, uint8_t bit) const
-    {
-        return (m_class[static_cast<unsigned char>(c)] & bit) != 0;
-    }
-
-    uint8_t m_class[256] = {};
-    char m_delimiter;
-    bool m_plainNumbers = true;
-};
 
 // Leniently, the tokens of numeric curves that are not plain numbers, by
 // curve: the row and the bytes. Plain files keep nothing here.
@@ -509,6 +457,10 @@ char CLasReader::RowDelimiter(size_t curves)
     return ',';
 }
 
+// Rows taken by threads fewer than this: the next this many rows are read on
+// one thread before threads take the rows again.
+constexpr uint64_t kShortRun = 4096;
+
 // Row after row up to the next header or the end of the file. A section
 // without curves passes over its lines. Leniently, the odd tokens of numeric
 // curves are kept aside and looked at once the section is read.
@@ -520,6 +472,8 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
     std::unique_ptr<detail::KeptTokens> kept;
     if (m_options.lenient) kept.reset(new detail::KeptTokens(section.m_curves.size()));
     ELASFILEERROR result = LASFILE_OK;
+    const bool split = RowsMaySplit(section, bytes);
+    uint64_t rowsToNextSplit = 0;  // after a short run, a few rows on one thread first
     for (;;) {
         const char* line = Line();
         if (!line || line[0] == '~') break;
@@ -533,6 +487,9 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
                 rowBytes = RowBytes(section.m_curves);
             }
         }
+        if (split && rowsToNextSplit-- == 0)
+            rowsToNextSplit =
+                ReadRowsInParallel(section, bytes, rowBytes) < kShortRun ? kShortRun : 0;
         result = ReadLine();
         if (result == LASFILE_IO_FAILED) {
             result = LASFILE_OK;  // the end of the file

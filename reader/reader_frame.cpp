@@ -9,6 +9,7 @@
 #include "foundation/platform.h"
 #include "foundation/section_index.h"
 #include "foundation/section_names.h"
+#include "reader/reader_rules.h"
 
 namespace quarl {
 
@@ -23,14 +24,6 @@ bool StartsWithHeader(const char* line)
 bool StartsLikeVersionSection(const char* line)
 {
     return line && AsciiCompareNoCaseN(line, "~V", 2) == 0;
-}
-
-// Blank lines and comments never reach a section reader. Spaces and
-// backslashes in any mixture may stand in front of the "#"; a tab may not.
-bool LineCounts(const char* line)
-{
-    while (*line == ' ' || *line == '\\') ++line;
-    return *line != '#' && *line != '\0';
 }
 
 // A line whose first value is a number, as the rows of a data section are.
@@ -248,6 +241,7 @@ ELASFILEERROR CLasReader::OpenWith(OpenInput open)
     m_lineNumber = 0;
     m_lineOffset = 0;
     m_bytesKept = 0;
+    m_rowsByThreads = 0;
     m_stopReason.clear();
     std::fill(std::begin(m_noteCounts), std::end(m_noteCounts), 0u);
     m_isVersion1 = false;

@@ -18,6 +18,14 @@ constexpr unsigned kColonsKept = 4;       // leniently the value kept its colons
 constexpr unsigned kMnemonicPeriods = 8;  // leniently the mnemonic ended at a double period
 constexpr unsigned kUnitColons = 16;      // leniently the unit kept colons up to a blank
 
+// Blank lines and comments never reach a section reader. Spaces and
+// backslashes in any mixture may stand in front of the "#"; a tab may not.
+inline bool LineCounts(const char* line)
+{
+    while (*line == ' ' || *line == '\\') ++line;
+    return *line != '#' && *line != '\0';
+}
+
 // Leniently, a curve that has no name of its own is "UNKNOWN:1",
 // "UNKNOWN:2", ...: the number of such a name, 0 for any other name.
 inline size_t UnknownNumber(const std::string& mnemonic)

@@ -19,6 +19,9 @@ uint64_t ReadBudgetFor(const std::string& path)
 CLasReadOptions ProgramReadOptions(bool strict, const std::string& path)
 {
     CLasReadOptions options;
+    std::error_code error;
+    const uintmax_t size = std::filesystem::file_size(path, error);
+    if (!error && size >= kManyThreadsFrom) options.threads = 0;
     if (strict) return options;
     options.lenient = true;
     options.maxBytes = ReadBudgetFor(path);

@@ -17,8 +17,13 @@ namespace quarl::apps {
 // LASFILE_OUT_OF_MEMORY at once instead of exhausting the machine.
 uint64_t ReadBudgetFor(const std::string& path);
 
+// Files of this many bytes and more are read on every core.
+constexpr uint64_t kManyThreadsFrom = 16ULL << 20;
+
 // The read options of a program: lenient and bounded by ReadBudgetFor, or
-// with --strict the reader's defaults, exactly.
+// with --strict the reader's defaults, exactly; a file of kManyThreadsFrom
+// bytes or more is read on every core (CLasReadOptions::threads 0), which
+// reads what one thread reads.
 CLasReadOptions ProgramReadOptions(bool strict, const std::string& path);
 
 // "line 12: LASNOTE_SHORT_ROW: <text>"; a note about the whole file has no line.

@@ -551,3 +551,24 @@ TEST(Conversion, CorpusAndSamplesSurviveConversion)
 }
 
 }  // namespace
+
+// A large file is read on every core, strictly or leniently; a small one and
+// a missing one on one thread.
+TEST(ReadOptions, LargeFilesAreReadOnEveryCore)
+{
+    const fs::path dir = fs::temp_directory_path() / ("quarl-threads-" + std::to_string(getpid()));
+    fs::create_directories(dir);
+    const std::string small = (dir / "small.las").string();
+    const std::string large = (dir / "large.las").string();
+    std::ofstream(small) << "~V\n";
+    std::ofstream(large).close();
+    fs::resize_file(large, ex::kManyThreadsFrom);
+    for (bool strict : {true, false}) {
+        EXPECT_EQ(ex::ProgramReadOptions(strict, large).threads, 0u);
+        EXPECT_EQ(ex::ProgramReadOptions(strict, small).threads, 1u);
+        EXPECT_EQ(ex::ProgramReadOptions(strict, (dir / "none.las").string()).threads, 1u);
+    }
+    EXPECT_FALSE(ex::ProgramReadOptions(true, large).lenient);
+    EXPECT_TRUE(ex::ProgramReadOptions(false, large).lenient);
+    fs::remove_all(dir);
+}

@@ -74,6 +74,30 @@ struct CLasReadOptions {
     /// no more than this much memory. The default, 256 MiB
     /// (CTextFile::kDefaultMaxLineLength), is far above any line of a LAS file.
     uint64_t maxLineLength = CTextFile::kDefaultMaxLineLength;
+    /// How many threads cut the rows of a data section into values: 1 (the
+    /// default) reads on the calling thread alone; 0 takes as many as the
+    /// machine has; N takes N. The result is the same with any number, strict
+    /// or lenient: sections, values, notes, results, line numbers and the
+    /// budget. The rows are read in blocks of 8 MiB per thread; the lines of a
+    /// block are shared out in runs of whole lines, every thread converts the
+    /// rows of its run into the curves, and the calling thread joins the runs
+    /// in file order. A run takes only rows that need nothing from the lines
+    /// around them (each value one plain whole number, one per curve, nothing
+    /// behind the last) and the blank and comment lines between them. The
+    /// first line of another kind (a header, a short or long row, an odd or
+    /// quoted token; leniently also a carriage return that no line feed
+    /// follows) ends the block: the reader goes on behind the last row taken,
+    /// on the calling thread as with 1, and shares out the next block behind
+    /// the next row (behind 4096 rows when the last block gave fewer) as
+    /// well. These read on the calling thread alone: wrapped files,
+    /// text decoded from UTF-16/32, with a byte-order mark or read by carriage
+    /// returns, data sections with a text curve or a delimiter that may stand
+    /// in a number ('.', '+', '-', a digit, 'e'), headersOnly, and every read
+    /// with a status callback (so the callback is called on the calling
+    /// thread alone, at every tenth physical line, as with 1). The curves of
+    /// a section read on threads get room for the rows the rest of the file
+    /// may hold at their first block.
+    unsigned threads = 1;
 };
 
 /// What a read noticed and the host may want to know. Every read, strict or
@@ -83,12 +107,12 @@ enum ELASNOTEKIND : int32_t {
     LASNOTE_READ_STOPPED = 0,     ///< the read failed here; the text says why
     LASNOTE_SECTION_SKIPPED = 1,  ///< a section nothing reads was passed over
     LASNOTE_SHORT_ROW = 2,        ///< a row with fewer values than curves was filled
-    LASNOTE_LONG_ROW = 3,         ///< values behind the last curve were dropped (strict reads
-                                  ///< only: leniently they are kept, LASNOTE_EXTRA_COLUMNS)
-    LASNOTE_NOT_A_NUMBER = 4,     ///< a numeric token that is no number was read as 0;
-                                  ///< leniently, once its column is read, a token that no
-                                  ///< rule reads as one whole number is NaN ("-", "ERR",
-                                  ///< "(null)", "12.5ft", "1.2.3"), one note on its line
+    LASNOTE_LONG_ROW = 3,         ///< values behind the last curve were dropped (strict reads only:
+                                  ///< leniently they are kept, LASNOTE_EXTRA_COLUMNS)
+    LASNOTE_NOT_A_NUMBER = 4,     ///< a numeric token that is no number was read as 0; leniently,
+                                  ///< once its column is read, a token that no rule reads as one
+                                  ///< whole number is NaN ("-", "ERR", "(null)", "12.5ft",
+                                  ///< "1.2.3"), one note on its line
     LASNOTE_VALUE_CUT = 5,        ///< a parameter value ended at a colon inside a time (12:30)
     LASNOTE_HEADER_AT_END = 6,    ///< a section header is the last line of the file
     LASNOTE_BUDGET_EXCEEDED = 7,  ///< the read passed CLasReadOptions::maxBytes
@@ -96,108 +120,108 @@ enum ELASNOTEKIND : int32_t {
     LASNOTE_NUMBER_IN_PART = 9,   ///< a numeric token of which only a leading number counts
                                   ///< ("123,420", "12.5ft", "1.2.3", "5-3": 123, 12.5, 1.2, 5);
                                   ///< strict reads only: leniently such a token is NaN
-    LASNOTE_NOT_TEXT = 10,        ///< the first 1024 bytes hold a NUL byte (a binary file, a
-                                  ///< device of zeros): the read ends at once, on line 1, with
+    LASNOTE_NOT_TEXT = 10,        ///< the first 1024 bytes hold a NUL byte (a binary file, a device
+                                  ///< of zeros): the read ends at once, on line 1, with
                                   ///< LASFILE_BAD_FORMAT
     LASNOTE_LINE_TOO_LONG = 11,   ///< a line is longer than CLasReadOptions::maxLineLength: the
                                   ///< read ends there with LASFILE_BAD_FORMAT
     // Made only in lenient reads, one kind for each relaxed rule.
     LASNOTE_DECODED = 16,               ///< a UTF-8 byte-order mark passed over, UTF-16/32 text
-                                        ///< (with a mark, or UTF-16 seen by its zero bytes) read
-                                        ///< as UTF-8, or carriage returns read as line ends (when
-                                        ///< the first 1024 bytes hold them and no line feed; or,
-                                        ///< in a file of line feeds, from the first carriage
-                                        ///< return that no line feed follows on: one note, on
-                                        ///< the line it ends, and line numbers count such lines)
-    LASNOTE_TEXT_BEFORE_SECTIONS = 17,  ///< blank lines and text in front of the first "~"
-                                        ///< line passed over (comments behind a first "#"
-                                        ///< line are no note: strict reading passes them too)
+                                        ///< (with a mark, or UTF-16 seen by its zero bytes) read as
+                                        ///< UTF-8, or carriage returns read as line ends (when the
+                                        ///< first 1024 bytes hold them and no line feed; or, in a
+                                        ///< file of line feeds, from the first carriage return that
+                                        ///< no line feed follows on: one note, on the line it ends,
+                                        ///< and line numbers count such lines)
+    LASNOTE_TEXT_BEFORE_SECTIONS = 17,  ///< blank lines and text in front of the first "~" line
+                                        ///< passed over (comments behind a first "#" line are no
+                                        ///< note: strict reading passes them too)
     LASNOTE_NO_VERSION_FIRST = 18,      ///< the first section is not Version: LAS 2.0 assumed
     LASNOTE_SECTION_TITLE = 19,         ///< "~Curves", "~Params", "~Parameters" and "~Asc" (any
                                         ///< case) read and stored as Curve, Parameter, ASCII
     LASNOTE_HEADER_INDENTED = 20,       ///< a "~" behind blanks starts a section header
     LASNOTE_NO_PERIOD = 21,             ///< "PROV :ALBERTA": the mnemonic is the text before the
                                         ///< first colon, the unit is empty; when a number follows
-                                        ///< its first word ("BS  222 : BIT SIZE") that word is
-                                        ///< the mnemonic and the rest the value
-    LASNOTE_LINE_PASSED_OVER = 22,      ///< a line of a parameter section that is no parameter
-                                        ///< line is passed over instead of ending the read
-    LASNOTE_VALUE_WITH_COLONS = 23,     ///< a value keeps colons that are no description colon:
-                                        ///< one whose first colon stands between two digits (a
-                                        ///< time) ends at the first colon that does not, or takes
-                                        ///< the whole line when every colon is in a time
-                                        ///< ("CREA. 8/24/2011 12:45:27"); a value whose first colon
-                                        ///< has no blank in front ("LOC. X: 12 ft, Y: 3 : Location")
-                                        ///< ends at the last colon that has a blank in front and
-                                        ///< a word behind
+                                        ///< its first word ("BS  222 : BIT SIZE") that word is the
+                                        ///< mnemonic and the rest the value
+    LASNOTE_LINE_PASSED_OVER = 22,      ///< a line of a parameter section that is no parameter line
+                                        ///< is passed over instead of ending the read
+    LASNOTE_VALUE_WITH_COLONS = 23,     ///< a value keeps colons that are no description colon: one
+                                        ///< whose first colon stands between two digits (a time)
+                                        ///< ends at the first colon that does not, or takes the
+                                        ///< whole line when every colon is in a time ("CREA.
+                                        ///< 8/24/2011 12:45:27"); a value whose first colon has no
+                                        ///< blank in front ("LOC. X: 12 ft, Y: 3 : Location") ends
+                                        ///< at the last colon that has a blank in front and a word
+                                        ///< behind
     LASNOTE_LAS12_WELL_VALUE = 24,      ///< VERS 1.x, Well line other than STRT, STOP, STEP, NULL
                                         ///< with text on both sides of the colon: value and
                                         ///< description swapped ("COMP. COMPANY: ANY OIL CO"); with
                                         ///< text only in front of the colon, that text is the
                                         ///< description ("UWI .   UNIQUE WELL ID:")
     LASNOTE_NULL_FILLED = 25,           ///< a short row's numbers filled with the Well section's
-                                        ///< NULL value instead of 0 (a row with no NULL in the
-                                        ///< Well section is filled with 0: LASNOTE_SHORT_ROW)
-    LASNOTE_COLUMNS_FROM_HEADER = 26,   ///< a data section without definition section whose
-                                        ///< header names its columns ("~A DEPT GR") gets one
-                                        ///< numeric curve per name and no association
+                                        ///< NULL value instead of 0 (a row with no NULL in the Well
+                                        ///< section is filled with 0: LASNOTE_SHORT_ROW)
+    LASNOTE_COLUMNS_FROM_HEADER = 26,   ///< a data section without definition section whose header
+                                        ///< names its columns ("~A DEPT GR") gets one numeric curve
+                                        ///< per name and no association
     LASNOTE_LEADING_TAB = 27,           ///< a tab in front of the first value of a LAS 3.0
                                         ///< tab-delimited row is passed over
     LASNOTE_ARRAY_FORMAT = 28,          ///< a curve of format "{AF..}", "{AI..}" or "{AE..}" is
                                         ///< numeric; the note is on the data section's header
     LASNOTE_TEXT_COLUMN = 29,           ///< a numeric curve none of whose tokens is a number
-                                        ///< (dates, names) holds them as text; the note is on
-                                        ///< the data section's header, and its tokens have
-                                        ///< no notes of their own
+                                        ///< (dates, names) holds them as text; the note is on the
+                                        ///< data section's header, and its tokens have no notes of
+                                        ///< their own
     LASNOTE_DECIMAL_COMMA = 30,         ///< a numeric curve whose tokens are whole numbers and
                                         ///< numbers with a comma ("12,5", "-0,25") and never a
-                                        ///< period, in a file whose delimiter is not the comma,
-                                        ///< is read with the comma as the decimal mark (not when
-                                        ///< every comma has three digits behind it: "1,500");
-                                        ///< the note is on the data section's header. In a curve
-                                        ///< whose other values have decimals (a period), each
-                                        ///< token of digits, one comma and digits is read with
-                                        ///< the comma as the decimal mark ("123,420" is 123.42),
-                                        ///< a note on its line. A comma with a period ("1,500.25"),
-                                        ///< and a comma that may group thousands, is no decimal
-                                        ///< comma: NaN with LASNOTE_NOT_A_NUMBER
+                                        ///< period, in a file whose delimiter is not the comma, is
+                                        ///< read with the comma as the decimal mark (not when every
+                                        ///< comma has three digits behind it: "1,500"); the note is
+                                        ///< on the data section's header. In a curve whose other
+                                        ///< values have decimals (a period), each token of digits,
+                                        ///< one comma and digits is read with the comma as the
+                                        ///< decimal mark ("123,420" is 123.42), a note on its line.
+                                        ///< A comma with a period ("1,500.25"), and a comma that
+                                        ///< may group thousands, is no decimal comma: NaN with
+                                        ///< LASNOTE_NOT_A_NUMBER
     LASNOTE_MNEMONIC_PERIODS = 31,      ///< a mnemonic that holds periods ends at a double period:
                                         ///< "Cond..MS/M" is mnemonic "Cond.", unit "MS/M"
     LASNOTE_NEAREST_DEFINITION = 32,    ///< a data section takes the nearest definition section of
                                         ///< its name above it (files that repeat ~Curve and ~Ascii
                                         ///< for each logging run), not the first
-    LASNOTE_UNIT_WITH_COLONS = 33,      ///< a unit that holds colons ends at its first blank when the
-                                        ///< line has a colon behind that blank:
+    LASNOTE_UNIT_WITH_COLONS = 33,      ///< a unit that holds colons ends at its first blank when
+                                        ///< the line has a colon behind that blank:
                                         ///< "STRT.DD/MM/YYYY-HH:MM:SS 03/09/2021-00:00:00 : Start"
                                         ///< has unit "DD/MM/YYYY-HH:MM:SS" and the date as value
     LASNOTE_EXTRA_COLUMNS = 34,         ///< a row with values behind the last curve (in a file that
                                         ///< is not wrapped) gets a numeric curve for each, appended
-                                        ///< to the definition section too; earlier rows are filled as
-                                        ///< a short row is (the Well section's NULL, else 0). The
-                                        ///< curves are named by the last "#" line between the data
-                                        ///< header and the first row, else the one right above the
-                                        ///< header, when its words (split on blanks) are one per
-                                        ///< value of the row, or one per added curve; else by the
-                                        ///< words behind the data header's name ("~A DEPT GR") the
-                                        ///< same way; else "UNKNOWN:1", "UNKNOWN:2", ...
+                                        ///< to the definition section too; earlier rows are filled
+                                        ///< as a short row is (the Well section's NULL, else 0).
+                                        ///< The curves are named by the last "#" line between the
+                                        ///< data header and the first row, else the one right above
+                                        ///< the header, when its words (split on blanks) are one
+                                        ///< per value of the row, or one per added curve; else by
+                                        ///< the words behind the data header's name ("~A DEPT GR")
+                                        ///< the same way; else "UNKNOWN:1", "UNKNOWN:2", ...
                                         ///< (LASNOTE_LONG_ROW strictly)
     LASNOTE_UNNAMED_CURVE = 35,         ///< a definition line without a mnemonic names its curve
                                         ///< "UNKNOWN:1", "UNKNOWN:2", ... in the order of the
-                                        ///< section. These names, and those of LASNOTE_EXTRA_COLUMNS,
-                                        ///< hold a colon, which CLasWriter refuses in a mnemonic
-                                        ///< (LASFILE_BAD_NAME): a host renames them before writing,
-                                        ///< as quarl-convert does
-    LASNOTE_COMMA_ROWS = 36,            ///< a data section whose first row is values run together by
-                                        ///< commas alone, one per curve ("1000.0,12.5,33.1"), in a
-                                        ///< file whose delimiter is blanks and that is not wrapped,
-                                        ///< has its rows read with the comma as the delimiter; the
-                                        ///< note is on that first row
+                                        ///< section. These names, and those of
+                                        ///< LASNOTE_EXTRA_COLUMNS, hold a colon, which CLasWriter
+                                        ///< refuses in a mnemonic (LASFILE_BAD_NAME): a host
+                                        ///< renames them before writing, as quarl-convert does
+    LASNOTE_COMMA_ROWS = 36,            ///< a data section whose first row is values run together
+                                        ///< by commas alone, one per curve ("1000.0,12.5,33.1"), in
+                                        ///< a file whose delimiter is blanks and that is not
+                                        ///< wrapped, has its rows read with the comma as the
+                                        ///< delimiter; the note is on that first row
     LASNOTE_QUOTED_VALUE = 37,          ///< a data value in quotes is one value, blanks and
                                         ///< delimiters included, stored without its quotes ("pick
                                         ///< gamma", or 'pick delta' closed on its line); one in
                                         ///< double quotes that runs over several lines takes them,
-                                        ///< joined by one blank, up to the closing quote (a header or
-                                        ///< the file's end ends it too); the note is on the line
+                                        ///< joined by one blank, up to the closing quote (a header
+                                        ///< or the file's end ends it too); the note is on the line
                                         ///< where it starts
 };
 
@@ -421,6 +445,9 @@ private:
     ELASFILEERROR PassLeadingComment();
     void ApplyVersionLine(CLasParam& param);
     ELASFILEERROR ReadDataRows(CLasSection& section, uint64_t headerLine);
+    bool RowsMaySplit(const CLasSection& section, const detail::RowBytes& bytes) const;
+    uint64_t ReadRowsInParallel(CLasSection& section, const detail::RowBytes& bytes,
+                                uint64_t rowBytes);
     ELASFILEERROR ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
                               bool& headerReached, detail::KeptTokens* kept);
     void StoreSection(std::shared_ptr<CLasSection> section);
@@ -489,6 +516,8 @@ private:
     /// blanks in front of a "~" that make it a header.
     uint64_t m_lineNumber = 0;
     size_t m_lineOffset = 0;
+    /// Rows of the last read that threads converted (see CLasReadOptions::threads).
+    uint64_t m_rowsByThreads = 0;
     /// Bytes kept so far against m_options.maxBytes.
     uint64_t m_bytesKept = 0;
     /// Why the read stopped, set where it stopped; empty while it goes on.

@@ -102,12 +102,23 @@ public:
     /// line that starts there. The line count does not follow the move.
     /// LASFILE_IO_FAILED as ReadTail's false, and at the end of the file.
     ELASFILEERROR ReadLineAt(uint64_t offset);
+    /// Up to `most` bytes from `offset` on into `bytes`, leaving the position
+    /// of ReadLine alone. False when the stream cannot be read there.
+    bool ReadBytesAt(uint64_t offset, size_t most, std::string& bytes);
+    /// Goes on at `offset`, the start of a line, as if ReadLine had passed
+    /// `lines` lines to get there. Plain bytes only (no decoding at work).
+    bool MoveTo(uint64_t offset, uint32_t lines);
     /// The offset of the byte behind the current line (its line feed).
     uint64_t GetOffset() const { return m_bufferStart + m_bufferPos; }
 
     /// How far through the file the bytes taken so far reach, 0 to 100, exact
     /// to the byte; 100 once the end is reached. Meaningful while open.
     double GetPercentRead() const;
+    /// The bytes of the file (of the text, when it is decoded).
+    uint64_t GetSize() const { return m_fileSize; }
+    /// The descriptor of the file when its bytes are the text (no decoding
+    /// at work) and it has one; -1 for a buffer or decoded text.
+    int GetDescriptor() const;
     /// The path given to Open (the name given to OpenBuffer); empty when closed.
     tessel::TxString GetFilename() const { return m_filename; }
     /// Lines ended by a line feed since Open.

@@ -99,7 +99,8 @@ class WriteRecord(TypedDict):
     text: NotRequired[bytes]
 
 def read(path: _Text, lenient: bool, headers_only: bool, progress: _Progress = None,
-         cancel: Optional[CancelToken] = None, data: Optional[_Buffer] = None) -> ReadResult: ...
+         cancel: Optional[CancelToken] = None, data: Optional[_Buffer] = None,
+         threads: int = 1) -> ReadResult: ...
 def write(path: _Text, sections: List[Section], las3: bool, delimiter: str,
           progress: _Progress = None, cancel: Optional[CancelToken] = None,
           to_text: bool = False, repair: bool = False) -> WriteRecord: ...

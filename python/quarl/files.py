@@ -132,10 +132,11 @@ def _text_of(raw: ReadResult, source: _Input, encoding: Optional[str]) -> str:
 
 
 def _read(source: Source, strict: bool, headers_only: bool, progress: Progress,
-          cancel: Optional[CancelToken], encoding: Optional[str] = None) -> LasFile:
+          cancel: Optional[CancelToken], encoding: Optional[str] = None,
+          threads: int = 1) -> LasFile:
     where = _input(source)
     raw = _quarl.read(where.path if where.path is not None else where.name.encode("utf-8"),
-                      not strict, headers_only, progress, cancel, where.data)
+                      not strict, headers_only, progress, cancel, where.data, threads)
     chosen = _text_of(raw, where, encoding)
     las = LasFile(raw.sections, las3=raw.las3, wrapped=raw.wrapped, delimiter=raw.delimiter,
                   notes=raw.notes, result=raw.result, path=where.name, encoding=chosen,
@@ -146,7 +147,7 @@ def _read(source: Source, strict: bool, headers_only: bool, progress: Progress,
 
 
 def read(source: Source, *, strict: bool = False, headers_only: bool = False,
-         progress: Progress = None, encoding: Optional[str] = None) -> LasFile:
+         progress: Progress = None, encoding: Optional[str] = None, threads: int = 1) -> LasFile:
     """Reads a LAS file from a path (str, bytes, os.PathLike), from its
     contents (str or bytes: text with a line break, or text that starts with
     "~" and names no file), or from a file object opened for reading, binary
@@ -167,8 +168,17 @@ def read(source: Source, *, strict: bool = False, headers_only: bool = False,
     message names the source and, for a path, what the operating system said
     of it. Bytes that are no text (a NUL byte in the first 1024, as a binary
     file or /dev/zero gives) or a line longer than 256 MiB end the read at
-    once with LASFILE_BAD_FORMAT."""
-    return _read(source, strict, headers_only, progress, None, encoding)
+    once with LASFILE_BAD_FORMAT.
+
+    `threads` is how many threads cut the data rows into values: 1 (the
+    default, since `read_many` and `quarl.dask` already read one file per
+    thread), 0 for every core, or N. The result is the same with any number.
+    Only a read without `progress` shares its rows out (see
+    CLasReadOptions::threads for the rows that do); Ctrl-C then stops it
+    once the read is over."""
+    if threads < 0:
+        raise ValueError("threads must be 0 (every core) or more")
+    return _read(source, strict, headers_only, progress, None, encoding, threads)
 
 
 def _invented(mnemonic: str) -> bool:

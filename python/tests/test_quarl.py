@@ -171,3 +171,26 @@ def test_dask_on_two_local_workers(tmp_path):
     assert logs.groupby("path").size().to_dict() == {str(paths[0]): 400, str(paths[1]): 1000,
                                                      paths[3]: 400}
     np.testing.assert_array_equal(logs[logs.path == str(LAS20)]["GR"], quarl.read(LAS20)["GR"])
+
+
+def _rows_file(rows):
+    head = ("~VERSION INFORMATION\n VERS. 2.0 :\n WRAP. NO :\n~WELL INFORMATION\n NULL. -999.25 :\n"
+            "~CURVE INFORMATION\n DEPT.M :\n GR.GAPI :\n~A\n")
+    body = "".join("%.2f %.4f\n" % (100 + i * 0.5, (i % 37) * 1.25 - 7) for i in range(rows))
+    half = body.index("\n", len(body) // 2) + 1
+    return (head + body[:half] + "# a comment\n1 2 3\n" + body[half:]).encode()
+
+
+def test_read_on_several_threads_reads_what_one_thread_reads():
+    data = _rows_file(20000)
+    one = quarl.read(data, strict=True)
+    lenient = quarl.read(data)
+    for threads in (0, 2, 3):
+        for strict, alone in ((True, one), (False, lenient)):
+            many = quarl.read(data, strict=strict, threads=threads)
+            assert many.df().equals(alone.df())
+            assert [(n.line, n.kind, n.text) for n in many.notes] == \
+                [(n.line, n.kind, n.text) for n in alone.notes]
+    assert len(one.df()) == 20001
+    with pytest.raises(ValueError):
+        quarl.read(data, threads=-1)

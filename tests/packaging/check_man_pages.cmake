@@ -2,7 +2,7 @@
 # each program has its man page in section 1, made for this version.
 #   BINARY_DIR, WORK_DIR, PROGRAMS (a list), VERSION, HAVE_PAGES (0 or 1), GZIP
 if(NOT HAVE_PAGES)
-  message("skipped: help2man or gzip was not found when the build was configured, so there are no man pages")
+  message("skipped: no man pages to install (help2man or gzip was not found when the build was configured, or the build installs nothing: QUARL_INSTALL=OFF)")
   cmake_language(EXIT 77)
 endif()
 file(REMOVE_RECURSE ${WORK_DIR})
