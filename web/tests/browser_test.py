@@ -16,6 +16,7 @@ from functools import partial
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
+from selenium.common.exceptions import NoSuchElementException, StaleElementReferenceException
 from selenium.webdriver.support.ui import WebDriverWait
 
 ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", ".."))
@@ -62,7 +63,11 @@ class Viewer(unittest.TestCase):
         shutil.rmtree(cls.scratch, ignore_errors=True)
 
     def wait(self, condition, timeout=60):
-        return WebDriverWait(self.driver, timeout).until(lambda d: condition())
+        # The page replaces what it draws: an element found a moment ago may
+        # be gone when it is looked at, and the condition is then asked again.
+        ignored = (NoSuchElementException, StaleElementReferenceException)
+        return WebDriverWait(self.driver, timeout, ignored_exceptions=ignored).until(
+            lambda d: condition())
 
     def pick(self, *paths):
         count = len(self.driver.find_elements(By.CSS_SELECTOR, "#tabs button"))
