@@ -7,16 +7,8 @@
 set -eu
 root=$(cd "$(dirname "$0")/../.." && pwd)
 build=$1
-for tool in emcc node /usr/bin/chromium /usr/bin/chromedriver; do
-  if ! command -v $tool >/dev/null 2>&1; then
-    echo "skipped: $tool is missing (tools/install-deps.sh --web)"
-    exit 77
-  fi
-done
-if [ ! -f /usr/include/fast_float/fast_float.h ]; then
-  echo "skipped: fast_float is missing (tools/install-deps.sh --web)"
-  exit 77
-fi
+set -- emcc node /usr/bin/chromium /usr/bin/chromedriver
+. "$root/web/tests/require-web-tools.sh"
 if ! /usr/bin/python3 -c "import selenium" 2>/dev/null; then
   echo "skipped: python3-selenium is missing (tools/install-deps.sh --web)"
   exit 77

@@ -6,15 +6,7 @@
 set -eu
 root=$(cd "$(dirname "$0")/../.." && pwd)
 build=$1
-for tool in emcc node; do
-  if ! command -v $tool >/dev/null 2>&1; then
-    echo "skipped: $tool is missing (tools/install-deps.sh --web)"
-    exit 77
-  fi
-done
-if [ ! -f /usr/include/fast_float/fast_float.h ]; then
-  echo "skipped: fast_float is missing (tools/install-deps.sh --web)"
-  exit 77
-fi
+set -- emcc node
+. "$root/web/tests/require-web-tools.sh"
 QUARL_WEB_BUILD="$build/web-build" "$root/tools/build-web.sh" "$build/web-site"
 QUARL_SITE="$build/web-site" node --test "$root/web/tests/"
