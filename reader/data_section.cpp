@@ -457,9 +457,15 @@ char CLasReader::RowDelimiter(size_t curves)
     return ',';
 }
 
-// Rows taken by threads fewer than this: the next this many rows are read on
-// one thread before threads take the rows again.
+// Rows read line by line in a data section before its rows are first taken
+// block by block: a section of a few rows never costs a block.
+constexpr uint64_t kRowsBeforeBlocks = 64;
+// Rows taken from blocks fewer than this: the next this many rows are read
+// line by line before blocks take the rows again.
 constexpr uint64_t kShortRun = 4096;
+// A block is at most this many times the bytes read line by line before it
+// in the section, so that blocks that end early cost little.
+constexpr uint64_t kBlockPerByteRead = 16;
 
 // Row after row up to the next header or the end of the file. A section
 // without curves passes over its lines. Leniently, the odd tokens of numeric
@@ -472,8 +478,9 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
     std::unique_ptr<detail::KeptTokens> kept;
     if (m_options.lenient) kept.reset(new detail::KeptTokens(section.m_curves.size()));
     ELASFILEERROR result = LASFILE_OK;
-    const bool split = RowsMaySplit(section, bytes);
-    uint64_t rowsToNextSplit = 0;  // after a short run, a few rows on one thread first
+    const bool inBlocks = RowsMayGoInBlocks(section, bytes);
+    const uint64_t sectionStart = m_file.GetOffset();
+    uint64_t rowsToNextBlock = kRowsBeforeBlocks;
     for (;;) {
         const char* line = Line();
         if (!line || line[0] == '~') break;
@@ -487,9 +494,12 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
                 rowBytes = RowBytes(section.m_curves);
             }
         }
-        if (split && rowsToNextSplit-- == 0)
-            rowsToNextSplit =
-                ReadRowsInParallel(section, bytes, rowBytes) < kShortRun ? kShortRun : 0;
+        if (inBlocks && rowsToNextBlock-- == 0) {
+            const uint64_t readBytes = m_file.GetOffset() - sectionStart;
+            const uint64_t rows = ReadRowsInBlocks(section, bytes, rowBytes,
+                                                   static_cast<size_t>(readBytes * kBlockPerByteRead));
+            rowsToNextBlock = rows < kShortRun ? kShortRun : 0;
+        }
         result = ReadLine();
         if (result == LASFILE_IO_FAILED) {
             result = LASFILE_OK;  // the end of the file

@@ -24,6 +24,10 @@ namespace {
 constexpr size_t kBytesPerThread = size_t(8) << 20;
 // A line longer than this is left to the sequential reader.
 constexpr size_t kLongestLine = size_t(1) << 20;
+// The smallest block of the file that rows are read from.
+constexpr size_t kSmallestBlock = size_t(4) << 10;
+// Blocks below this size are copied rather than mapped.
+constexpr size_t kSmallestMap = size_t(1) << 20;
 // The most threads a read takes.
 constexpr unsigned kMostThreads = 64;
 
@@ -87,6 +91,28 @@ bool HasLoneReturn(const char* at, const char* feed)
     return cr && cr + 1 != feed;
 }
 
+// A plain row read where it stands in the block, up to its line feed (a
+// carriage return may stand in front of it): its values go to row `row` of
+// `columns`, and the byte behind the line feed is returned. Null when the
+// line needs the closer look of ReadPlainRow, which takes it as ReadLine
+// gives it; a row left half written there is written again or dropped.
+const char* ReadRowInPlace(const detail::RowBytes& bytes, const char* p,
+                           const std::vector<double*>& columns, size_t row)
+{
+    const size_t count = columns.size();
+    const bool checkDelimiter = bytes.delimiter() != ' ';
+    for (size_t column = 0; column < count; ++column) {
+        p = bytes.SkipBlanks(p);
+        const char* number = ParsePlainDecimal(p, &columns[column][row]);
+        if (!number || !bytes.EndsToken(*number)) return nullptr;
+        p = bytes.SkipBlanks(number);
+        if (checkDelimiter && column + 1 < count && *p == bytes.delimiter())
+            p = bytes.SkipBlanks(p + 1);
+    }
+    if (*p == '\r') ++p;
+    return *p == '\n' ? p + 1 : nullptr;
+}
+
 // Converts the lines of `run` as ReadLine and ReadDataRow would, up to the
 // first line that is neither a plain row nor passed over. The run ends
 // behind its last row: the lines passed over behind it are left to the
@@ -95,24 +121,30 @@ void ReadRun(const detail::RowBytes& bytes, bool decoding, const std::vector<dou
              Run& run)
 {
     const size_t count = columns.size();
+    const detail::RowBytes inPlace = bytes.EndingAtLineBreaks();
     std::vector<char> line;
     std::vector<double> row(count);
     uint32_t lines = 0;
     for (const char* at = run.begin; at < run.end; ++lines) {
-        const char* feed = static_cast<const char*>(std::memchr(at, '\n', size_t(run.end - at)));
-        if (!feed || size_t(feed - at) > kLongestLine || (decoding && HasLoneReturn(at, feed))) {
-            run.stopped = true;
-            return;
-        }
-        const char* text = CopyLine(at, feed, line);
-        at = feed + 1;
-        if (!LineCounts(text)) continue;
-        if (text[0] == '~' || !ReadPlainRow(bytes, text, count, row.data())) {
-            run.stopped = true;
-            return;
-        }
         const size_t to = run.firstRow + run.rows;
-        for (size_t i = 0; i < count; ++i) columns[i][to] = row[i];
+        const char* next = ReadRowInPlace(inPlace, at, columns, to);
+        if (!next || size_t(next - at) > kLongestLine) {
+            const char* feed = static_cast<const char*>(std::memchr(at, '\n', size_t(run.end - at)));
+            if (!feed || size_t(feed - at) > kLongestLine || (decoding && HasLoneReturn(at, feed))) {
+                run.stopped = true;
+                return;
+            }
+            const char* text = CopyLine(at, feed, line);
+            at = feed + 1;
+            if (!LineCounts(text)) continue;
+            if (text[0] == '~' || !ReadPlainRow(bytes, text, count, row.data())) {
+                run.stopped = true;
+                return;
+            }
+            for (size_t i = 0; i < count; ++i) columns[i][to] = row[i];
+        } else {
+            at = next;
+        }
         ++run.rows;
         run.bytes = size_t(at - run.begin);
         run.lines = lines + 1;
@@ -207,7 +239,7 @@ public:
         const uint64_t size = file.GetSize();
         most = static_cast<size_t>(std::min<uint64_t>(most, offset < size ? size - offset : 0));
         const int fd = file.GetDescriptor();
-        if (fd >= 0 && most > 0 && m_map.Map(fd, offset, most)) {
+        if (fd >= 0 && most >= kSmallestMap && m_map.Map(fd, offset, most)) {
             m_data = m_map.data();
             m_size = most;
             return true;
@@ -242,10 +274,12 @@ unsigned ThreadCount(unsigned asked)
 
 }  // namespace
 
-// Whether the rows of `section` may be shared out among threads.
-bool CLasReader::RowsMaySplit(const CLasSection& section, const detail::RowBytes& bytes) const
+// Whether the rows of `section` may be read block by block (and shared out
+// among threads): plain bytes, numeric curves, no wrapping, and no status
+// callback, which hears of every tenth line as it is read.
+bool CLasReader::RowsMayGoInBlocks(const CLasSection& section, const detail::RowBytes& bytes) const
 {
-    if (ThreadCount(m_options.threads) < 2 || m_statusCallback || m_isWrapped ||
+    if (m_statusCallback || m_isWrapped ||
         m_file.GetTextForm() != CTextFile::kFormBytes || !bytes.plainNumbers() ||
         section.m_curves.empty())
         return false;
@@ -255,29 +289,35 @@ bool CLasReader::RowsMaySplit(const CLasSection& section, const detail::RowBytes
 }
 
 // From the line behind the current one on: the plain rows, block by block,
-// appended to the curves. The file goes on at the first line not taken, and
-// the line number and the bytes kept count the lines taken. Returns the rows
-// taken.
-uint64_t CLasReader::ReadRowsInParallel(CLasSection& section, const detail::RowBytes& bytes,
-                                        uint64_t rowBytes)
+// appended to the curves. The first block is at most `firstBlock` bytes and
+// each block that was taken whole makes the next four times larger, up to
+// kBytesPerThread for every thread: a section of a few rows costs a small
+// block, a long one few. The file goes on at the first line not taken, and
+// the line number and the bytes kept count the lines taken. Returns the
+// rows taken.
+uint64_t CLasReader::ReadRowsInBlocks(CLasSection& section, const detail::RowBytes& bytes,
+                                      uint64_t rowBytes, size_t firstBlock)
 {
     std::vector<CLasCurve>& curves = section.m_curves;
     const unsigned threads = ThreadCount(m_options.threads);
+    const size_t largest = kBytesPerThread * threads;
+    size_t blockSize = std::min(std::max(firstBlock, kSmallestBlock), largest);
     uint64_t taken = 0;
+    bool lastTakenWhole = false;
     FileBlock block;
     for (;;) {
         const uint64_t start = m_file.GetOffset();
-        if (!block.Read(m_file, start, kBytesPerThread * threads)) return taken;
+        if (!block.Read(m_file, start, blockSize)) return taken;
         const size_t wholeLines = block.WholeLines();
         if (wholeLines == 0) return taken;
         const char* begin = block.data();
         const size_t before = curves.front().m_numbers.size();
         std::vector<Run> runs = CutIntoRuns(begin, begin + wholeLines, threads, before);
         const size_t lineRows = runs.back().firstRow + runs.back().lineFeeds;
-        // Room for the rows of the blocks ahead too, so that the curves are
-        // not copied as they grow.
-        const uint64_t blocksLeft = (m_file.GetSize() - start) / (wholeLines) + 1;
-        const size_t expected = before + (lineRows - before) * blocksLeft;
+        // Once a block was taken whole, room for the rows of the blocks
+        // ahead too, so that the curves are not copied as they grow.
+        const uint64_t blocksLeft = (m_file.GetSize() - start) / wholeLines + 1;
+        const size_t expected = lastTakenWhole ? before + (lineRows - before) * blocksLeft : lineRows;
         std::vector<double*> columns;
         for (CLasCurve& curve : curves) {
             if (curve.m_numbers.capacity() < lineRows) curve.m_numbers.reserve(expected);
@@ -286,7 +326,6 @@ uint64_t CLasReader::ReadRowsInParallel(CLasSection& section, const detail::RowB
         }
         const bool decoding = m_file.GetDecoding();
         OnEveryRun(runs, [&](Run& run) { ReadRun(bytes, decoding, columns, run); });
-
         // The rows the budget has room for, as Spend would count them.
         uint64_t room = UINT64_MAX;
         if (m_options.maxBytes != 0)
@@ -315,10 +354,12 @@ uint64_t CLasReader::ReadRowsInParallel(CLasSection& section, const detail::RowB
         for (CLasCurve& curve : curves) curve.m_numbers.resize(rows);
         if (rows == before) return taken;  // the file stays where it was
         taken += rows - before;
-        m_rowsByThreads += rows - before;
+        m_rowsInBlocks += rows - before;
         m_bytesKept += (rows - before) * rowBytes;
         m_lineNumber += resumeLines;
         if (!m_file.MoveTo(start + resumeBytes, resumeLines) || stopped) return taken;
+        lastTakenWhole = true;
+        blockSize = std::min(blockSize * 4, largest);
     }
 }
 

@@ -241,7 +241,7 @@ ELASFILEERROR CLasReader::OpenWith(OpenInput open)
     m_lineNumber = 0;
     m_lineOffset = 0;
     m_bytesKept = 0;
-    m_rowsByThreads = 0;
+    m_rowsInBlocks = 0;
     m_stopReason.clear();
     std::fill(std::begin(m_noteCounts), std::end(m_noteCounts), 0u);
     m_isVersion1 = false;

@@ -39,6 +39,16 @@ public:
         while (!Is(*p, kEnd)) ++p;
         return p;
     }
+    bool EndsToken(char c) const { return Is(c, kEnd); }
+    // The same bytes for rows read where they stand in the file: a carriage
+    // return and a line feed end a token too.
+    RowBytes EndingAtLineBreaks() const
+    {
+        RowBytes copy = *this;
+        copy.Mark('\r', kEnd);
+        copy.Mark('\n', kEnd);
+        return copy;
+    }
     char delimiter() const { return m_delimiter; }
     bool plainNumbers() const { return m_plainNumbers; }
 

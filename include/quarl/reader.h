@@ -445,9 +445,9 @@ private:
     ELASFILEERROR PassLeadingComment();
     void ApplyVersionLine(CLasParam& param);
     ELASFILEERROR ReadDataRows(CLasSection& section, uint64_t headerLine);
-    bool RowsMaySplit(const CLasSection& section, const detail::RowBytes& bytes) const;
-    uint64_t ReadRowsInParallel(CLasSection& section, const detail::RowBytes& bytes,
-                                uint64_t rowBytes);
+    bool RowsMayGoInBlocks(const CLasSection& section, const detail::RowBytes& bytes) const;
+    uint64_t ReadRowsInBlocks(CLasSection& section, const detail::RowBytes& bytes,
+                              uint64_t rowBytes, size_t firstBlock);
     ELASFILEERROR ReadDataRow(const detail::RowBytes& bytes, CLasSection& section,
                               bool& headerReached, detail::KeptTokens* kept);
     void StoreSection(std::shared_ptr<CLasSection> section);
@@ -517,7 +517,7 @@ private:
     uint64_t m_lineNumber = 0;
     size_t m_lineOffset = 0;
     /// Rows of the last read that threads converted (see CLasReadOptions::threads).
-    uint64_t m_rowsByThreads = 0;
+    uint64_t m_rowsInBlocks = 0;
     /// Bytes kept so far against m_options.maxBytes.
     uint64_t m_bytesKept = 0;
     /// Why the read stopped, set where it stopped; empty while it goes on.

@@ -31,7 +31,7 @@ struct ReaderAccess {
         r.m_sections.back()->m_name = name;
         r.m_sections.back()->m_type = LASSECTION_DEFINITION;
     }
-    static uint64_t RowsByThreads(const CLasReader& r) { return r.m_rowsByThreads; }
+    static uint64_t RowsInBlocks(const CLasReader& r) { return r.m_rowsInBlocks; }
     static uint64_t BytesKept(const CLasReader& r) { return r.m_bytesKept; }
     static void SetLas3(CLasReader& r, bool isLas3) { r.m_isLas3 = isLas3; }
     // "3 W ," for LAS 3.0, wrapped, comma; "2 - " for LAS 2.0, unwrapped, blank.
