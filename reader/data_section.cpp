@@ -496,8 +496,8 @@ ELASFILEERROR CLasReader::ReadDataRows(CLasSection& section, uint64_t headerLine
         }
         if (inBlocks && rowsToNextBlock-- == 0) {
             const uint64_t readBytes = m_file.GetOffset() - sectionStart;
-            const uint64_t rows = ReadRowsInBlocks(section, bytes, rowBytes,
-                                                   static_cast<size_t>(readBytes * kBlockPerByteRead));
+            const uint64_t rows = ReadRowsInBlocks(
+                section, bytes, rowBytes, static_cast<size_t>(readBytes * kBlockPerByteRead));
             rowsToNextBlock = rows < kShortRun ? kShortRun : 0;
         }
         result = ReadLine();

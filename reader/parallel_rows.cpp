@@ -129,8 +129,10 @@ void ReadRun(const detail::RowBytes& bytes, bool decoding, const std::vector<dou
         const size_t to = run.firstRow + run.rows;
         const char* next = ReadRowInPlace(inPlace, at, columns, to);
         if (!next || size_t(next - at) > kLongestLine) {
-            const char* feed = static_cast<const char*>(std::memchr(at, '\n', size_t(run.end - at)));
-            if (!feed || size_t(feed - at) > kLongestLine || (decoding && HasLoneReturn(at, feed))) {
+            const char* feed =
+                static_cast<const char*>(std::memchr(at, '\n', size_t(run.end - at)));
+            if (!feed || size_t(feed - at) > kLongestLine ||
+                (decoding && HasLoneReturn(at, feed))) {
                 run.stopped = true;
                 return;
             }
@@ -279,9 +281,8 @@ unsigned ThreadCount(unsigned asked)
 // callback, which hears of every tenth line as it is read.
 bool CLasReader::RowsMayGoInBlocks(const CLasSection& section, const detail::RowBytes& bytes) const
 {
-    if (m_statusCallback || m_isWrapped ||
-        m_file.GetTextForm() != CTextFile::kFormBytes || !bytes.plainNumbers() ||
-        section.m_curves.empty())
+    if (m_statusCallback || m_isWrapped || m_file.GetTextForm() != CTextFile::kFormBytes ||
+        !bytes.plainNumbers() || section.m_curves.empty())
         return false;
     for (const CLasCurve& curve : section.m_curves)
         if (!curve.m_isNumeric) return false;
@@ -317,7 +318,8 @@ uint64_t CLasReader::ReadRowsInBlocks(CLasSection& section, const detail::RowByt
         // Once a block was taken whole, room for the rows of the blocks
         // ahead too, so that the curves are not copied as they grow.
         const uint64_t blocksLeft = (m_file.GetSize() - start) / wholeLines + 1;
-        const size_t expected = lastTakenWhole ? before + (lineRows - before) * blocksLeft : lineRows;
+        const size_t expected =
+            lastTakenWhole ? before + (lineRows - before) * blocksLeft : lineRows;
         std::vector<double*> columns;
         for (CLasCurve& curve : curves) {
             if (curve.m_numbers.capacity() < lineRows) curve.m_numbers.reserve(expected);
