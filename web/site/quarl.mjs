@@ -8,6 +8,10 @@
 //   doc.free();
 import createQuarlCore from "./quarl_core.mjs";
 
+// readFile asks for the file in pieces of this size, this many at a time.
+const PIECE_BYTES = 16 << 20;
+const PIECES_AT_ONCE = 4;
+
 const isNode = typeof process === "object" && process.versions != null && process.versions.node != null;
 
 // The module's binary: handed in under node, whose fetch refuses file
@@ -135,25 +139,38 @@ class Quarl {
     }
   }
 
-  // Reads a File or Blob as read() reads bytes, streaming it straight into
-  // the module's memory without a copy of the whole file on the side.
-  // options.onProgress(done, total) hears of each piece that comes in, and
-  // options.onReadProgress(percent), as with read(), of the read after it.
+  // Reads a File or Blob as read() reads bytes. The file comes into the
+  // module's memory in pieces, a few asked for at once (the browser reads
+  // them side by side), each copied to its place as it arrives: no copy of
+  // the whole file on the side. options.onProgress(done, total) hears of
+  // each piece, and options.onReadProgress(percent), as with read(), of the
+  // read after it.
   async readFile(file, options = {}) {
     const total = file.size;
     const pointer = this._allocate(total);
     try {
-      const reader = file.stream().getReader();
-      let offset = 0;
-      for (;;) {
-        const { done, value } = await reader.read();
-        if (done) break;
-        if (offset + value.length > total) throw new Error("the file grew while it was read");
-        this._core.HEAPU8.set(value, pointer + offset);  // the view is fetched again: memory may grow
-        offset += value.length;
-        if (options.onProgress) options.onProgress(offset, total);
+      const pending = [];
+      let asked = 0;
+      const ask = () => {
+        if (asked >= total) return;
+        const end = Math.min(total, asked + PIECE_BYTES);
+        const data = file.slice(asked, end).arrayBuffer();
+        data.catch(() => {});  // a piece left waiting when an earlier one failed
+        pending.push({ at: asked, bytes: end - asked, data });
+        asked = end;
+      };
+      for (let i = 0; i < PIECES_AT_ONCE; ++i) ask();
+      let done = 0;
+      while (pending.length > 0) {
+        const piece = pending.shift();
+        const value = new Uint8Array(await piece.data);
+        if (value.length !== piece.bytes) throw new Error("the file changed while it was read");
+        ask();
+        this._core.HEAPU8.set(value, pointer + piece.at);  // the view is fetched again: memory may grow
+        done += value.length;
+        if (options.onProgress) options.onProgress(done, total);
       }
-      return this._readAt(pointer, offset, { name: file.name, ...options });
+      return this._readAt(pointer, total, { name: file.name, ...options });
     } finally {
       this._core._free(pointer);
     }
