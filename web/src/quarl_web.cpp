@@ -357,9 +357,14 @@ private:
     void NullsToNaN(CLasSection& data) const
     {
         if (!m_hasNull) return;
-        for (CLasCurve& c : data.m_curves)
-            for (double& v : c.m_numbers)
-                if (v == m_nullValue) v = std::numeric_limits<double>::quiet_NaN();
+        // A select on local copies, which the compiler turns into SIMD.
+        const double null = m_nullValue;
+        const double nan = std::numeric_limits<double>::quiet_NaN();
+        for (CLasCurve& c : data.m_curves) {
+            double* v = c.m_numbers.data();
+            const size_t n = c.m_numbers.size();
+            for (size_t i = 0; i < n; ++i) v[i] = v[i] == null ? nan : v[i];
+        }
     }
 
     void NaNToNulls(CLasSection& data) const
