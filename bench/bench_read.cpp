@@ -141,9 +141,12 @@ size_t ValuesHeld(const quarl::CLasReader& reader)
 }
 
 // Reads the file with the library; seconds, or a negative number on failure.
-double ReadWithLibrary(const std::string& path, size_t& values)
+double ReadWithLibrary(const std::string& path, size_t& values, unsigned threads = 1)
 {
     quarl::CLasReader reader;
+    quarl::CLasReadOptions options;
+    options.threads = threads;
+    reader.SetOptions(options);
     const auto start = std::chrono::steady_clock::now();
     const quarl::ELASFILEERROR result = reader.Open(tessel::TxString(path));
     const double seconds = Seconds(start);
@@ -496,11 +499,13 @@ int main(int argc, char** argv)
         return ThreadScaling(argv[0], base && *base ? base : "/tmp",
                              argc > 2 ? std::atol(argv[2]) : 400000);
     }
-    if (argc == 3 && std::strcmp(argv[1], "--time") == 0) {
+    // --time FILE [THREADS]: the median time of a strict read.
+    if ((argc == 3 || argc == 4) && std::strcmp(argv[1], "--time") == 0) {
+        const unsigned threads = argc == 4 ? static_cast<unsigned>(std::atoi(argv[3])) : 1;
         std::vector<double> seconds;
         for (int run = 0; run < kRuns; ++run) {
             size_t values = 0;
-            seconds.push_back(ReadWithLibrary(argv[2], values));
+            seconds.push_back(ReadWithLibrary(argv[2], values, threads));
             if (seconds.back() < 0) return 1;
         }
         std::printf("%.4f\n", Median(seconds));

@@ -38,9 +38,21 @@ PEER = "las-js@3.4.2"
 class QuietHandler(http.server.SimpleHTTPRequestHandler):
     extensions_map = {**http.server.SimpleHTTPRequestHandler.extensions_map,
                       ".mjs": "text/javascript", ".js": "text/javascript", ".wasm": "application/wasm"}
+    isolated = False
+
+    def end_headers(self):
+        # A cross-origin isolated page may share memory with its workers.
+        if self.isolated:
+            self.send_header("Cross-Origin-Opener-Policy", "same-origin")
+            self.send_header("Cross-Origin-Embedder-Policy", "require-corp")
+        super().end_headers()
 
     def log_message(self, *args):
         pass
+
+
+class IsolatingHandler(QuietHandler):
+    isolated = True
 
 
 def install_peer(scratch):
@@ -65,6 +77,26 @@ def browser(scratch):
     return webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
 
 
+def native_time(bench_read, path, threads):
+    return float(subprocess.run([bench_read, "--time", path, str(threads)], check=True, capture_output=True,
+                                text=True).stdout)
+
+
+def run_page(scratch, serve, handler, path):
+    """The bench page served by `handler`, the file picked; its result."""
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), partial(handler, directory=serve))
+    threading.Thread(target=server.serve_forever, daemon=True).start()
+    driver = browser(scratch)
+    try:
+        driver.get("http://127.0.0.1:%d/bench.html" % server.server_address[1])
+        WebDriverWait(driver, 30).until(lambda d: d.execute_script("return document.readyState") == "complete")
+        driver.find_element(By.ID, "file").send_keys(path)
+        return WebDriverWait(driver, 900).until(lambda d: d.execute_script("return window.benchResult"))
+    finally:
+        driver.quit()
+        server.shutdown()
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--site", default=os.path.join(ROOT, "build", "web-site"))
@@ -76,8 +108,7 @@ def main():
         path = os.path.join(scratch, "bench.las")
         subprocess.run([args.bench_read, "--make", "0", str(args.rows), path], check=True)
         megabytes = os.path.getsize(path) / 1e6
-        native = float(subprocess.run([args.bench_read, "--time", path], check=True, capture_output=True,
-                                      text=True).stdout)
+        native = native_time(args.bench_read, path, 1)
         serve = os.path.join(scratch, "serve")
         os.mkdir(serve)
         os.symlink(os.path.abspath(args.site), os.path.join(serve, "site"))
@@ -86,27 +117,25 @@ def main():
         peer = install_peer(scratch)
         if peer:
             os.symlink(peer, os.path.join(serve, "peer"))
-        server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), partial(QuietHandler, directory=serve))
-        threading.Thread(target=server.serve_forever, daemon=True).start()
-        driver = browser(scratch)
-        try:
-            driver.get("http://127.0.0.1:%d/bench.html" % server.server_address[1])
-            WebDriverWait(driver, 30).until(lambda d: d.execute_script("return document.readyState") == "complete")
-            driver.find_element(By.ID, "file").send_keys(path)
-            result = WebDriverWait(driver, 900).until(lambda d: d.execute_script("return window.benchResult"))
-        finally:
-            driver.quit()
-            server.shutdown()
-        best = result["best"]
-        print("%.1f MB LAS 2.0, %d rows of 25 curves; best of 6 in headless Chromium (WebAssembly SIMD: %s)"
-              % (megabytes, args.rows, "yes" if result["simd"] else "no"))
-        print("  native strict read   %8.3f s" % native)
-        for kind in ("strict", "lenient"):
-            print("  quarl.mjs %-10s %8.3f s  %.2fx the native read" % (kind, best[kind] / 1000, best[kind] / 1000 / native))
-        if best.get("peer"):
-            print("  las-js 3.4.2         %8.3f s  %.1fx quarl.mjs (strict), %.1fx (lenient)"
-                  % (best["peer"] / 1000, best["peer"] / best["strict"], best["peer"] / best["lenient"]))
-        print("  rows x curves read: %s" % json.dumps(result["shape"]))
+        print("%.1f MB LAS 2.0, %d rows of 25 curves; best of 6 in headless Chromium" % (megabytes, args.rows))
+        print("  native strict read, 1 thread     %8.3f s" % native)
+        for handler, how in ((QuietHandler, "any web server"),
+                             (IsolatingHandler, "a cross-origin isolated page")):
+            result = run_page(scratch, serve, handler, path)
+            best = result["best"]
+            threads = result["threads"]
+            print("served as %s (%d thread%s, WebAssembly SIMD: %s):"
+                  % (how, threads, "" if threads == 1 else "s", "yes" if result["simd"] else "no"))
+            same = native if threads == 1 else native_time(args.bench_read, path, threads)
+            if threads > 1:
+                print("  native strict read, %d threads    %8.3f s" % (threads, same))
+            for kind in ("strict", "lenient"):
+                print("  quarl.mjs %-22s %8.3f s  %.2fx the native read"
+                      % (kind, best[kind] / 1000, best[kind] / 1000 / same))
+            if best.get("peer"):
+                print("  las-js 3.4.2                     %8.3f s  %.1fx quarl.mjs (strict), %.1fx (lenient)"
+                      % (best["peer"] / 1000, best["peer"] / best["strict"], best["peer"] / best["lenient"]))
+            print("  rows x curves read: %s" % json.dumps(result["shape"]))
     finally:
         shutil.rmtree(scratch, ignore_errors=True)
 

@@ -30,5 +30,9 @@ emcmake cmake -S "$root/web" -B "$build" -G Ninja -DQUARL_FAST_FLOAT_INCLUDE="$b
 cmake --build "$build"
 mkdir -p "$out"
 cp "$build/quarl_core.mjs" "$build/quarl_core.wasm" "$out/"
+# The module for cross-origin isolated pages, with its workers.
+for file in quarl_core_threads.mjs quarl_core_threads.wasm quarl_core_threads.worker.js; do
+  if [ -f "$build/$file" ]; then cp "$build/$file" "$out/"; fi
+done
 cp "$root"/web/site/* "$out/"
 echo "build-web.sh: the site is in $out (serve it with: python3 -m http.server -d $out)"

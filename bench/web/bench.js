@@ -39,6 +39,6 @@ document.getElementById("file").addEventListener("change", async (event) => {
       shape[kind] = [r.rows, r.curves];
     }
   }
-  window.benchResult = { best, shape, simd: WebAssembly.validate(new Uint8Array([0, 97, 115, 109, 1, 0, 0, 0, 1, 5, 1, 96, 0, 1, 123, 3, 2, 1, 0, 10, 10, 1, 8, 0, 65, 0, 253, 15, 253, 98, 11])) };
+  window.benchResult = { best, shape, threads: quarl.threads, simd: WebAssembly.validate(new Uint8Array([0, 97, 115, 109, 1, 0, 0, 0, 1, 5, 1, 96, 0, 1, 123, 3, 2, 1, 0, 10, 10, 1, 8, 0, 65, 0, 253, 15, 253, 98, 11])) };
   document.getElementById("out").textContent = JSON.stringify(window.benchResult, null, 1);
 });

@@ -6,7 +6,6 @@
 //   const doc = quarl.read(bytes);          // a Uint8Array; {strict: true}
 //   doc.well.WELL.value; doc.curve("GR");   // a Float64Array, NULL as NaN
 //   doc.free();
-import createQuarlCore from "./quarl_core.mjs";
 
 // readFile asks for the file in pieces of this size, this many at a time.
 const PIECE_BYTES = 16 << 20;
@@ -21,6 +20,15 @@ async function coreOptions(options) {
   if (!isNode) return {};
   const { readFile } = await import("node:fs/promises");
   return { wasmBinary: await readFile(new URL("./quarl_core.wasm", import.meta.url)) };
+}
+
+// The module with threads needs memory shared with workers, which a page
+// has only when it is cross-origin isolated (served with the headers
+// Cross-Origin-Opener-Policy: same-origin and Cross-Origin-Embedder-Policy:
+// require-corp); elsewhere the module reads on one thread.
+function wantsThreads(options) {
+  if (options.threads === false || options.threads === 1 || options.wasmBinary || isNode) return false;
+  return globalThis.crossOriginIsolated === true && typeof SharedArrayBuffer === "function";
 }
 
 // A failed read: an Error whose message names the result and the line, with
@@ -118,8 +126,11 @@ class LasDocument {
 }
 
 class Quarl {
-  constructor(core) {
+  constructor(core, threaded) {
     this._core = core;
+    // How many threads a read takes by default: every core with the module
+    // that has threads, else one. read(bytes, {threads: n}) asks for n.
+    this.threads = threaded ? Math.max(1, globalThis.navigator?.hardwareConcurrency || 1) : 1;
     // The version of the library built into the module ("0.2.0").
     this.version = core.version();
   }
@@ -132,7 +143,7 @@ class Quarl {
     if (!(bytes instanceof Uint8Array)) throw new TypeError("read wants a Uint8Array");
     const pointer = this._allocate(bytes.length);
     try {
-      this._core.HEAPU8.set(bytes, pointer);
+      this._heap().set(bytes, pointer);
       return this._readAt(pointer, bytes.length, options);
     } finally {
       this._core._free(pointer);
@@ -166,7 +177,7 @@ class Quarl {
         const value = new Uint8Array(await piece.data);
         if (value.length !== piece.bytes) throw new Error("the file changed while it was read");
         ask();
-        this._core.HEAPU8.set(value, pointer + piece.at);  // the view is fetched again: memory may grow
+        this._heap().set(value, pointer + piece.at);  // the view is fetched again: memory may grow
         done += value.length;
         if (options.onProgress) options.onProgress(done, total);
       }
@@ -174,6 +185,15 @@ class Quarl {
     } finally {
       this._core._free(pointer);
     }
+  }
+
+  // The module's memory as bytes, as it is now. Shared memory that grew
+  // (the module with threads) has a new buffer that HEAPU8 may not show
+  // yet; the module without threads keeps HEAPU8 up to date itself.
+  _heap() {
+    const memory = this._core.wasmMemory;
+    const heap = this._core.HEAPU8;
+    return !memory || heap.buffer === memory.buffer ? heap : new Uint8Array(memory.buffer);
   }
 
   _allocate(size) {
@@ -198,7 +218,8 @@ class Quarl {
         return true;
       }
     };
-    const code = handle.read(pointer, size, !!options.strict, options.name || "", report);
+    const threads = options.threads === undefined ? this.threads : Math.max(0, options.threads | 0);
+    const code = handle.read(pointer, size, !!options.strict, options.name || "", report, threads);
     if (thrown) {
       handle.delete();
       throw thrown.error;
@@ -213,7 +234,17 @@ class Quarl {
 }
 
 // Loads the WebAssembly module once; options.wasmBinary hands its bytes in.
+// options.threads: false for the module without threads even where the
+// page could have them.
 export async function load(options = {}) {
-  const core = await createQuarlCore(await coreOptions(options));
-  return new Quarl(core);
+  if (wantsThreads(options)) {
+    try {
+      const { default: create } = await import("./quarl_core_threads.mjs");
+      return new Quarl(await create({}), true);
+    } catch (e) {
+      // A site built without it: the module without threads.
+    }
+  }
+  const { default: create } = await import("./quarl_core.mjs");
+  return new Quarl(await create(await coreOptions(options)), false);
 }

@@ -100,12 +100,20 @@ public:
     // `onProgress`, a function or undefined, hears the share read (0 to 100)
     // each time it has grown by a whole percent, and stops the read by
     // returning true.
-    int Read(uintptr_t data, size_t size, bool strict, const std::string& name, val onProgress)
+    // `threads`: for the rows, as CLasReadOptions::threads (1: this thread
+    // alone; 0: a thread per core, where the module has threads).
+    int Read(uintptr_t data, size_t size, bool strict, const std::string& name, val onProgress,
+             int threads)
     {
         Progress progress{onProgress, -1.0};
         const bool report = onProgress.typeOf().as<std::string>() == "function";
         m_reader.SetStatusCallback(&progress, report ? &Progress::Report : nullptr);
         CLasReadOptions options;
+#if defined(__EMSCRIPTEN_PTHREADS__)
+        options.threads = static_cast<unsigned>(threads < 0 ? 1 : threads);
+#else
+        (void)threads;  // a module without threads reads on this one
+#endif
         if (!strict) {
             options.lenient = true;
             options.maxBytes = 64ull * 1024 * 1024 + 64ull * size;
