@@ -93,7 +93,7 @@ ELASFILEERROR CTextFile::Open(const tessel::TxString& path)
     // Callers close first; a host that doesn't must not lose the stream and
     // the line store it still holds.
     Close();
-    std::FILE* file = OpenStream(path.c_str(), "rb");
+    std::FILE* file = quarl::OpenStream(path.c_str(), "rb");  // the platform function
     if (!file) return LASFILE_IO_FAILED;
     std::setvbuf(file, nullptr, _IOFBF, kStreamBufferSize);
     return Start(file, path);
@@ -109,6 +109,13 @@ ELASFILEERROR CTextFile::OpenBuffer(const void* data, size_t size, const tessel:
     std::FILE* file = OpenMemoryStream(size > 0 ? data : kNothing, size);
     if (!file) return LASFILE_IO_FAILED;
     return Start(file, name);
+}
+
+ELASFILEERROR CTextFile::OpenStream(std::FILE* stream, const tessel::TxString& name)
+{
+    Close();
+    if (!stream) return LASFILE_IO_FAILED;
+    return Start(stream, name);
 }
 
 // Takes `file` as the stream of this object and reads its first line.

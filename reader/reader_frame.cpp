@@ -229,6 +229,11 @@ ELASFILEERROR CLasReader::OpenBuffer(const void* data, size_t size, const tessel
     return OpenWith([&] { return m_file.OpenBuffer(data, size, name); });
 }
 
+ELASFILEERROR CLasReader::OpenStream(std::FILE* stream, const tessel::TxString& name)
+{
+    return OpenWith([&] { return m_file.OpenStream(stream, name); });
+}
+
 // Forgets the last read, opens the input through `open` and reads it whole.
 template <typename OpenInput>
 ELASFILEERROR CLasReader::OpenWith(OpenInput open)

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <quarl/quarl.h>
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -19,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "support/reader_access.h"
 #include "support/test_util.h"
 
 namespace quarl {
@@ -108,6 +110,37 @@ std::string ReadOutcome(CLasReader& reader, ELASFILEERROR result, const test::Re
     return out;
 }
 
+// A stream over `bytes` that hands out at most seven bytes a read, as a
+// stream of bytes still arriving does.
+std::FILE* TrickleStream(const std::string& bytes)
+{
+    struct Trickle {
+        std::string bytes;
+        size_t at = 0;
+    };
+    cookie_io_functions_t io{};
+    io.read = [](void* c, char* out, size_t n) -> ssize_t {
+        Trickle& t = *static_cast<Trickle*>(c);
+        n = std::min({n, size_t(7), t.bytes.size() - t.at});
+        std::memcpy(out, t.bytes.data() + t.at, n);
+        t.at += n;
+        return static_cast<ssize_t>(n);
+    };
+    io.seek = [](void* c, off64_t* offset, int whence) {
+        Trickle& t = *static_cast<Trickle*>(c);
+        const off64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? off64_t(t.at) : off64_t(t.bytes.size());
+        if (base + *offset < 0 || base + *offset > off64_t(t.bytes.size())) return -1;
+        t.at = size_t(base + *offset);
+        *offset = off64_t(t.at);
+        return 0;
+    };
+    io.close = [](void* c) {
+        delete static_cast<Trickle*>(c);
+        return 0;
+    };
+    return fopencookie(new Trickle{bytes}, "rb", io);
+}
+
 TEST(ReaderCorpus, ReadingTheBytesFromMemoryGivesWhatReadingTheFileGives)
 {
     test::TempDir dir;
@@ -135,9 +168,17 @@ TEST(ReaderCorpus, ReadingTheBytesFromMemoryGivesWhatReadingTheFileGives)
             const ELASFILEERROR fileResult = fromFile.Open(tessel::TxString(path.c_str()));
             const ELASFILEERROR memoryResult =
                 fromMemory.OpenBuffer(bytes.data(), bytes.size(), tessel::TxString(path.c_str()));
-            EXPECT_EQ(ReadOutcome(fromMemory, memoryResult, memoryReports),
-                      ReadOutcome(fromFile, fileResult, fileReports))
+            const std::string fromTheFile = ReadOutcome(fromFile, fileResult, fileReports);
+            EXPECT_EQ(ReadOutcome(fromMemory, memoryResult, memoryReports), fromTheFile)
                 << path << (mode.lenient ? " lenient" : "") << (mode.headersOnly ? " headers only" : "");
+            // And from a stream that gives a few bytes at a time.
+            CLasReader fromStream;
+            test::Reports streamReports;
+            fromStream.SetOptions(mode);
+            fromStream.SetStatusCallback(&streamReports, test::Reports::Callback);
+            const ELASFILEERROR streamResult =
+                fromStream.OpenStream(TrickleStream(bytes), tessel::TxString(path.c_str()));
+            EXPECT_EQ(ReadOutcome(fromStream, streamResult, streamReports), fromTheFile) << path << " as a stream";
         }
     }
 }
@@ -151,6 +192,23 @@ TEST(ReaderCorpus, NullBytesOfSomeLengthAreAPathThatCannotBeOpened)
     EXPECT_EQ(reader.GetNotes()[0].line, 0u);
     EXPECT_EQ(reader.OpenBuffer(nullptr, 0, "empty"), LASFILE_IO_FAILED);
     EXPECT_TRUE(reader.IsOpen());  // an empty file is open with nothing to read
+    EXPECT_EQ(reader.OpenStream(nullptr, "none"), LASFILE_IO_FAILED);
+    EXPECT_FALSE(reader.IsOpen());
+}
+
+// A stream read without a status callback takes its rows in blocks, which
+// read from the stream at offsets: the values are those of the buffer.
+TEST(ReaderCorpus, AStreamReadInBlocksGivesTheValuesOfTheBuffer)
+{
+    std::string text = "~V\nVERS. 2.0:\nWRAP. NO:\n~C\nD.M:\nA.M:\n~A\n";
+    for (int i = 0; i < 5000; ++i) text += std::to_string(i) + ".5 " + std::to_string(i * 3) + "\n";
+    CLasReader fromStream, fromMemory;
+    ASSERT_EQ(fromStream.OpenStream(TrickleStream(text), "s"), LASFILE_OK);
+    ASSERT_EQ(fromMemory.OpenBuffer(text.data(), text.size(), "s"), LASFILE_OK);
+    EXPECT_GT(test::Access::RowsInBlocks(fromStream), 4000u);
+    EXPECT_EQ(fromStream.GetSection(fromStream.size() - 1).m_curves[1].m_numbers,
+              fromMemory.GetSection(fromMemory.size() - 1).m_curves[1].m_numbers);
+    EXPECT_EQ(fromStream.GetLineNumber(), fromMemory.GetLineNumber());
 }
 
 }  // namespace

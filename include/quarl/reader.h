@@ -288,6 +288,11 @@ public:
     /// it returns. An empty buffer reads as an empty file. Null `data` with a size above 0 gives
     /// LASFILE_IO_FAILED as a path that cannot be opened does.
     ELASFILEERROR OpenBuffer(const void* data, size_t size, const tessel::TxString& name);
+    /// Reads a stream the caller opened, as Open reads a file of the same
+    /// bytes (see CTextFile::OpenStream: it must seek, and the reader takes
+    /// it and closes it). A stream whose reads wait for bytes still coming
+    /// lets a read go on while a file arrives.
+    ELASFILEERROR OpenStream(std::FILE* stream, const tessel::TxString& name);
     /// Closes the file and empties the list; shared pointers that a host
     /// holds stay valid. Keeps the callback, the options, the notes and what
     /// IsLas3, IsWrapped and GetDelimiter say. Does nothing on a closed reader.

@@ -62,6 +62,14 @@ public:
     /// an empty file (LASFILE_IO_FAILED, open, no line); null `data` with a
     /// size above 0 gives LASFILE_IO_FAILED and leaves the object closed.
     ELASFILEERROR OpenBuffer(const void* data, size_t size, const tessel::TxString& name);
+    /// Like Open, over a stream the caller opened for reading (fmemopen,
+    /// fopencookie, ...): the same lines, blocks, decoding and results as a
+    /// file of the same bytes gives. The stream must seek, to its end too:
+    /// the size is taken first. The object takes the stream and closes it
+    /// at Close, the next Open or the object's end, also when this call
+    /// fails; `name` takes the place of the path. Null `stream` gives
+    /// LASFILE_IO_FAILED and leaves the object closed.
+    ELASFILEERROR OpenStream(std::FILE* stream, const tessel::TxString& name);
     /// Closes the stream, forgets the path, releases the line store and sets
     /// the line count to 0. Does nothing on a closed object.
     void Close();

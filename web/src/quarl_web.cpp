@@ -136,8 +136,14 @@ public:
         return m_result;
     }
 
-    std::string ResultText() const { return ResultName(static_cast<ELASFILEERROR>(m_result)); }
-    double Line() const { return static_cast<double>(m_reader.GetLineNumber()); }
+    std::string ResultText() const
+    {
+        return ResultName(static_cast<ELASFILEERROR>(m_result));
+    }
+    double Line() const
+    {
+        return static_cast<double>(m_reader.GetLineNumber());
+    }
 
     val Header() const
     {
@@ -173,7 +179,10 @@ public:
         }
         return list;
     }
-    std::string NotesSummary() const { return apps::NotesSummary(m_reader.GetNotes(), m_name); }
+    std::string NotesSummary() const
+    {
+        return apps::NotesSummary(m_reader.GetNotes(), m_name);
+    }
 
     // The curves of data section `index` (-1: the log data), as unique names.
     val CurveList(int index) const
