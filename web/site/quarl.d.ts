@@ -75,14 +75,22 @@ export interface ReadOptions {
   name?: string;
   /** Hears how far the read is (0 to 100), at each whole percent. */
   onReadProgress?: (percent: number) => void;
+  /** Threads for the rows: 1 for this thread alone, 0 for every core; by
+   * default Quarl.threads. Only the module with threads has more than one. */
+  threads?: number;
 }
 
 export interface Quarl {
   /** The version of the library built into the module, such as "0.2.0". */
   readonly version: string;
+  /** Threads a read takes by default: every core where the page is
+   * cross-origin isolated (the module with threads), else 1. */
+  readonly threads: number;
   /** Throws LasReadError when the read fails. */
   read(bytes: Uint8Array, options?: ReadOptions): LasDocument;
-  /** Streams a File or Blob into the module's memory, then reads it as read() does. */
+  /** Brings a File or Blob into the module's memory in pieces and reads it
+   * as read() does; with threads (and no onReadProgress) the read runs on
+   * a thread of its own while the pieces arrive. */
   readFile(file: Blob & { name?: string },
            options?: ReadOptions & { onProgress?: (done: number, total: number) => void }): Promise<LasDocument>;
 }
@@ -93,4 +101,7 @@ export class LasReadError extends Error {
   readonly notes: LasNote[];
 }
 
-export function load(options?: { wasmBinary?: ArrayBuffer | Uint8Array }): Promise<Quarl>;
+/** Loads the module: the one with threads where the page is cross-origin
+ * isolated (served with Cross-Origin-Opener-Policy: same-origin and
+ * Cross-Origin-Embedder-Policy: require-corp) unless threads is false. */
+export function load(options?: { wasmBinary?: ArrayBuffer | Uint8Array; threads?: boolean }): Promise<Quarl>;

@@ -131,6 +131,7 @@ class Quarl {
     // How many threads a read takes by default: every core with the module
     // that has threads, else one. read(bytes, {threads: n}) asks for n.
     this.threads = threaded ? Math.max(1, globalThis.navigator?.hardwareConcurrency || 1) : 1;
+    this._threaded = threaded;
     // The version of the library built into the module ("0.2.0").
     this.version = core.version();
   }
@@ -157,34 +158,102 @@ class Quarl {
   // each piece, and options.onReadProgress(percent), as with read(), of the
   // read after it.
   async readFile(file, options = {}) {
+    // With threads, the read runs on a thread of its own while the pieces
+    // come in; a read that reports its progress stays on this thread.
+    if (this._threaded && typeof options.onReadProgress !== "function") return this._readArriving(file, options);
     const total = file.size;
     const pointer = this._allocate(total);
     try {
-      const pending = [];
-      let asked = 0;
-      const ask = () => {
-        if (asked >= total) return;
-        const end = Math.min(total, asked + PIECE_BYTES);
-        const data = file.slice(asked, end).arrayBuffer();
-        data.catch(() => {});  // a piece left waiting when an earlier one failed
-        pending.push({ at: asked, bytes: end - asked, data });
-        asked = end;
-      };
-      for (let i = 0; i < PIECES_AT_ONCE; ++i) ask();
-      let done = 0;
-      while (pending.length > 0) {
-        const piece = pending.shift();
-        const value = new Uint8Array(await piece.data);
-        if (value.length !== piece.bytes) throw new Error("the file changed while it was read");
-        ask();
-        this._heap().set(value, pointer + piece.at);  // the view is fetched again: memory may grow
-        done += value.length;
-        if (options.onProgress) options.onProgress(done, total);
-      }
+      await this._fetchPieces(file, pointer, options, null);
       return this._readAt(pointer, total, { name: file.name, ...options });
     } finally {
       this._core._free(pointer);
     }
+  }
+
+  // The pieces of `file` into the module's memory at `pointer`, a few asked
+  // for at once (the browser reads them side by side); `arrived(bytes)`
+  // hears of each.
+  async _fetchPieces(file, pointer, options, arrived) {
+    const total = file.size;
+    const pending = [];
+    let asked = 0;
+    const ask = () => {
+      if (asked >= total) return;
+      const end = Math.min(total, asked + PIECE_BYTES);
+      const data = file.slice(asked, end).arrayBuffer();
+      data.catch(() => {});  // a piece left waiting when an earlier one failed
+      pending.push({ at: asked, bytes: end - asked, data });
+      asked = end;
+    };
+    for (let i = 0; i < PIECES_AT_ONCE; ++i) ask();
+    let done = 0;
+    while (pending.length > 0) {
+      const piece = pending.shift();
+      const value = new Uint8Array(await piece.data);
+      if (value.length !== piece.bytes) throw new Error("the file changed while it was read");
+      ask();
+      this._heap().set(value, pointer + piece.at);  // the view is fetched again: memory may grow
+      done += value.length;
+      if (arrived) arrived(done);
+      if (options.onProgress) options.onProgress(done, total);
+    }
+  }
+
+  // readFile with the module that has threads: the read starts at once on
+  // a thread of its own and takes each piece as it arrives.
+  async _readArriving(file, options) {
+    const total = file.size;
+    const name = file.name || "";
+    const pointer = this._allocate(total);
+    const handle = new this._core.Document();
+    let code;
+    try {
+      handle.startRead(pointer, total, !!options.strict, name, this._threadsOf(options));
+      try {
+        await this._fetchPieces(file, pointer, options, (done) => handle.arrived(done));
+      } catch (e) {
+        handle.giveUp();
+        await this._whenDone(handle);
+        handle.finishRead();
+        throw e;
+      }
+      await this._whenDone(handle);
+      code = handle.finishRead();
+    } catch (e) {
+      handle.delete();
+      throw e;
+    } finally {
+      this._core._free(pointer);
+    }
+    return this._documentOf(handle, code, name);
+  }
+
+  // Waits, without blocking the page, until the read of `handle` ends.
+  async _whenDone(handle) {
+    const flag = new Int32Array(this._core.wasmMemory.buffer, handle.doneFlag(), 1);
+    while (Atomics.load(flag, 0) === 0) {
+      if (typeof Atomics.waitAsync === "function") {
+        const wait = Atomics.waitAsync(flag, 0, 0);
+        if (wait.async) await wait.value;
+      } else {
+        await new Promise((resolve) => setTimeout(resolve, 1));
+      }
+    }
+  }
+
+  _threadsOf(options) {
+    return options.threads === undefined ? this.threads : Math.max(0, options.threads | 0);
+  }
+
+  // A document for a read that ended with `code`, or its LasReadError.
+  _documentOf(handle, code, name) {
+    if (code !== 0) {
+      const error = new LasReadError(handle.result(), handle.line(), handle.notes());
+      handle.delete();
+      throw error;
+    }
+    return new LasDocument(this._core, handle, name);
   }
 
   // The module's memory as bytes, as it is now. Shared memory that grew
@@ -218,18 +287,12 @@ class Quarl {
         return true;
       }
     };
-    const threads = options.threads === undefined ? this.threads : Math.max(0, options.threads | 0);
-    const code = handle.read(pointer, size, !!options.strict, options.name || "", report, threads);
+    const code = handle.read(pointer, size, !!options.strict, options.name || "", report, this._threadsOf(options));
     if (thrown) {
       handle.delete();
       throw thrown.error;
     }
-    if (code !== 0) {
-      const error = new LasReadError(handle.result(), handle.line(), handle.notes());
-      handle.delete();
-      throw error;
-    }
-    return new LasDocument(this._core, handle, options.name || "");
+    return this._documentOf(handle, code, options.name || "");
   }
 }
 

@@ -6,12 +6,23 @@
 #include <emscripten/val.h>
 #include <quarl/quarl.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <cstring>
 #include <limits>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
+
+#if defined(__EMSCRIPTEN_PTHREADS__)
+#include <emscripten/threading.h>
+
+#include <atomic>
+#include <climits>
+#include <thread>
+#endif
 
 #include "common/log_facts.h"
 #include "common/text.h"
@@ -93,6 +104,71 @@ bool IsParameterSection(const CLasSection& s)
 
 }  // namespace
 
+#if defined(__EMSCRIPTEN_PTHREADS__)
+// Bytes that come into the module's memory while a read runs on a thread of
+// its own: a stream over them whose reads wait until the bytes they ask for
+// have come, or fail once the bytes are given up.
+class ArrivingBytes {
+public:
+    ArrivingBytes(const char* data, size_t size) : m_data(data), m_size(size) {}
+
+    // The first `bytes` bytes are there (called on the page's thread).
+    void Arrived(size_t bytes)
+    {
+        m_arrived.store(static_cast<uint32_t>(bytes));
+        emscripten_futex_wake(&m_arrived, INT_MAX);
+    }
+    // No more bytes will come: waiting reads fail.
+    void GiveUp()
+    {
+        m_givenUp.store(true);
+        emscripten_futex_wake(&m_arrived, INT_MAX);
+    }
+    std::FILE* Open()
+    {
+        cookie_io_functions_t io{};
+        io.read = &ArrivingBytes::ReadSome;
+        io.seek = &ArrivingBytes::SeekTo;
+        return fopencookie(this, "rb", io);
+    }
+
+private:
+    static ssize_t ReadSome(void* self, char* out, size_t n)
+    {
+        ArrivingBytes& s = *static_cast<ArrivingBytes*>(self);
+        n = std::min(n, s.m_size - s.m_at);
+        for (;;) {
+            const uint32_t arrived = s.m_arrived.load();
+            if (arrived >= s.m_at + n) break;
+            if (s.m_givenUp.load()) return -1;
+            // A give-up wakes the wait; the bound only keeps it from
+            // depending on that.
+            emscripten_futex_wait(&s.m_arrived, arrived, 50.0);
+        }
+        std::memcpy(out, s.m_data + s.m_at, n);
+        s.m_at += n;
+        return static_cast<ssize_t>(n);
+    }
+    static int SeekTo(void* self, off_t* offset, int whence)
+    {
+        ArrivingBytes& s = *static_cast<ArrivingBytes*>(self);
+        const off_t base = whence == SEEK_SET   ? 0
+                           : whence == SEEK_CUR ? off_t(s.m_at)
+                                                : off_t(s.m_size);
+        if (base + *offset < 0 || base + *offset > off_t(s.m_size)) return -1;
+        s.m_at = size_t(base + *offset);
+        *offset = off_t(s.m_at);
+        return 0;
+    }
+
+    const char* m_data;
+    size_t m_size;
+    size_t m_at = 0;
+    std::atomic<uint32_t> m_arrived{0};
+    std::atomic<bool> m_givenUp{false};
+};
+#endif
+
 class Document {
 public:
     // Reads `size` bytes at `data` (module memory the caller owns); returns
@@ -108,6 +184,60 @@ public:
         Progress progress{onProgress, -1.0};
         const bool report = onProgress.typeOf().as<std::string>() == "function";
         m_reader.SetStatusCallback(&progress, report ? &Progress::Report : nullptr);
+        m_reader.SetOptions(Options(strict, size, threads));
+        m_name = name;
+        m_result =
+            m_reader.OpenBuffer(reinterpret_cast<const void*>(data), size, tessel::TxString(name));
+        m_reader.SetStatusCallback(nullptr, nullptr);
+        return AfterRead();
+    }
+
+#if defined(__EMSCRIPTEN_PTHREADS__)
+    // Read as Read does, on a thread of its own, while the bytes at `data`
+    // come in: `arrived` tells of each piece, `giveUp` of a file that will
+    // not come whole. The page waits on the 32-bit word at `doneFlag` (0
+    // until the read ends), then calls finishRead for the result code.
+    void StartRead(uintptr_t data, size_t size, bool strict, const std::string& name, int threads)
+    {
+        m_reader.SetOptions(Options(strict, size, threads));
+        m_name = name;
+        m_arriving.reset(new ArrivingBytes(reinterpret_cast<const char*>(data), size));
+        m_done.store(0);
+        m_readThread = std::thread([this] {
+            int result = LASFILE_OUT_OF_MEMORY;
+            try {
+                result = m_reader.OpenStream(m_arriving->Open(), tessel::TxString(m_name));
+            } catch (...) {
+                // Out of memory on the way: the read stops there.
+            }
+            m_result = result;
+            m_done.store(1);
+            emscripten_futex_wake(&m_done, INT_MAX);
+        });
+    }
+    void Arrived(size_t bytes)
+    {
+        m_arriving->Arrived(bytes);
+    }
+    void GiveUp()
+    {
+        m_arriving->GiveUp();
+    }
+    uintptr_t DoneFlag() const
+    {
+        return reinterpret_cast<uintptr_t>(&m_done);
+    }
+    int FinishRead()
+    {
+        m_readThread.join();
+        m_arriving.reset();
+        return AfterRead();
+    }
+#endif
+
+private:
+    static CLasReadOptions Options(bool strict, size_t size, int threads)
+    {
         CLasReadOptions options;
 #if defined(__EMSCRIPTEN_PTHREADS__)
         options.threads = static_cast<unsigned>(threads < 0 ? 1 : threads);
@@ -118,11 +248,13 @@ public:
             options.lenient = true;
             options.maxBytes = 64ull * 1024 * 1024 + 64ull * size;
         }
-        m_reader.SetOptions(options);
-        m_name = name;
-        m_result =
-            m_reader.OpenBuffer(reinterpret_cast<const void*>(data), size, tessel::TxString(name));
-        m_reader.SetStatusCallback(nullptr, nullptr);
+        return options;
+    }
+
+    // What a read leaves for the accessors: the well section, the log data
+    // and NULL values as NaN.
+    int AfterRead()
+    {
         if (m_result != LASFILE_OK) return m_result;
         m_well = m_reader.size() > 1 ? m_reader.GetWellHeadersPtr() : nullptr;
         m_hasNull = common::NullValueOf(m_well.get(), &m_nullValue);
@@ -136,6 +268,7 @@ public:
         return m_result;
     }
 
+public:
     std::string ResultText() const
     {
         return ResultName(static_cast<ELASFILEERROR>(m_result));
@@ -483,6 +616,11 @@ private:
     CLasReader m_reader;
     std::string m_name;
     int m_result = LASFILE_WRONG_STATE;
+#if defined(__EMSCRIPTEN_PTHREADS__)
+    std::unique_ptr<ArrivingBytes> m_arriving;
+    std::thread m_readThread;
+    std::atomic<uint32_t> m_done{0};
+#endif
     std::shared_ptr<CLasSection> m_well;
     std::shared_ptr<CLasSection> m_logData;
     bool m_hasNull = false;
@@ -499,6 +637,13 @@ EMSCRIPTEN_BINDINGS(quarl)
     emscripten::class_<Document>("Document")
         .constructor<>()
         .function("read", &Document::Read)
+#if defined(__EMSCRIPTEN_PTHREADS__)
+        .function("startRead", &Document::StartRead)
+        .function("arrived", &Document::Arrived)
+        .function("giveUp", &Document::GiveUp)
+        .function("doneFlag", &Document::DoneFlag)
+        .function("finishRead", &Document::FinishRead)
+#endif
         .function("result", &Document::ResultText)
         .function("line", &Document::Line)
         .function("header", &Document::Header)

@@ -34,6 +34,27 @@ class QuietHandler(http.server.SimpleHTTPRequestHandler):
         pass
 
 
+class IsolatingHandler(QuietHandler):
+    """Serves pages cross-origin isolated, as quarl.mjs's module with threads
+    needs them."""
+
+    def end_headers(self):
+        self.send_header("Cross-Origin-Opener-Policy", "same-origin")
+        self.send_header("Cross-Origin-Embedder-Policy", "require-corp")
+        super().end_headers()
+
+
+def chromium(scratch, width="1500,1100"):
+    options = webdriver.ChromeOptions()
+    options.binary_location = "/usr/bin/chromium"
+    for flag in ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+                 "--disable-background-networking", "--disable-component-update", "--disable-sync",
+                 "--disable-dev-shm-usage", "--window-size=" + width,
+                 "--user-data-dir=" + os.path.join(scratch, "profile")):
+        options.add_argument(flag)
+    return options
+
+
 class Viewer(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -43,13 +64,7 @@ class Viewer(unittest.TestCase):
         cls.scratch = tempfile.mkdtemp(prefix="quarl-browser-")
         cls.downloads = os.path.join(cls.scratch, "downloads")
         os.mkdir(cls.downloads)
-        options = webdriver.ChromeOptions()
-        options.binary_location = "/usr/bin/chromium"
-        for flag in ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-                     "--disable-background-networking", "--disable-component-update", "--disable-sync",
-                     "--disable-dev-shm-usage", "--window-size=1500,1100",
-                     "--user-data-dir=" + os.path.join(cls.scratch, "profile")):
-            options.add_argument(flag)
+        options = chromium(cls.scratch)
         options.add_experimental_option("prefs", {"download.default_directory": cls.downloads,
                                                   "download.prompt_for_download": False})
         options.set_capability("goog:loggingPrefs", {"performance": "ALL", "browser": "ALL"})
@@ -167,6 +182,43 @@ class Viewer(unittest.TestCase):
         self.assertEqual(foreign, [])
         errors = [e for e in self.driver.get_log("browser") if e["level"] == "SEVERE"]
         self.assertEqual(errors, [])
+
+
+class ThreadsInAnIsolatedPage(unittest.TestCase):
+    """A cross-origin isolated page loads the module with threads: every
+    corpus file (or the samples) reads with it, strictly and leniently, as
+    with the module without threads, the read going on while the file
+    arrives."""
+
+    def test_reads_agree_with_the_module_without_threads(self):
+        scratch = tempfile.mkdtemp(prefix="quarl-threads-")
+        serve = os.path.join(scratch, "serve")
+        os.mkdir(serve)
+        os.symlink(SITE, os.path.join(serve, "site"))
+        shutil.copy(os.path.join(ROOT, "web", "tests", "threads_page.html"), serve)
+        server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), partial(IsolatingHandler, directory=serve))
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=chromium(scratch))
+        try:
+            driver.get("http://127.0.0.1:%d/threads_page.html" % server.server_address[1])
+            ready = WebDriverWait(driver, 60).until(lambda d: d.execute_script("return window.ready"))
+            self.assertTrue(ready["isolated"])
+            self.assertGreaterEqual(ready["threads"], 1)
+            files = [SAMPLE, SAMPLE3]
+            if os.path.isdir(CORPUS):
+                files += [os.path.join(CORPUS, f) for f in sorted(os.listdir(CORPUS))]
+            driver.find_element(By.ID, "files").send_keys("\n".join(files))
+            result = WebDriverWait(driver, 600).until(lambda d: d.execute_script("return window.result"))
+            self.assertEqual(result["files"], len(files))
+            self.assertEqual(result["differ"], [])
+            # Bad files among them fail alike with both modules.
+            if len(files) > 2:
+                self.assertGreater(result["errors"], 0)
+        finally:
+            driver.quit()
+            server.shutdown()
+            server.server_close()
+            shutil.rmtree(scratch, ignore_errors=True)
 
 
 if __name__ == "__main__":
