@@ -3,7 +3,8 @@
 // ends both ways; then every accessor and the
 // stepping check on whatever was read, and the notes against the result.
 // OpenBuffer on the same bytes must read what Open reads, and a strict read
-// on two threads what one on one thread reads, value for value.
+// in blocks, on one thread and on two, what a read line by line reads,
+// value for value.
 #include <quarl/quarl.h>
 
 #include <cstdint>
@@ -132,18 +133,28 @@ bool SameValues(const quarl::CLasReader& a, const quarl::CLasReader& b)
     return true;
 }
 
-// The bytes read strictly on one thread and on two, without and with a budget.
-void ReadOnTwoThreads(const uint8_t* data, size_t size)
+int32_t GoOn(void*, double, const char*)
+{
+    return 0;
+}
+
+// The bytes read strictly line by line (a status callback keeps a read so)
+// and in blocks on one thread and on two, without and with a budget.
+void ReadInBlocks(const uint8_t* data, size_t size)
 {
     for (uint64_t budget : {uint64_t(0), uint64_t(4096)}) {
         quarl::CLasReadOptions options;
         options.maxBytes = budget;
-        quarl::CLasReader one, two;
+        quarl::CLasReader lineByLine, one, two;
+        lineByLine.SetOptions(options);
+        lineByLine.SetStatusCallback(nullptr, GoOn);
         one.SetOptions(options);
         options.threads = 2;
         two.SetOptions(options);
-        Check(one.OpenBuffer(data, size, "t.las") == two.OpenBuffer(data, size, "t.las"));
-        Check(SameRead(one, two) && SameValues(one, two));
+        const quarl::ELASFILEERROR result = lineByLine.OpenBuffer(data, size, "t.las");
+        Check(one.OpenBuffer(data, size, "t.las") == result && two.OpenBuffer(data, size, "t.las") == result);
+        Check(SameRead(lineByLine, one) && SameValues(lineByLine, one));
+        Check(SameRead(lineByLine, two) && SameValues(lineByLine, two));
     }
 }
 
@@ -154,7 +165,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const std::string& path = quarl::fuzz::WriteInput(data, size);
     quarl::CLasReadOptions options;
     ReadWith(path, data, size, options);
-    ReadOnTwoThreads(data, size);
+    ReadInBlocks(data, size);
     options.lenient = true;
     ReadWith(path, data, size, options);
     options.headersOnly = true;
