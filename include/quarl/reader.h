@@ -78,25 +78,28 @@ struct CLasReadOptions {
     /// default) reads on the calling thread alone; 0 takes as many as the
     /// machine has; N takes N. The result is the same with any number, strict
     /// or lenient: sections, values, notes, results, line numbers and the
-    /// budget. The rows are read in blocks of 8 MiB per thread; the lines of a
-    /// block are shared out in runs of whole lines, every thread converts the
-    /// rows of its run into the curves, and the calling thread joins the runs
-    /// in file order. A run takes only rows that need nothing from the lines
-    /// around them (each value one plain whole number, one per curve, nothing
-    /// behind the last) and the blank and comment lines between them. The
-    /// first line of another kind (a header, a short or long row, an odd or
-    /// quoted token; leniently also a carriage return that no line feed
-    /// follows) ends the block: the reader goes on behind the last row taken,
-    /// on the calling thread as with 1, and shares out the next block behind
-    /// the next row (behind 4096 rows when the last block gave fewer) as
-    /// well. These read on the calling thread alone: wrapped files,
-    /// text decoded from UTF-16/32, with a byte-order mark or read by carriage
-    /// returns, data sections with a text curve or a delimiter that may stand
-    /// in a number ('.', '+', '-', a digit, 'e'), headersOnly, and every read
-    /// with a status callback (so the callback is called on the calling
-    /// thread alone, at every tenth physical line, as with 1). The curves of
-    /// a section read on threads get room for the rows the rest of the file
-    /// may hold at their first block.
+    /// budget. After the first 64 rows of a section, read line by line, the
+    /// rows are read in blocks, on one thread too: a first block of at most
+    /// 16 times the bytes read so far in the section, each next one four
+    /// times larger while blocks are taken whole, up to 8 MiB per thread.
+    /// The lines of a block are shared out in runs of whole lines, every
+    /// thread converts the rows of its run into the curves where they stand
+    /// in the block, and the calling thread joins the runs in file order. A
+    /// run takes only rows that need nothing from the lines around them
+    /// (each value one plain whole number, one per curve, nothing behind the
+    /// last) and the blank and comment lines between them. The first line of
+    /// another kind (a header, a short or long row, an odd or quoted token;
+    /// leniently also a carriage return that no line feed follows) ends the
+    /// block: the reader goes on behind the last row taken, line by line,
+    /// and takes the next block behind the next row (behind 4096 rows when
+    /// the last block gave fewer). These read line by line alone: wrapped
+    /// files, text decoded from UTF-16/32, with a byte-order mark or read by
+    /// carriage returns, data sections with a text curve or a delimiter that
+    /// may stand in a number ('.', '+', '-', a digit, 'e'), headersOnly, and
+    /// every read with a status callback (so the callback is called on the
+    /// calling thread alone, at every tenth physical line). Once a block was
+    /// taken whole, the curves get room for the rows the rest of the file may
+    /// hold.
     unsigned threads = 1;
 };
 
@@ -521,7 +524,7 @@ private:
     /// blanks in front of a "~" that make it a header.
     uint64_t m_lineNumber = 0;
     size_t m_lineOffset = 0;
-    /// Rows of the last read that threads converted (see CLasReadOptions::threads).
+    /// Rows of the last read taken in blocks (see CLasReadOptions::threads).
     uint64_t m_rowsInBlocks = 0;
     /// Bytes kept so far against m_options.maxBytes.
     uint64_t m_bytesKept = 0;
