@@ -4,6 +4,8 @@ import { load } from "./quarl.mjs";
 
 const quarlReady = load();
 const documents = new Map();
+// Files from this size on report how far their read is.
+const READ_PROGRESS_FROM = 256 << 20;
 
 function summary(doc) {
   return {
@@ -37,7 +39,11 @@ const handlers = {
       percentShown = percent;
       postMessage({ type: "progress", id, done: percent, total: 100, stage: "reading" });
     };
-    const doc = await quarl.readFile(file, { strict, onProgress, onReadProgress });
+    // The read's own progress is heard for large files only: a read that
+    // reports it goes line by line, and a smaller file reads in less time
+    // than a report takes to show.
+    const reportRead = file.size >= READ_PROGRESS_FROM;
+    const doc = await quarl.readFile(file, { strict, onProgress, onReadProgress: reportRead ? onReadProgress : undefined });
     const ms = performance.now() - started;
     documents.set(id, doc);
     return { document: summary(doc), ms, plot: plotOf(doc, {}) };
