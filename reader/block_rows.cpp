@@ -1,8 +1,9 @@
-// The rows of a data section on several threads: the file is taken in
-// blocks, each block is shared out in runs of whole lines, every thread
-// converts the rows of its run, and the calling thread joins the runs in file
-// order. A run stops at the first line that needs the sequential reader; that
-// line and the rest are left to it, so the result is the one of one thread.
+// The rows of a data section in blocks, on one thread or several: the file
+// is taken in blocks, each block is shared out in runs of whole lines, every
+// thread converts the rows of its run where they stand in the block, and the
+// calling thread joins the runs in file order. A run stops at the first line
+// that needs the reader line by line; that line and the rest are left to it,
+// so the result is the one of the read line by line.
 #include <quarl/reader.h>
 
 #include <algorithm>
