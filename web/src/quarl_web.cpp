@@ -171,6 +171,19 @@ private:
 
 class Document {
 public:
+    Document() = default;
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+#if defined(__EMSCRIPTEN_PTHREADS__)
+    // A document deleted while its read runs ends the read first.
+    ~Document()
+    {
+        if (!m_readThread.joinable()) return;
+        m_arriving->GiveUp();
+        m_readThread.join();
+    }
+#endif
+
     // Reads `size` bytes at `data` (module memory the caller owns); returns
     // the result code. Lenient unless `strict`, bounded as the programs are.
     // `onProgress`, a function or undefined, hears the share read (0 to 100)
