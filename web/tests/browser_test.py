@@ -188,7 +188,7 @@ class ThreadsInAnIsolatedPage(unittest.TestCase):
     """A cross-origin isolated page loads the module with threads: every
     corpus file (or the samples) reads with it, strictly and leniently, as
     with the module without threads, the read going on while the file
-    arrives."""
+    arrives; and the viewer works there."""
 
     def test_reads_agree_with_the_module_without_threads(self):
         scratch = tempfile.mkdtemp(prefix="quarl-threads-")
@@ -214,6 +214,13 @@ class ThreadsInAnIsolatedPage(unittest.TestCase):
             # Bad files among them fail alike with both modules.
             if len(files) > 2:
                 self.assertGreater(result["errors"], 0)
+            # The viewer in the isolated page: its worker loads the module
+            # with threads, whose own workers start inside it.
+            driver.get("http://127.0.0.1:%d/site/index.html" % server.server_address[1])
+            driver.find_element(By.ID, "files").send_keys(SAMPLE)
+            WebDriverWait(driver, 60).until(lambda d: d.find_elements(By.CSS_SELECTOR, "#well, #error"))
+            self.assertFalse(driver.find_elements(By.CSS_SELECTOR, "#error"))
+            WebDriverWait(driver, 60).until(lambda d: d.find_elements(By.CSS_SELECTOR, "#plot svg"))
         finally:
             driver.quit()
             server.shutdown()
